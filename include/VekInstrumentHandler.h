@@ -5,6 +5,7 @@
 #include "VekDCData.h"
 #include "VekErrorCode.h"
 #include "VekExperimentNode.h"
+#include "VekInstrumentDescription.h"
 
 #include <QtCore/QObject>
 
@@ -132,6 +133,8 @@ public:
     std::vector<unsigned char> getFreeChannels() const;
     /// Number of channels; 0 without a device.
     int getNumberOfChannels() const;
+    /// What the instrument said of itself at its connection; a default value without a device.
+    VekInstrumentDescription getDescription() const;
     /// Erases the data that the instrument kept from before the connection; recoverDataErased() tells the outcome.
     VekErrorCode eraseRecoverData() const;
     /// @}

@@ -20,7 +20,7 @@ private:
 };
 
 /// The main function of a test program: isolated home folder, event loop, one test class.
-#define NIMBRELLE_TEST_MAIN(TestClass)                                                                                  \
+#define NIMBRELLE_TEST_MAIN(TestClass)                                                                                 \
     int main(int argc, char **argv)                                                                                    \
     {                                                                                                                  \
         const IsolatedHome home;                                                                                       \

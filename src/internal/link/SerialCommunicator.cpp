@@ -1,0 +1,76 @@
+#include "link/SerialCommunicator.h"
+
+#include "link/Frame.h"
+#include "link/SerialThread.h"
+
+#include <QEventLoop>
+#include <QTimer>
+
+namespace {
+
+constexpr int openTimeoutMs = 10000;
+
+} // namespace
+
+SerialCommunicator::SerialCommunicator(const QString &portName, QObject *) : _thread(new SerialThread(portName))
+{
+    connect(_thread, &SerialThread::PacketReceived, this, &SerialCommunicator::ResponseReceived, Qt::QueuedConnection);
+    connect(_thread, &SerialThread::deviceDisconnected, this, &SerialCommunicator::deviceDisconnected,
+            Qt::QueuedConnection);
+    connect(this, &SerialCommunicator::OpenPort, _thread, &SerialThread::OpenPort, Qt::QueuedConnection);
+    connect(this, &SerialCommunicator::ClosePort, _thread, &SerialThread::ClosePort, Qt::QueuedConnection);
+    connect(this, &SerialCommunicator::SendData, _thread, &SerialThread::DataToSend, Qt::QueuedConnection);
+    _thread->start(QThread::InheritPriority);
+}
+
+SerialCommunicator::~SerialCommunicator()
+{
+    // The object lives on the thread that it runs, so a deferred deletion would never be carried out once that ended.
+    delete _thread;
+}
+
+bool SerialCommunicator::Start(bool wait)
+{
+    if (!wait) {
+        Q_EMIT OpenPort();
+        return true;
+    }
+    QEventLoop loop;
+    QTimer timeout;
+    bool opened = false;
+    connect(
+        _thread, &SerialThread::PortOpened, &loop,
+        [&] {
+            opened = true;
+            loop.quit();
+        },
+        Qt::QueuedConnection);
+    connect(_thread, &QThread::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+    connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
+    Q_EMIT OpenPort();
+    if (_thread->isFinished())
+        return false;
+    timeout.start(openTimeoutMs);
+    loop.exec();
+    return opened;
+}
+
+void SerialCommunicator::Stop()
+{
+    Q_EMIT ClosePort();
+}
+
+void SerialCommunicator::SendCommand(PCcommand_t command, unsigned char channel, const QByteArray &data)
+{
+    Q_EMIT SendData(makeFrame(command, channel, data));
+}
+
+void SerialCommunicator::SendCommand(const QByteArray &bytes)
+{
+    Q_EMIT SendData(bytes);
+}
+
+void SerialCommunicator::WaitForBytesSent()
+{
+    _thread->waitForBytesWritten();
+}

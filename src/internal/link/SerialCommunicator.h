@@ -1,0 +1,58 @@
+#pragma once
+
+#include "link/Notifications.h"
+#include "link/PCcommand.h"
+
+#include <QByteArray>
+#include <QObject>
+
+class SerialThread;
+
+/**
+ * One end of a serial link: takes commands, gives packets, and keeps the port on a thread of its own.
+ *
+ * A communicator is constructed with the port closed, opened by Start(), closed by Stop() and may be started again. Once
+ * deviceDisconnected() has come it is of no further use.
+ *
+ * @thread Lives on the thread that makes it, which must run an event loop (or a local one) for packets to be delivered.
+ *         Sending may be called from any thread: it hands the bytes over by a queued signal and says nothing of whether
+ *         they reached the port.
+ */
+class SerialCommunicator : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @p parent is accepted and left unused: the object belongs to whoever made it.
+    explicit SerialCommunicator(const QString &portName, QObject *parent = nullptr);
+    /// Ends the link thread and waits until the port is closed.
+    ~SerialCommunicator() override;
+
+    /**
+     * Opens the port. With @p wait it runs a local event loop until the port has been tried, at most 10 s.
+     *
+     * @return without @p wait always true; with it, whether the attempt came to an end. A port that cannot be opened is
+     *         not told apart here: deviceDisconnected() follows.
+     */
+    Q_INVOKABLE bool Start(bool wait = false);
+    /// Closes the port; the link thread goes on.
+    Q_INVOKABLE virtual void Stop();
+    /// Sends a command in a frame.
+    Q_INVOKABLE virtual void SendCommand(PCcommand_t command, unsigned char channel = deviceChannel,
+                                         const QByteArray &data = QByteArray());
+    /// Sends bytes as they stand, unframed.
+    Q_INVOKABLE void SendCommand(const QByteArray &bytes);
+    /// Blocks until what was handed over before has left the port, or 1,000 ms have gone by.
+    Q_INVOKABLE void WaitForBytesSent();
+
+Q_SIGNALS:
+    void OpenPort();
+    void ClosePort();
+    void SendData(const QByteArray &bytes);
+    void ResponseReceived(Notifications_t type, unsigned int channel, const QByteArray &payload);
+    /// The port has failed; comes once.
+    void deviceDisconnected();
+
+private:
+    SerialThread *_thread; // owned
+};

@@ -1,0 +1,137 @@
+#include "link/SerialThread.h"
+
+#include "link/DefaultSerialPortSettings.h"
+#include "link/Frame.h"
+#include "link/SerialPort.h"
+
+#include <QSemaphore>
+
+namespace {
+
+constexpr int writeTimeoutMs = 1000;
+
+void configure(SerialPort &port, const QString &portName)
+{
+    port.setPortName(portName);
+    port.setBaudRate(DefaultSerialPortSettings::Baudrate());
+    port.setDataBits(DefaultSerialPortSettings::DataBits());
+    port.setFlowControl(DefaultSerialPortSettings::FlowControl());
+    port.setParity(DefaultSerialPortSettings::Parity());
+    port.setStopBits(DefaultSerialPortSettings::StopBits());
+}
+
+} // namespace
+
+SerialThread::SerialThread(const QString &portName) : _port(new SerialPort(this))
+{
+    qRegisterMetaType<Notifications_t>();
+    qRegisterMetaType<QSerialPort::SerialPortError>();
+    setObjectName(QStringLiteral("link ") + portName);
+    configure(*_port, portName);
+    connect(_port, &SerialPort::readyRead, this, &SerialThread::DataArrived, Qt::QueuedConnection);
+    connect(_port, &SerialPort::errorOccurred, this, &SerialThread::ErrorOnSerial, Qt::QueuedConnection);
+    connect(_port, &SerialPort::bytesWritten, this, &SerialThread::onBytesWritten, Qt::DirectConnection);
+    moveToThread(this);
+}
+
+SerialThread::~SerialThread()
+{
+    quit();
+    wait();
+    delete _port; // there still if the thread was never started
+}
+
+void SerialThread::run()
+{
+    exec();
+    ClosePort();
+    delete _port;
+    _port = nullptr;
+    wakeAllWaiters();
+}
+
+void SerialThread::OpenPort()
+{
+    if (_port && !_port->isOpen() && _port->open(QIODevice::ReadWrite)) {
+        _port->discardInput(); // right after open, readAll() does not see what the driver holds
+        _port->readAll();
+        _port->setDataTerminalReady(true);
+    }
+    Q_EMIT PortOpened();
+}
+
+void SerialThread::ClosePort()
+{
+    if (!_port || !_port->isOpen())
+        return;
+    _port->flush();
+    _port->close(); // the kernel may hold it up to 30 s if the instrument takes no data
+    wakeAllWaiters();
+}
+
+void SerialThread::DataToSend(const QByteArray &bytes)
+{
+    if (!_port || !_port->isOpen() || !_port->isWritable())
+        return;
+    const qint64 accepted = _port->write(bytes);
+    if (accepted > 0)
+        _bytesAccepted += accepted;
+}
+
+void SerialThread::DataArrived()
+{
+    if (!_port)
+        return;
+    _buffer += _port->readAll();
+    const QVector<Frame> frames = takeFrames(_buffer, _skippedBytes);
+    for (const Frame &frame : frames)
+        Q_EMIT PacketReceived(frame.type, frame.channel, frame.payload);
+}
+
+void SerialThread::ErrorOnSerial(QSerialPort::SerialPortError error)
+{
+    if (error == QSerialPort::NoError || _lost)
+        return;
+    _lost = true; // Qt repeats the error of a vanished device thousands of times a second until the port is closed
+    ClosePort();
+    Q_EMIT deviceDisconnected();
+    quit();
+}
+
+void SerialThread::waitForBytesWritten()
+{
+    if (!isRunning())
+        return;
+    // Queued behind every write that this caller has handed over. The semaphore is shared: the caller may have given up
+    // before the link thread comes to it.
+    const auto woken = std::make_shared<QSemaphore>();
+    QMetaObject::invokeMethod(
+        this, [this, woken] { addWaiter(woken); }, Qt::QueuedConnection);
+    woken->tryAcquire(1, writeTimeoutMs);
+}
+
+void SerialThread::addWaiter(const std::shared_ptr<QSemaphore> &woken)
+{
+    const bool nothingLeft = !_port || !_port->isOpen() || _bytesWritten >= _bytesAccepted;
+    if (nothingLeft)
+        woken->release();
+    else
+        _waiters.push_back({_bytesAccepted, woken});
+}
+
+void SerialThread::onBytesWritten(qint64 bytes)
+{
+    _bytesWritten += bytes;
+    while (!_waiters.empty() && _waiters.front().target <= _bytesWritten) {
+        _waiters.front().woken->release();
+        _waiters.erase(_waiters.begin());
+    }
+}
+
+void SerialThread::wakeAllWaiters()
+{
+    for (const Waiter &waiter : _waiters)
+        waiter.woken->release();
+    _waiters.clear();
+    _bytesWritten = _bytesAccepted; // what a closed port had not written is gone
+}

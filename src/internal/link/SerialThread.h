@@ -1,0 +1,69 @@
+#pragma once
+
+#include "link/Notifications.h"
+
+#include <QByteArray>
+#include <QSerialPort>
+#include <QThread>
+
+#include <memory>
+#include <vector>
+
+class QSemaphore;
+class SerialPort;
+
+/**
+ * Owns one serial port: opens it, cuts incoming bytes into packets, writes outgoing frames.
+ *
+ * @thread  Lives on the thread that it runs. Slots run there and are reached by queued signals alone.
+ *          waitForBytesWritten() is the exception: any thread may call it, and it blocks that thread up to 1,000 ms.
+ * @failure An error of the port ends the thread: deviceDisconnected() comes once, later writes are dropped.
+ */
+class SerialThread : public QThread
+{
+    Q_OBJECT
+
+public:
+    explicit SerialThread(const QString &portName);
+    ~SerialThread() override; ///< ends the thread and waits for it
+
+    /// Blocks the caller until what was handed over before has left the port, or 1,000 ms have gone by.
+    void waitForBytesWritten();
+
+public Q_SLOTS:
+    /// Opens the port, throws stale input away, raises DTR. PortOpened() comes in any case.
+    void OpenPort();
+    void ClosePort();
+    /// Writes frames; without an open port they are dropped without a word.
+    void DataToSend(const QByteArray &bytes);
+    void DataArrived();
+    /// Any error, of whatever kind, is the loss of the device: tells it, closes the port and ends the thread.
+    void ErrorOnSerial(QSerialPort::SerialPortError error);
+
+Q_SIGNALS:
+    void PacketReceived(Notifications_t type, unsigned int channel, const QByteArray &payload);
+    void deviceDisconnected();
+    void PortOpened();
+
+protected:
+    void run() override;
+
+private:
+    /// A caller of waitForBytesWritten(): woken when the port has written so many bytes in all.
+    struct Waiter {
+        qint64 target;
+        std::shared_ptr<QSemaphore> woken;
+    };
+
+    void onBytesWritten(qint64 bytes);
+    void addWaiter(const std::shared_ptr<QSemaphore> &woken);
+    void wakeAllWaiters();
+
+    QByteArray _buffer;        ///< bytes read from the port and not yet consumed
+    SerialPort *_port;         ///< owned; null once the thread has finished
+    quint32 _skippedBytes = 0; ///< for the debugger: bytes that belonged to no frame since the start
+    qint64 _bytesAccepted = 0;
+    qint64 _bytesWritten = 0;
+    bool _lost = false;
+    std::vector<Waiter> _waiters;
+};

@@ -1,0 +1,207 @@
+#include "link/SerialCommunicator.h"
+
+#include "support/FakeInstrument.h"
+#include "support/TestMain.h"
+
+#include <ctime>
+#include <thread>
+
+class TestLink : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void carriesCommandsAndPackets();
+    void deliversAPacketThatArrivesInPieces();
+    void dropsWhatIsSentWhileClosed();
+    void throwsStaleInputAway();
+    void reopensAfterStop();
+    void aPortThatDoesNotExistIsReportedAsLost();
+    void pulledCableIsReportedOnceAndBurnsNoTime();
+    void aLostLinkStaysDead();
+    void waitForBytesSentReturnsWhenAllHasLeft();
+    void waitForBytesSentIsBoundedWhenNobodyReads();
+    void waitForBytesSentFromAnotherThreadWhileDataStreamIn();
+    void canBeDestroyedInAnySlot();
+};
+
+namespace {
+
+struct Link {
+    explicit Link(const QString &port) : communicator(port) {}
+    SerialCommunicator communicator;
+    QSignalSpy packets{&communicator, &SerialCommunicator::ResponseReceived};
+    QSignalSpy losses{&communicator, &SerialCommunicator::deviceDisconnected};
+};
+
+double processorSeconds()
+{
+    return double(std::clock()) / CLOCKS_PER_SEC;
+}
+
+} // namespace
+
+void TestLink::carriesCommandsAndPackets()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    instrument.reply(PC_PING, NT_PING_REPLY, "hello");
+    link.communicator.SendCommand(PC_PING, 3, "abc");
+    QTRY_COMPARE(link.packets.size(), 1);
+    QCOMPARE(instrument.commands().at(0).channel, quint8(3));
+    QCOMPARE(instrument.commands().at(0).payload, QByteArray("abc"));
+    QCOMPARE(link.packets.at(0).at(0).value<Notifications_t>(), NT_PING_REPLY);
+    QCOMPARE(link.packets.at(0).at(1).toUInt(), 3u);
+    QCOMPARE(link.packets.at(0).at(2).toByteArray(), QByteArray("hello"));
+    QCOMPARE(link.losses.size(), 0); // a pseudo-terminal has no DTR line: that is no loss
+}
+
+void TestLink::deliversAPacketThatArrivesInPieces()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    const QByteArray frame = makeFrame(66, 1, "0123456789");
+    for (const char byte : frame) {
+        instrument.sendRaw(QByteArray(1, byte));
+        QCoreApplication::processEvents();
+    }
+    QTRY_COMPARE(link.packets.size(), 1);
+    QCOMPARE(link.packets.at(0).at(2).toByteArray(), QByteArray("0123456789"));
+}
+
+void TestLink::dropsWhatIsSentWhileClosed()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    link.communicator.SendCommand(PC_PING);
+    QVERIFY(link.communicator.Start(true));
+    link.communicator.SendCommand(PC_READ_CHANNEL_COUNT);
+    QTRY_COMPARE(instrument.commands().size(), 1);
+    QCOMPARE(instrument.commands().at(0).command, PC_READ_CHANNEL_COUNT);
+}
+
+void TestLink::throwsStaleInputAway()
+{
+    FakeInstrument instrument;
+    instrument.send(NT_DC_DATA, 0, "stale");
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    instrument.send(NT_DC_DATA, 0, "fresh");
+    QTRY_COMPARE(link.packets.size(), 1);
+    QCOMPARE(link.packets.at(0).at(2).toByteArray(), QByteArray("fresh"));
+}
+
+void TestLink::reopensAfterStop()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    for (int round = 1; round <= 2; ++round) {
+        QVERIFY(link.communicator.Start(true));
+        link.communicator.SendCommand(PC_PING);
+        QTRY_COMPARE(instrument.count(PC_PING), round);
+        link.communicator.Stop();
+    }
+}
+
+void TestLink::aPortThatDoesNotExistIsReportedAsLost()
+{
+    Link link(QStringLiteral("/dev/no-such-port"));
+    QVERIFY(link.communicator.Start(true));
+    QTRY_COMPARE(link.losses.size(), 1);
+}
+
+void TestLink::pulledCableIsReportedOnceAndBurnsNoTime()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    instrument.unplug();
+    QTRY_COMPARE(link.losses.size(), 1);
+    const double before = processorSeconds();
+    QVERIFY(!link.losses.wait(300));
+    QVERIFY(processorSeconds() - before < 0.1);
+}
+
+void TestLink::aLostLinkStaysDead()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    instrument.unplug();
+    QTRY_COMPARE(link.losses.size(), 1);
+    link.communicator.SendCommand(PC_PING);
+    link.communicator.WaitForBytesSent();
+    QTRY_VERIFY(!link.communicator.Start(true));
+    QCOMPARE(link.losses.size(), 1);
+}
+
+void TestLink::waitForBytesSentReturnsWhenAllHasLeft()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    for (int i = 0; i < 50; ++i)
+        link.communicator.SendCommand(PC_NODE_APPEND, 0, QByteArray(64, char(i)));
+    QElapsedTimer time;
+    time.start();
+    link.communicator.WaitForBytesSent();
+    QVERIFY(time.elapsed() < 900);
+    QTRY_COMPARE(instrument.count(PC_NODE_APPEND), 50);
+}
+
+void TestLink::waitForBytesSentIsBoundedWhenNobodyReads()
+{
+    PseudoTerminal terminal; // this test runs no event loop during the wait, so nobody reads
+    SerialCommunicator communicator(terminal.portName());
+    QVERIFY(communicator.Start(true));
+    communicator.SendCommand(PC_NODE_APPEND, 0, QByteArray(60000, 'x'));
+    QElapsedTimer time;
+    time.start();
+    communicator.WaitForBytesSent();
+    QVERIFY(time.elapsed() >= 990);
+    QVERIFY(time.elapsed() < 3000);
+    terminal.unplug(); // or the kernel holds the close for the bytes that nobody takes
+}
+
+void TestLink::waitForBytesSentFromAnotherThreadWhileDataStreamIn()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    instrument.on(PC_PING, [&](const FakeInstrument::Command &) {
+        for (int i = 0; i < 20; ++i)
+            instrument.send(NT_DC_DATA, 0, QByteArray(44, 'd'));
+    });
+    std::thread caller([&] {
+        for (int i = 0; i < 100; ++i) {
+            link.communicator.SendCommand(PC_PING);
+            link.communicator.WaitForBytesSent();
+        }
+    });
+    QTRY_COMPARE_WITH_TIMEOUT(link.packets.size(), 2000, 20000);
+    caller.join();
+    QCOMPARE(link.losses.size(), 0);
+}
+
+void TestLink::canBeDestroyedInAnySlot()
+{
+    FakeInstrument instrument;
+    auto *onPacket = new SerialCommunicator(instrument.portName());
+    QPointer<SerialCommunicator> alive(onPacket);
+    connect(onPacket, &SerialCommunicator::ResponseReceived, onPacket, [onPacket] { onPacket->deleteLater(); });
+    QVERIFY(onPacket->Start(true));
+    instrument.send(NT_PING_REPLY, 0);
+    QTRY_VERIFY(alive.isNull());
+
+    auto *onLoss = new SerialCommunicator(instrument.portName());
+    alive = onLoss;
+    connect(onLoss, &SerialCommunicator::deviceDisconnected, onLoss, [onLoss] { delete onLoss; });
+    QVERIFY(onLoss->Start(true));
+    instrument.unplug();
+    QTRY_VERIFY(alive.isNull());
+}
+
+NIMBRELLE_TEST_MAIN(TestLink)
+#include "TestLink.moc"
