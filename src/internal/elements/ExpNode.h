@@ -45,19 +45,19 @@ enum class NodeType_t : quint8 {
 
 /// Bits of ExpNode_t::flags.
 namespace NodeFlag {
-constexpr quint8 vMinVsOcp = 1u << 0;        ///< vLimitMin is relative to the open-circuit potential
-constexpr quint8 vMaxVsOcp = 1u << 1;        ///< vLimitMax is relative to it
+constexpr quint8 vMinVsOcp = 1u << 0;          ///< vLimitMin is relative to the open-circuit potential
+constexpr quint8 vMaxVsOcp = 1u << 1;          ///< vLimitMax is relative to it
 constexpr quint8 firstVoltageVsOcp = 1u << 2;  ///< the first voltage parameter is relative to it
 constexpr quint8 secondVoltageVsOcp = 1u << 3; ///< the second voltage parameter is relative to it
-constexpr quint8 timeLimit = 1u << 4;        ///< the time limit is active
-constexpr quint8 chargeLimit = 1u << 5;      ///< the charge limit is active
-constexpr quint8 signedILimits = 1u << 6;    ///< the current limits are signed; clear: magnitudes
+constexpr quint8 timeLimit = 1u << 4;          ///< the time limit is active
+constexpr quint8 chargeLimit = 1u << 5;        ///< the charge limit is active
+constexpr quint8 signedILimits = 1u << 6;      ///< the current limits are signed; clear: magnitudes
 } // namespace NodeFlag
 
 /// Bits of ExpNode_t::flags2.
 namespace NodeFlag2 {
-constexpr quint8 defaults = 0x03;       ///< set on every node that a maker makes; their meaning is the firmware's
-constexpr quint8 quietTime = 1u << 2;   ///< this node is a quiet time
+constexpr quint8 defaults = 0x03;     ///< set on every node that a maker makes; their meaning is the firmware's
+constexpr quint8 quietTime = 1u << 2; ///< this node is a quiet time
 } // namespace NodeFlag2
 
 #pragma pack(push, 1)
