@@ -21,6 +21,11 @@ class AbstractBuilderElement;
 class NIMBRELLE_EXPORT VekAbstractElement
 {
 public:
+    /// Copying is for the concrete elements, which give each copy values of its own.
+    VekAbstractElement(const VekAbstractElement &) = delete;
+    /// See the copy constructor.
+    VekAbstractElement &operator=(const VekAbstractElement &) = delete;
+    /// Experiments that hold a copy of the element keep it.
     virtual ~VekAbstractElement();
 
     /// Name of this kind of element, for example "Open Circuit Potential".
@@ -31,11 +36,6 @@ public:
 protected:
     /// For the concrete elements. @p builder holds the values; null makes an element that no experiment takes.
     explicit VekAbstractElement(std::shared_ptr<AbstractBuilderElement> builder);
-    /// Shares the values of the other element until setBuilder() gives this one its own.
-    VekAbstractElement(const VekAbstractElement &other);
-    /// Shares the values of the other element until setBuilder() gives this one its own.
-    VekAbstractElement &operator=(const VekAbstractElement &other);
-
     /// Makes the element stand for other values.
     void setBuilder(std::shared_ptr<AbstractBuilderElement> builder);
 

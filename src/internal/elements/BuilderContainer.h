@@ -40,7 +40,5 @@ public:
     const VekInternalContainer::BuilderContainer &getContainer() const { return _root; }
 
 private:
-    bool append(VekInternalContainer::BuilderContainer vertex, quint32 repeats);
-
     VekInternalContainer::BuilderContainer _root;
 };
