@@ -44,4 +44,23 @@ enum class HardwareModel_t : quint8 {
     Invalid = 255, ///< any number above 35 stands for no model; this one is the host's own choice
 };
 
-inline uint qHash(HardwareModel_t model, uint seed = 0) { return ::qHash(static_cast<quint8>(model), seed); }
+inline uint qHash(HardwareModel_t model, uint seed = 0)
+{
+    return ::qHash(static_cast<quint8>(model), seed);
+}
+
+/// The family of instruments that a model belongs to: it decides the layout of data and who handles them.
+enum class InstrumentLine {
+    None = 0, ///< obsolete, never released or unknown
+    Main = 2,
+    Gale = 3, ///< the battery cycler
+};
+
+/// The line of a model number, known or not.
+constexpr InstrumentLine instrumentLineOf(HardwareModel_t model)
+{
+    if (model <= HardwareModel_t::Alder_2_0 || model == HardwareModel_t::Marsh_protoboard ||
+        model > HardwareModel_t::Alder_2_5)
+        return InstrumentLine::None;
+    return model == HardwareModel_t::Gale ? InstrumentLine::Gale : InstrumentLine::Main;
+}
