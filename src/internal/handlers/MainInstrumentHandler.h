@@ -1,0 +1,42 @@
+#pragma once
+
+#include "private_implementations/VekInstrumentHandlerPrivate.h"
+
+#include <QSet>
+
+/**
+ * The handler of every instrument but the battery cyclers.
+ *
+ * Notifications act on models of the main line alone; an obsolete or unknown model is connected but stays silent.
+ *
+ * @thread As its base. sendInitialDefaults() keeps its thread in a local event loop for up to 5,000 ms while tables are
+ *         read from the SD card; notifications go on being served.
+ */
+class MainInstrumentHandler : public VekInstrumentHandlerPrivate
+{
+    Q_OBJECT
+
+public:
+    explicit MainInstrumentHandler(const InstrumentInfo &info);
+    ~MainInstrumentHandler() override;
+
+    VekErrorCode setFanSpeedVariable(bool variable) override;
+
+public Q_SLOTS:
+    void sendInitialDefaults() override;
+    void onExperimentNodeBeginning(unsigned char channel, const QByteArray &payload) override;
+    void onExperimentNodeCompleted(unsigned char channel, const QByteArray &payload) override;
+    void onExperimentDCDataReceived(unsigned char channel, const QByteArray &payload) override;
+    void onExperimentACDataReceived(unsigned char channel, const QByteArray &payload) override;
+    void onACDataSampleFinshed(unsigned char channel) override;
+    void onACDataInvalidated(unsigned char channel, const QByteArray &payload) override;
+    /// Takes in which channels hold recovery data and which still run an experiment.
+    void channelstatusInformation(const QByteArray &payload);
+
+private:
+    void readDeviceStatus();
+    void readSdCards();
+    void waitForSdCards(QSet<unsigned char> &pending);
+    void warnOfUnreadSdCards(const QSet<unsigned char> &pending) const;
+    bool hasActiveRecoverExperiment() const;
+};

@@ -1,0 +1,247 @@
+#pragma once
+
+#include "VekACData.h"
+#include "VekDCData.h"
+#include "VekErrorCode.h"
+#include "VekExperimentNode.h"
+#include "calibration/CalibrationData.h"
+#include "handlers/ChannelHandler.h"
+#include "handlers/NodeBeginning.h"
+#include "link/FirmwareErrorCode.h"
+#include "session/InstrumentInfo.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+class AbstractExperiment;
+class HandlerLink;
+class HandlerThread;
+class HardwareModel;
+class InstrumentOperator;
+
+/**
+ * What both instrument lines share behind a VekInstrumentHandler: checks the client's requests against the state of the
+ * channels, hands them to the operator, and turns the instrument's notifications into channel state and signals.
+ *
+ * The virtual operations are the seam between the common logic and the two lines; their order is fixed.
+ *
+ * Every request returns a VekErrorCode: the checks run in a fixed order, the first failure is the result, and nothing
+ * has then been sent or stored. Success of a command means that it was handed to the link; a refusal by the instrument
+ * comes later, in one of the ...Ack signals.
+ *
+ * @thread  Made on the client's thread, with a packet road that passes that thread's event loop; lives on a thread of its
+ *          own, where the operator, all slots and all signals are. Requests and queries are called straight on the
+ *          client's thread; they touch only what guards itself.
+ * @failure An object whose operator is not connected after construction has no channels and no thread: discard it.
+ */
+class VekInstrumentHandlerPrivate : public QObject
+{
+    Q_OBJECT
+
+public:
+    using RangeList = std::vector<std::pair<double, double>>; ///< lowest and highest value of each range
+    using ChannelMap = std::unordered_map<unsigned char, std::unique_ptr<ChannelHandler>>;
+
+    /// Stands for no instrument: no operator, no channels, no thread.
+    VekInstrumentHandlerPrivate() = default;
+    /// Opens the port of the instrument, which may take 10 s, and starts the handler's thread.
+    explicit VekInstrumentHandlerPrivate(const InstrumentInfo &info);
+    /// Waits for requests that are under way, and for the thread unless it runs on it.
+    ~VekInstrumentHandlerPrivate() override;
+
+    // The virtual operations, in their fixed order.
+    virtual VekErrorCode uploadExperimentToChannel(unsigned char channel,
+                                                   std::shared_ptr<AbstractExperiment> experiment);
+    virtual VekErrorCode startUploadedExperiment(unsigned char channel);
+    virtual void softReset();
+    virtual int setLinkedChannels(std::vector<unsigned char> channels, bool bipolar);
+    virtual std::vector<unsigned char> getLinkedChannels(unsigned char channel);
+    virtual bool hasBipolarMode(unsigned char channel);
+    virtual VekErrorCode setFanSpeedVariable(bool variable);
+    virtual VekErrorCode setManualModeConstantVoltage(unsigned char channel, double volts);
+    /// The range is a current range: a potentiostatic set point needs one to measure in.
+    virtual VekErrorCode setManualModeConstantVoltage(unsigned char channel, double volts, int currentRange);
+    virtual VekErrorCode setManualModeConstantCurrent(unsigned char channel, double amperes);
+    virtual VekErrorCode setManualModeCurrentRange(unsigned char channel, int range); ///< 10: automatic
+    virtual VekErrorCode setManualModeVoltageRange(unsigned char channel, int range); ///< 5: automatic
+    /// The ranges that DC experiments may use, in amperes, by index.
+    virtual RangeList getDCCurrentRangeList(unsigned char channel);
+    /// All current ranges in amperes, clipped to the model's limits.
+    virtual RangeList getFullCurrentRangeList(unsigned char channel);
+    virtual VekErrorCode setLoadImpedance(unsigned char channel, const float &ohms);
+
+public Q_SLOTS:
+    /// Brings a freshly connected instrument to its defaults; ends with initialConnectionRequestFinished().
+    virtual void sendInitialDefaults() = 0;
+    virtual void onCalibrationHeaderReceived(unsigned char channel, const QByteArray &payload);
+    virtual void onCalibrationDataReceived(unsigned char channel, const QByteArray &payload);
+    virtual void onReceivedMetaData(const QByteArray &payload);
+    virtual void onExperimentCompleted(unsigned char channel, const QByteArray &payload);
+    virtual void onExperimentDataBeginning(unsigned char channel, const QByteArray &payload);
+    virtual void onExperimentNodeBeginning(unsigned char channel, const QByteArray &payload) = 0;
+    virtual void onExperimentNodeCompleted(unsigned char channel, const QByteArray &payload) = 0;
+    virtual void onExperimentDCDataReceived(unsigned char channel, const QByteArray &payload) = 0;
+    virtual void onExperimentACDataReceived(unsigned char channel, const QByteArray &payload) = 0;
+    virtual void onACDataInvalidated(unsigned char channel, const QByteArray &payload) = 0;
+    virtual void onACDataSampleFinshed(unsigned char channel);
+    virtual void TareCurrentReceived(unsigned char channel, const QByteArray &payload);
+    virtual void TareVoltageReceived(unsigned char channel, const QByteArray &payload);
+    virtual void onConfigReceived(unsigned char channel, const QByteArray &payload);
+
+public:
+    virtual bool isValidVoltageRangeIndex(unsigned char channel, int range);
+    /// Begins to read calibration tables from the instrument's SD card.
+    virtual VekErrorCode requestSdCardCalibrationData(unsigned char channel);
+
+    /// @name Requests
+    /// @{
+    VekErrorCode startIdleSampling(unsigned char channel);
+    VekErrorCode skipExperimentStep(unsigned char channel);
+    VekErrorCode pauseExperiment(unsigned char channel);
+    VekErrorCode resumeExperiment(unsigned char channel);
+    VekErrorCode stopExperiment(unsigned char channel);
+    VekErrorCode startManualExperiment(unsigned char channel);
+    VekErrorCode setManualModeOCP(unsigned char channel);
+    VekErrorCode setManualModeSamplingInterval(unsigned char channel, double seconds);
+    VekErrorCode setCompRange(unsigned char channel, const VekCompRange &range);
+    VekErrorCode setIRComp(unsigned char channel, double uncompensatedResistance, double levelPercent);
+    VekErrorCode setChannelVmax(unsigned char channel, double volts);
+    VekErrorCode setChannelVmin(unsigned char channel, double volts);
+    VekErrorCode setChannelImax(unsigned char channel, double amperes);
+    VekErrorCode setChannelImin(unsigned char channel, double amperes);
+    VekErrorCode setChannelMaxTemperature(unsigned char channel, double degreesCelsius);
+    VekErrorCode resetChannelLimits(unsigned char channel);
+    VekErrorCode eraseRecoverDataFromDevice();
+    void startRecoveryProcess();
+    void eraseRecoveryData();
+    void disconnectDevice();
+    /// @}
+
+    /// @name Queries
+    /// @{
+    bool isConnected() const;
+    bool isValidChannel(unsigned char channel) const;
+    bool isChannelBusy(unsigned char channel) const;
+    bool isChannelPause(unsigned char channel) const;
+    bool isManualExperimentRun(unsigned char channel) const;
+    bool isIdleExperimentRun(unsigned char channel) const;
+    bool isSDCardReading(unsigned char channel) const;
+    bool isSDCardWriting(unsigned char channel) const;
+    std::vector<unsigned char> getFreeChannels() const; ///< ascending
+    int getNumberOfChannels() const;
+    double getExperimentUTCStartTime(unsigned char channel) const; ///< seconds since 1970; 0.0 on an idle channel
+    float getLoadImpedance(unsigned char channel) const;           ///< ohms; 10.0 for an invalid channel
+    RangeList getManualModeVoltageRangeList(unsigned char channel) const;
+    const ChannelMap &getChannelHandlers() const { return _channels; }
+    std::shared_ptr<HandlerLink> link() const { return _link; }
+    /// @}
+
+    bool event(QEvent *event) override;
+
+public Q_SLOTS:
+    void onThreadStarted();
+    void onExperimentPaused(unsigned char channel);
+    void onExperimentResumed(unsigned char channel);
+    void onDeviceNotification(unsigned char channel, const QString &text);
+    void onDeviceError(unsigned char channel, const QString &text);
+    void onGroundFloatStateChanged(const QByteArray &payload);
+    void onMemoryDataStart(const QByteArray &payload);
+    void onMemoryDataErased(const QByteArray &payload);
+    void onManualOcpSet(unsigned char channel, const FirmwareErrorCode &code);
+    void onManualCurrentRangeSet(unsigned char channel, const FirmwareErrorCode &code);
+    void onManualVoltageRangeSet(unsigned char channel, const FirmwareErrorCode &code);
+    void onManualVoltageValueSet(unsigned char channel, const FirmwareErrorCode &code);
+    void onManualCurrentValueSet(unsigned char channel, const FirmwareErrorCode &code);
+    void onManualSamplingIntervalSet(unsigned char channel, const FirmwareErrorCode &code);
+    void onSetOfIRComp(unsigned char channel, const FirmwareErrorCode &code);
+    void onSetOfCompRange(unsigned char channel, const FirmwareErrorCode &code);
+
+Q_SIGNALS:
+    void deviceReady(); ///< for tools; nothing in the library emits it
+    void deviceDisconnected();
+    void groundFloatStateChanged(bool grounded);
+    void experimentStarting(unsigned char channel);
+    void activeExperimentNodeBeginning(unsigned char channel, const VekExperimentNode &node);
+    void recoveryExperimentNodeBeginning(unsigned char channel, const VekExperimentNode &node);
+    void activeDCDataReady(unsigned char channel, const VekDCData &data);
+    void idleDCDataReady(unsigned char channel, const VekDCData &data);
+    void recoveryDCDataReady(unsigned char channel, const VekDCData &data);
+    void activeACDataReady(unsigned char channel, const VekACData &data);
+    void recoveryACDataReady(unsigned char channel, const VekACData &data);
+    void memoryDataStarting();
+    void memoryDataErased(bool erased);
+    void experimentCompleted(unsigned char channel, const QString &reason);
+    void experimentPaused(unsigned char channel);
+    void experimentResumed(unsigned char channel);
+    void deviceNotification(unsigned char channel, QString text);
+    void deviceError(unsigned char channel, QString text);
+    void manualOcpAck(unsigned char channel, const VekErrorCode &result);
+    void manualCurrentRangeAck(unsigned char channel, const VekErrorCode &result);
+    void manualVoltageRangeAck(unsigned char channel, const VekErrorCode &result);
+    void manualVoltageValueAck(unsigned char channel, const VekErrorCode &result);
+    void manualCurrentValueAck(unsigned char channel, const VekErrorCode &result);
+    void manualSamplingIntervalAck(unsigned char channel, const VekErrorCode &result);
+    void irCompAck(unsigned char channel, const VekErrorCode &result);
+    void compRangeAck(unsigned char channel, const VekErrorCode &result);
+    void channelGlobalLimitAck(unsigned char channel, const VekErrorCode &result);
+    void initialConnectionRequestFinished(bool connected);
+
+protected:
+    /**
+     * Closes the way for requests and ends the thread. The first line of every concrete class's destructor: as long as
+     * a request or a slot may run, all of the object must be there.
+     */
+    void shutDown();
+
+    ChannelHandler *channelAt(unsigned char channel) const; ///< null for an invalid channel
+    /// Calibration of a channel; one that converts nothing where there is none.
+    const CalibrationData &calibrationOf(unsigned char channel) const;
+    CalibrationData *calibrationAt(unsigned char channel); ///< null where there is none
+    HardwareModel_t modelNumber() const { return _info.hardware.hwModel; }
+    InstrumentLine line() const { return instrumentLineOf(modelNumber()); }
+    std::shared_ptr<HardwareModel> model() const;
+
+    // The checks that requests begin with; Success lets the request go on.
+    VekErrorCode checkValid(unsigned char channel) const;  ///< InvalidChannel
+    VekErrorCode checkFree(unsigned char channel) const;   ///< InvalidChannel, ChannelBusy
+    VekErrorCode checkBusy(unsigned char channel) const;   ///< InvalidChannel, NoExperimentRunning
+    VekErrorCode checkManual(unsigned char channel) const; ///< InvalidChannel, ManualExperimentNotRunning
+
+    /// Sends all limits of a channel. @return whether the instrument answered
+    bool sendLimits(unsigned char channel);
+    /// Loads the tables of earlier SD card transfers from the disk.
+    void loadCalibrationTables(unsigned char channel);
+
+    /// What both lines do when a node begins; the rules say what they do differently.
+    void beginNode(unsigned char channel, const QByteArray &payload, const NodeRules &rules);
+    /// Whether the voltage moved enough since the last reported sample; if so, it is remembered as reported.
+    bool hasMinVoltageDifference(unsigned char channel, double volts);
+    /// Sends a sample of a running experiment out by the signal of the channel's mode; none in idle mode.
+    void emitDCData(unsigned char channel, const VekDCData &data);
+    /// Sends an impedance point out by the signal of the channel's mode.
+    void emitACData(unsigned char channel, const ComplexDataPoint_t &point, double startTimestamp);
+
+    /// The host's clock in seconds since 1970.
+    static double utcNow();
+
+    InstrumentInfo _info;
+    quint8 _groundFloatState = 0;
+    InstrumentOperator *_op = nullptr; // a child
+    ChannelMap _channels;
+    QPointer<HandlerThread> _thread; // deletes itself
+
+private:
+    void connectWithOperatorSignals();
+    void startThread();
+    Node nodeAt(const ChannelHandler &channel, int index) const;
+    QString lineOfLog(unsigned char channel, const QString &text) const;
+    template <typename Setter, typename Value>
+    VekErrorCode setLimit(unsigned char channel, Setter setter, Value value, VekErrorCode::ErrorCode failure);
+
+    std::shared_ptr<HandlerLink> _link;
+};
