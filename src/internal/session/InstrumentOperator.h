@@ -168,7 +168,12 @@ Q_SIGNALS:
     void deviceDisconnected();
 
 private:
+    struct Road;
+
+    bool openLink();
     void onLinkLost();
+    void onCurrentRangeUp(unsigned char channel, const QByteArray &data);
+    void onErrorText(unsigned char channel, const QByteArray &data);
     void onDeviceStatus(unsigned char channel, const QByteArray &data);
     void onNodeAppended(unsigned char channel, const QByteArray &data);
     void onTimeRequest(unsigned char channel, const QByteArray &data);
@@ -184,7 +189,7 @@ private:
     template <typename Signal>
     bool didWeGetAck(Signal signal, unsigned char channel);
 
-    friend struct NotificationRoads;
+    static const Road _roads[];
 
     SerialCommunicator *_communicator;     // owned; stays on the thread that made it
     QList<AckInfo> _acks;                  // received and not yet claimed

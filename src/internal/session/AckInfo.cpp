@@ -1,0 +1,8 @@
+#include "session/AckInfo.h"
+
+#include <QDateTime>
+
+double AckInfo::getCurrentTime()
+{
+    return static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000.0;
+}

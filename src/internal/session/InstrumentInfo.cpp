@@ -1,0 +1,13 @@
+#include "session/InstrumentInfo.h"
+
+QString deviceNameIn(const HardwareVersion &hardware)
+{
+    const QByteArray text(hardware.rest, sizeof hardware.rest - 1); // the last byte ends the name in any case
+    return textIn(text.left(text.indexOf('\n')));
+}
+
+QString textIn(const QByteArray &payload)
+{
+    return QString::fromUtf8(payload.constData(),
+                             static_cast<int>(qstrnlen(payload.constData(), uint(payload.size()))));
+}

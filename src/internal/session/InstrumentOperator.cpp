@@ -1,0 +1,388 @@
+#include "session/InstrumentOperator.h"
+
+#include "VekCompRange.h"
+#include "link/SerialCommunicator.h"
+#include "session/NestedWait.h"
+#include "session/WireValues.h"
+
+#include <QEventLoop>
+#include <QSemaphore>
+#include <QTimer>
+
+#include <utility>
+
+namespace {
+
+constexpr int nodeAckTimeoutMs = 1000;
+constexpr int settingAckTimeoutMs = 50;
+constexpr int statusAckTimeoutMs = 100;
+constexpr int ackPasses = 3;
+constexpr int calibrationWriteMs = 500;
+constexpr double strayAckSeconds = 600.0;
+constexpr int nodeSizeOnWire = 64;
+
+quint32 channelMask(const std::vector<unsigned char> &channels)
+{
+    quint32 mask = 0;
+    for (const unsigned char channel : channels)
+        mask |= 1u << (channel % 32u);
+    return mask;
+}
+
+QByteArray wireForm(const ExpNode_t &node)
+{
+    return QByteArray(reinterpret_cast<const char *>(&node), nodeSizeOnWire);
+}
+
+} // namespace
+
+InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent)
+    : QObject(parent), _communicator(new SerialCommunicator(port)), _ackGuard(std::make_shared<QSemaphore>(1)),
+      _connected(true)
+{
+    // Queued: the communicator stays on this thread while the operator moves on with its handler.
+    connect(_communicator, &SerialCommunicator::ResponseReceived, this, &InstrumentOperator::responseReceived,
+            Qt::QueuedConnection);
+    connect(_communicator, &SerialCommunicator::deviceDisconnected, this, &InstrumentOperator::onLinkLost,
+            Qt::QueuedConnection);
+    if (!openLink())
+        _connected = false;
+    if (_connected)
+        pingToDevice();
+}
+
+InstrumentOperator::~InstrumentOperator()
+{
+    SerialCommunicator *communicator = std::exchange(_communicator, nullptr);
+    communicator->Stop();
+    communicator->deleteLater();
+}
+
+/// The link may be lost while this waits, so its outcome alone does not decide.
+bool InstrumentOperator::openLink()
+{
+    const NestedWait wait;
+    return _communicator->Start(true);
+}
+
+void InstrumentOperator::onLinkLost()
+{
+    _connected = false;
+    Q_EMIT deviceDisconnected();
+}
+
+bool InstrumentOperator::isConnected() const
+{
+    return _connected;
+}
+
+void InstrumentOperator::disconnectDevice()
+{
+    if (_communicator)
+        _communicator->Stop();
+}
+
+void InstrumentOperator::sendCommandToInstr(const QByteArray &bytes)
+{
+    if (_communicator)
+        _communicator->SendCommand(bytes);
+}
+
+bool InstrumentOperator::startExperiment(unsigned char channel)
+{
+    return send(PC_EXPERIMENT_START, channel);
+}
+
+bool InstrumentOperator::stopExperiment(unsigned char channel)
+{
+    return send(PC_EXPERIMENT_STOP, channel);
+}
+
+bool InstrumentOperator::pauseExperiment(unsigned char channel)
+{
+    return send(PC_EXPERIMENT_PAUSE, channel);
+}
+
+bool InstrumentOperator::resumeExperiment(unsigned char channel)
+{
+    return send(PC_EXPERIMENT_RESUME, channel);
+}
+
+bool InstrumentOperator::skipExperimentStep(unsigned char channel)
+{
+    return send(PC_SKIP_STEP, channel);
+}
+
+void InstrumentOperator::softReset(unsigned char channel)
+{
+    send(PC_SOFT_RESET, channel);
+}
+
+void InstrumentOperator::initDefaultSampling(unsigned char channel)
+{
+    send(PC_DEFAULT_SAMPLING, channel);
+}
+
+bool InstrumentOperator::startManualExperiment(unsigned char channel)
+{
+    return send(PC_MANUAL_START, channel);
+}
+
+bool InstrumentOperator::setManualSamplingParams(unsigned char channel, const QByteArray &samplingRecord)
+{
+    return sendAndWait(PC_MANUAL_SAMPLING_PARAMS, channel, samplingRecord, settingAckTimeoutMs);
+}
+
+bool InstrumentOperator::setManualGalvanoSetpoint(unsigned char channel, int rawSetpoint, unsigned char range)
+{
+    return send(PC_MANUAL_GALVANO_RAW, channel, packed(qint32(rawSetpoint), quint8(range)));
+}
+
+bool InstrumentOperator::setManualGalvanoSetpoint(unsigned char channel, float current)
+{
+    return send(PC_MANUAL_GALVANO_SETPOINT, channel, packed(current));
+}
+
+bool InstrumentOperator::setManualPotentioSetpoint(unsigned char channel, int rawSetpoint, unsigned char range)
+{
+    return send(PC_MANUAL_POTENTIO_RAW, channel, packed(qint32(rawSetpoint), quint8(range)));
+}
+
+bool InstrumentOperator::setManualPotentioSetpoint(unsigned char channel, float voltage)
+{
+    return send(PC_MANUAL_POTENTIO_SETPOINT, channel, packed(voltage));
+}
+
+bool InstrumentOperator::setManualOcp(unsigned char channel)
+{
+    return send(PC_MANUAL_OCP, channel);
+}
+
+bool InstrumentOperator::setVoltageRangingMode(unsigned char channel, voltageRange_t range)
+{
+    return send(PC_VOLTAGE_RANGE, channel, packed(quint8(range)));
+}
+
+bool InstrumentOperator::setCurrentRangingMode(unsigned char channel, currentRange_t range)
+{
+    return send(PC_CURRENT_RANGE, channel, packed(quint8(range)));
+}
+
+bool InstrumentOperator::setCurrentRangingMode(unsigned char channel, const Manual::RangingMode &mode)
+{
+    return send(PC_CURRENT_RANGE, channel, packed(mode.range));
+}
+
+void InstrumentOperator::setCompRange(unsigned char channel, const VekCompRange &compRange)
+{
+    send(PC_COMP_RANGE, channel, packed(compRange.getBandwidthIndex(), compRange.getStabilityFactor()));
+}
+
+void InstrumentOperator::setIRCompSettings(unsigned char channel, float uncompensatedResistance,
+                                           float compensationFraction)
+{
+    send(PC_IR_COMP, channel, packed(uncompensatedResistance, compensationFraction));
+}
+
+void InstrumentOperator::setFFImpedance(unsigned char channel, float impedance)
+{
+    send(PC_FF_IMPEDANCE, channel, packed(impedance));
+}
+
+bool InstrumentOperator::setChannelLimits(unsigned char channel, double currentMin, double currentMax,
+                                          double voltageMin, double voltageMax, double temperatureRatioMax)
+{
+    return sendAndWait(
+        PC_CHANNEL_LIMITS, channel,
+        packed(float(currentMin), float(currentMax), float(voltageMin), float(voltageMax), float(temperatureRatioMax)),
+        settingAckTimeoutMs);
+}
+
+void InstrumentOperator::setChannelsLink(const std::vector<unsigned char> &channels, bool link)
+{
+    send(PC_CHANNELS_LINK, allChannels, packed(channelMask(channels), quint8(link)));
+}
+
+bool InstrumentOperator::SetFanMode(FanCtrlMode_t mode)
+{
+    return send(PC_FAN_MODE, deviceChannel, packed(quint8(mode)));
+}
+
+bool InstrumentOperator::SetFanSpeed(float speed)
+{
+    return send(PC_FAN_SPEED, deviceChannel, packed(speed));
+}
+
+bool InstrumentOperator::readDeviceStatus()
+{
+    return sendAndWait(PC_READ_DEVICE_STATUS, deviceChannel, QByteArray(), statusAckTimeoutMs);
+}
+
+void InstrumentOperator::readMetaData()
+{
+    send(PC_READ_META_DATA);
+}
+
+void InstrumentOperator::readMemoryData(bool firstBlock)
+{
+    send(PC_READ_MEMORY_DATA, deviceChannel, packed(quint8(firstBlock)));
+}
+
+bool InstrumentOperator::eraseMemoryData()
+{
+    return send(PC_ERASE_MEMORY_DATA);
+}
+
+void InstrumentOperator::requestGroundFloatState()
+{
+    send(PC_READ_GROUND_FLOAT);
+}
+
+void InstrumentOperator::readConfiguration(unsigned char channel)
+{
+    send(PC_READ_CONFIG, channel);
+}
+
+void InstrumentOperator::pingToDevice()
+{
+    send(PC_PING);
+}
+
+void InstrumentOperator::requestSDcardCalibrationHeader()
+{
+    send(PC_SD_CAL_HEADER_READ);
+}
+
+void InstrumentOperator::requestNextCalibrationData()
+{
+    send(PC_SD_CAL_DATA_NEXT);
+}
+
+void InstrumentOperator::requesFlashCalibrationData(unsigned char channel)
+{
+    send(PC_READ_FLASH_CAL, channel);
+}
+
+void InstrumentOperator::writeCalDataToDevice(unsigned char channel, const QByteArray &record)
+{
+    if (send(PC_WRITE_CAL_DATA, channel, record))
+        waitInLoop(calibrationWriteMs);
+}
+
+void InstrumentOperator::writeCalFileHeaderToSDCard(unsigned char channel, const QByteArray &header)
+{
+    send(PC_SD_CAL_HEADER_WRITE, channel, header);
+}
+
+void InstrumentOperator::calFileDataAppendToSDCard(unsigned char channel, const QByteArray &data)
+{
+    send(PC_SD_CAL_DATA_APPEND, channel, data);
+}
+
+void InstrumentOperator::writeHardwareDataToDevice(unsigned char channel, const QByteArray &record)
+{
+    send(PC_WRITE_HARDWARE_DATA, channel, record);
+}
+
+bool InstrumentOperator::uploadExperimentToInstrument(unsigned char channel, const QList<ExpNode_t> &nodes,
+                                                      HardwareModel_t)
+{
+    if (!_communicator)
+        return false;
+    pingToDevice();
+    send(PC_NODE_LIST_BEGIN, channel, packed(quint16(nodes.size())));
+    for (const ExpNode_t &node : nodes) {
+        send(PC_NODE_APPEND, channel, wireForm(node));
+        if (!didWeGetAck(&InstrumentOperator::appendExperimentNodeAcked, channel))
+            return false; // nothing is cleaned up: the instrument keeps what it got
+    }
+    return send(PC_NODE_LIST_END, channel);
+}
+
+bool InstrumentOperator::send(PCcommand_t command, unsigned char channel, const QByteArray &payload)
+{
+    if (!_communicator)
+        return false;
+    _communicator->SendCommand(command, channel, payload);
+    return true;
+}
+
+bool InstrumentOperator::sendAndWait(PCcommand_t command, unsigned char channel, const QByteArray &payload,
+                                     int milliseconds)
+{
+    return send(command, channel, payload) && waitForAcknowledgment(AckInfo(channel, command), milliseconds);
+}
+
+void InstrumentOperator::waitInLoop(int milliseconds)
+{
+    const NestedWait wait;
+    QEventLoop loop;
+    connect(this, &InstrumentOperator::deviceDisconnected, &loop, &QEventLoop::quit);
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+bool InstrumentOperator::receivedAcknowledgment(const AckInfo &ack)
+{
+    _ackGuard->acquire();
+    const QSemaphoreReleaser releaser(_ackGuard.get());
+    _acks.append(ack);
+    return true;
+}
+
+/**
+ * Looks into the list before each of its waits but not after the last, so an acknowledgement that comes then is left to
+ * the next wait for the same command. That is accepted: entries carry no sequence.
+ */
+bool InstrumentOperator::waitForAcknowledgment(const AckInfo &wanted, int milliseconds)
+{
+    for (int pass = 0; pass < ackPasses; ++pass) {
+        if (claimAcknowledgment(wanted))
+            return true;
+        if (!_connected)
+            return false;
+        waitInLoop(milliseconds);
+    }
+    return false;
+}
+
+bool InstrumentOperator::claimAcknowledgment(const AckInfo &wanted)
+{
+    _ackGuard->acquire();
+    const QSemaphoreReleaser releaser(_ackGuard.get());
+    for (auto ack = _acks.begin(); ack != _acks.end();) {
+        if (ack->answersSameCommand(wanted)) {
+            _acks.erase(ack);
+            return true;
+        }
+        const bool isStray = ack->time - wanted.time > strayAckSeconds; // the clock was set back; old ones stay
+        ack = isStray ? _acks.erase(ack) : ack + 1;
+    }
+    return false;
+}
+
+/**
+ * Waits for a signal with a channel; the first that comes decides.
+ *
+ * Deliberate: one for another channel ends the wait with false, as only one channel is uploaded to at a time.
+ */
+template <typename Signal>
+bool InstrumentOperator::didWeGetAck(Signal signal, unsigned char channel)
+{
+    if (!_connected)
+        return false;
+    enum Outcome { Pending = -2, OtherChannel = -1, Acknowledged = 0, TimedOut = 1 };
+    const NestedWait wait;
+    QEventLoop loop;
+    QTimer timer;
+    int outcome = Pending;
+    const auto leave = [&](int code) {
+        if (outcome == Pending)
+            loop.exit(outcome = code);
+    };
+    connect(this, signal, &loop, [&](unsigned char acked) { leave(acked == channel ? Acknowledged : OtherChannel); });
+    connect(this, &InstrumentOperator::deviceDisconnected, &loop, [&] { leave(TimedOut); });
+    connect(&timer, &QTimer::timeout, &loop, [&] { leave(TimedOut); });
+    timer.start(nodeAckTimeoutMs);
+    return loop.exec() == Acknowledged;
+}
