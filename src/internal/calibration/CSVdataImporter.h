@@ -5,7 +5,6 @@
 #include <QString>
 #include <QtGlobal>
 
-#pragma pack(push, 1)
 /// Opens the transfer of calibration tables from the SD card: 256 bytes, little-endian; payload of NT_SD_CAL_HEADER.
 struct csvDataHeader_t {
     static constexpr quint32 expectedMagic = 0x30303031; ///< "1000"
@@ -14,7 +13,6 @@ struct csvDataHeader_t {
     qint32 payloadSize = 0;     ///< bytes to come, at least 1
     quint8 reserved8[248] = {}; ///< not read
 };
-#pragma pack(pop)
 static_assert(sizeof(csvDataHeader_t) == 256, "the record as it travels");
 
 /**

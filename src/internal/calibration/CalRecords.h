@@ -11,7 +11,8 @@ constexpr quint32 v4 = 0x76303034;   ///< "400v"
 constexpr quint32 vc07 = 0x37306376; ///< "vc07"
 } // namespace CalMagic
 
-#pragma pack(push, 1)
+// Every field of these records is naturally aligned, so they need no packing; the assertions below watch over it.
+
 /// Calibration of one channel of the mainline: 376 bytes, little-endian, single precision; payload of NT_RAW_CAL_DATA.
 struct cal_v4 {
     quint32 calMagic;        ///< CalMagic::v4
@@ -89,7 +90,6 @@ struct Gale_Cfg_t {
     }; ///< no reader
     quint32 reserved284 = 0;
 };
-#pragma pack(pop)
 
 static_assert(sizeof(cal_v4) == 376, "the record as it travels");
 static_assert(offsetof(cal_v4, eweRefCoeff) == 12, "");

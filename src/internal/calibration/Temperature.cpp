@@ -1,0 +1,63 @@
+#include "calibration/Temperature.h"
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr double absoluteZero = -273.15; // degrees Celsius
+constexpr float lowestTemperature = -60.0f;
+constexpr float highestTemperature = 135.0f;
+constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+
+constexpr unsigned faultBit = 1u << 16;
+constexpr int readingShift = 18; // the reading fills bits 31 to 18
+constexpr float degreesPerCount = 0.25f;
+
+} // namespace
+
+Thermistor::Thermistor(float a, float b, float c, float d) : A(a), B(b), C(c), D(d)
+{
+}
+
+float Thermistor::getTemp(float ratio) const
+{
+    const double resistance = double(seriesResistance) * ratio / (1.0 - ratio);
+    const double x = std::log(resistance / nominalResistance);
+    const double reciprocal = A + B * x + C * x * x + D * x * x * x;
+    const float degrees = float(1.0 / reciprocal + absoluteZero);
+    if (degrees < lowestTemperature || degrees > highestTemperature)
+        return notANumber;
+    return degrees;
+}
+
+float Thermistor::getRatio(float degrees) const
+{
+    const double kelvin = degrees - absoluteZero;
+    if (kelvin <= 0.0)
+        return notANumber;
+    const double resistance = nominalResistance * std::exp(logResistance(1.0 / kelvin));
+    return float(resistance / (seriesResistance + resistance));
+}
+
+double Thermistor::logResistance(double reciprocalTemperature) const
+{
+    constexpr int maxSteps = 100;
+    constexpr double tolerance = 1e-6;
+
+    double x = 0.0;
+    for (int step = 0; step < maxSteps; ++step) {
+        const double residual = A + B * x + C * x * x + D * x * x * x - reciprocalTemperature;
+        if (std::abs(residual) < tolerance)
+            break;
+        x -= residual / (B + 2.0 * C * x + 3.0 * D * x * x);
+    }
+    return x;
+}
+
+float TemperatureParser::getTemp(unsigned word) const
+{
+    if (word & faultBit)
+        return notANumber;
+    return float(static_cast<int>(word) >> readingShift) * degreesPerCount;
+}
