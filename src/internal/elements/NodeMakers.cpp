@@ -279,7 +279,7 @@ QList<ExpNode_t> AI_Nodes_MottSchottky(float potential, bool potentialVsOCP, flo
     Vek_Node_SetTimeLimit(hold, holdTime, true);
     return {hold,
             Vek_Node_EIS_Voltage(potential, potentialVsOCP, amplitude, startFrequency, endFrequency, stepsPerDecade,
-                                 0.5f, minimumCycles),
+                                 eisFixedFraction, minimumCycles),
             Vek_Node_Modify(potential, lastPotential, step, -2, ModTarget_t::FirstValue, ModType_t::Step, 1),
             Vek_Node_Modify(potential, lastPotential, step, -2, ModTarget_t::BiasPotential, ModType_t::Step, -3)};
 }

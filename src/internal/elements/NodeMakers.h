@@ -14,6 +14,9 @@ enum class ModTarget_t : quint8 {
 /// How a modify node changes its target; only stepping is in use.
 enum class ModType_t : quint8 { Step = 0 };
 
+/// What every element passes as the fixed fraction of an impedance sweep; its meaning is the firmware's.
+constexpr float eisFixedFraction = 0.5f;
+
 /**
  * @name Node makers
  * Each makes a record with the defaults of ExpNode_t and the parameters of its type.
