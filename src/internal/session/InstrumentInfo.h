@@ -1,6 +1,5 @@
 #pragma once
 
-#include "calibration/CalibrationData.h"
 #include "hardware_models/HardwareVersion.h"
 
 #include <QByteArray>
@@ -8,6 +7,8 @@
 #include <QString>
 
 #include <array>
+
+class CalibrationData;
 
 /// What is known of a connected instrument. A plain value, copied into the handler.
 struct InstrumentInfo {

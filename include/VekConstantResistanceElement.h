@@ -1,0 +1,86 @@
+#pragma once
+
+#include "VekAbstractElement.h"
+
+class ConstantResistanceElement;
+
+/**
+ * Discharges a cell through a constant load resistance until the time is over or a limit is met.
+ *
+ * @thread A value: use it from one thread at a time.
+ */
+class NIMBRELLE_EXPORT VekConstantResistanceElement : public VekAbstractElement
+{
+public:
+    /**
+     * An element with these values; everything else has its default.
+     *
+     * @param resistance load resistance in ohms; above 0
+     * @param maxDuration longest duration of the step in seconds; infinity for no limit
+     * @param samplingInterval interval between two samples in seconds
+     */
+    VekConstantResistanceElement(double resistance, double maxDuration, double samplingInterval);
+    /// A copy with values of its own.
+    VekConstantResistanceElement(const VekConstantResistanceElement &other);
+    /// Takes over the values of the other element; the two stay independent.
+    VekConstantResistanceElement &operator=(const VekConstantResistanceElement &other);
+    /// Experiments that hold a copy of the element keep it.
+    ~VekConstantResistanceElement() override;
+
+    /// Load resistance in ohms; 1e9 by default.
+    double getResistance() const;
+    /// Sets the load resistance in ohms; above 0.
+    void setResistance(double ohms);
+
+    /// Longest duration of the step in seconds; positive infinity (none) by default.
+    double getMaxDuration() const;
+    /// Sets the longest duration of the step in seconds; infinity for no limit.
+    void setMaxDuration(double seconds);
+
+    /// Interval between two samples in seconds; 1.0 by default.
+    double getSamplingInterval() const;
+    /// Sets the interval between two samples in seconds.
+    void setSamplingInterval(double seconds);
+
+    /// Lower voltage limit in volts; negative infinity (none) by default.
+    double getMinVoltage() const;
+    /// Sets the lower voltage limit in volts; the step ends when the voltage falls below it.
+    void setMinVoltage(double volts);
+
+    /// Whether the lower voltage limit is relative to the open-circuit potential; false by default.
+    bool isMinimumVoltageVsOCP() const;
+    /// Makes the lower voltage limit relative to the open-circuit potential (true) or to the reference electrode
+    /// (false).
+    void setMinimumVoltageVsOCP(bool isVsOCP);
+
+    /// Upper voltage limit in volts; positive infinity (none) by default.
+    double getMaxVoltage() const;
+    /// Sets the upper voltage limit in volts; the step ends when the voltage rises above it.
+    void setMaxVoltage(double volts);
+
+    /// Whether the upper voltage limit is relative to the open-circuit potential; false by default.
+    bool isMaximumVoltageVsOCP() const;
+    /// Makes the upper voltage limit relative to the open-circuit potential (true) or to the reference electrode
+    /// (false).
+    void setMaximumVoltageVsOCP(bool isVsOCP);
+
+    /// Lower limit of the signed current in amperes; negative infinity (none) by default.
+    double getMinCurrent() const;
+    /// Sets the lower limit of the signed current in amperes; the step ends when the current falls below it.
+    void setMinCurrent(double amperes);
+
+    /// Upper limit of the signed current in amperes; positive infinity (none) by default.
+    double getMaxCurrent() const;
+    /// Sets the upper limit of the signed current in amperes; the step ends when the current rises above it.
+    void setMaxCurrent(double amperes);
+
+    /// Largest charge in coulombs moved in the step; positive infinity (none) by default.
+    double getMaxCapacity() const;
+    /// Sets the largest charge in coulombs moved in the step; the step ends when it has passed.
+    void setMaxCapacity(double coulombs);
+
+private:
+    explicit VekConstantResistanceElement(std::shared_ptr<ConstantResistanceElement> builder);
+
+    std::shared_ptr<ConstantResistanceElement> _builder; // the object that the base holds too
+};
