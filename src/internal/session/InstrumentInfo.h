@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calibration/CalibrationData.h"
 #include "hardware_models/HardwareVersion.h"
 
 #include <QByteArray>
@@ -7,8 +8,6 @@
 #include <QString>
 
 #include <array>
-
-class CalibrationData;
 
 /// What is known of a connected instrument. A plain value, copied into the handler.
 struct InstrumentInfo {

@@ -2,7 +2,6 @@
 
 #include "VekCompRange.h"
 #include "link/SerialCommunicator.h"
-#include "session/NestedWait.h"
 #include "session/WireValues.h"
 
 #include <QEventLoop>
@@ -45,7 +44,7 @@ InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent)
             Qt::QueuedConnection);
     connect(_communicator, &SerialCommunicator::deviceDisconnected, this, &InstrumentOperator::onLinkLost,
             Qt::QueuedConnection);
-    if (!openLink())
+    if (!_communicator->Start(true)) // the link may be lost while this waits, so its outcome alone does not decide
         _connected = false;
     if (_connected)
         pingToDevice();
@@ -56,13 +55,6 @@ InstrumentOperator::~InstrumentOperator()
     SerialCommunicator *communicator = std::exchange(_communicator, nullptr);
     communicator->Stop();
     communicator->deleteLater();
-}
-
-/// The link may be lost while this waits, so its outcome alone does not decide.
-bool InstrumentOperator::openLink()
-{
-    const NestedWait wait;
-    return _communicator->Start(true);
 }
 
 void InstrumentOperator::onLinkLost()
@@ -315,7 +307,6 @@ bool InstrumentOperator::sendAndWait(PCcommand_t command, unsigned char channel,
 
 void InstrumentOperator::waitInLoop(int milliseconds)
 {
-    const NestedWait wait;
     QEventLoop loop;
     connect(this, &InstrumentOperator::deviceDisconnected, &loop, &QEventLoop::quit);
     QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
@@ -372,7 +363,6 @@ bool InstrumentOperator::didWeGetAck(Signal signal, unsigned char channel)
     if (!_connected)
         return false;
     enum Outcome { Pending = -2, OtherChannel = -1, Acknowledged = 0, TimedOut = 1 };
-    const NestedWait wait;
     QEventLoop loop;
     QTimer timer;
     int outcome = Pending;

@@ -170,7 +170,6 @@ Q_SIGNALS:
 private:
     struct Road;
 
-    bool openLink();
     void onLinkLost();
     void onCurrentRangeUp(unsigned char channel, const QByteArray &data);
     void onErrorText(unsigned char channel, const QByteArray &data);

@@ -1,0 +1,310 @@
+#include "session/InitialInformation.h"
+
+#include "hardware_models/HardwareModel.h"
+#include "hardware_models/HardwareModelFactory.h"
+#include "link/SerialCommunicator.h"
+
+#include <QDebug>
+#include <QEventLoop>
+#include <QThread>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+
+namespace {
+
+constexpr int answerTimeoutMs = 1000;
+constexpr unsigned long galePreHandshakeMs = 500;
+constexpr int galeChannelsPerBoard = 2;
+
+/// A command and the notification that answers it.
+struct Question {
+    PCcommand_t command;
+    Notifications_t answer;
+    int size = anySize; ///< of the answer's payload; others are ignored
+    int otherSize = size;
+
+    static constexpr int anySize = -1;
+
+    bool isAnsweredBy(Notifications_t type, const QByteArray &payload) const
+    {
+        return type == answer && (size == anySize || payload.size() == size || payload.size() == otherSize);
+    }
+};
+
+// clang-format off
+constexpr Question echoTest         {PC_ECHO_TEST,              NT_ECHO};
+constexpr Question ping             {PC_PING,                   NT_PING_REPLY};
+constexpr Question hardwareVersion  {PC_READ_HARDWARE_VERSION,  NT_HARDWARE_VERSION, 256, 64};
+constexpr Question channelCount     {PC_READ_CHANNEL_COUNT,     NT_CHANNEL_COUNT,    1};
+constexpr Question firmwareChecksum {PC_READ_FIRMWARE_CHECKSUM, NT_FIRMWARE_CHECKSUM};
+constexpr Question firmwareVersion  {PC_READ_FIRMWARE_VERSION,  NT_FIRMWARE_VERSION};
+constexpr Question calibration      {PC_READ_FLASH_CAL,         NT_RAW_CAL_DATA};
+constexpr Question boardConfig      {PC_READ_CONFIG,            NT_CONFIG,           sizeof(Gale_Cfg_t)};
+// clang-format on
+
+/// Looks at what answers a question and takes it over; false for an answer to somebody else, which is ignored.
+using Taker = std::function<bool(unsigned int channel, const QByteArray &payload)>;
+
+bool takesAnything(unsigned int, const QByteArray &)
+{
+    return true;
+}
+
+/// Asks one question. @return true when the answer did NOT come
+bool ask(SerialCommunicator &link, QEventLoop &loop, const Question &question, unsigned char channel,
+         const Taker &take = takesAnything)
+{
+    QObject context; // undoes both connections
+    bool isAnswered = false;
+    QObject::connect(&link, &SerialCommunicator::ResponseReceived, &context,
+                     [&](Notifications_t type, unsigned int answerChannel, const QByteArray &payload) {
+                         if (isAnswered || !question.isAnsweredBy(type, payload) || !take(answerChannel, payload))
+                             return;
+                         isAnswered = true;
+                         loop.exit(0);
+                     });
+    QObject::connect(&link, &SerialCommunicator::deviceDisconnected, &context, [&] { loop.exit(1); });
+    link.SendCommand(question.command, channel);
+    return InitialInformation::receivedInfo(loop);
+}
+
+bool ask(SerialCommunicator &link, const Question &question, const Taker &take = takesAnything)
+{
+    QEventLoop loop;
+    return ask(link, loop, question, deviceChannel, take);
+}
+
+void complainOfMissingCalibration(const InstrumentInfo &info, int channel)
+{
+    qDebug().noquote() << QStringLiteral("Error: Calibration data for %1 channel %2 was not returned by the device")
+                              .arg(info.deviceName)
+                              .arg(channel);
+}
+
+void addCalibration(InstrumentInfo &info, int channel, const QByteArray &record)
+{
+    CalibrationData data;
+    data.setModelType(info.hardware.hwModel);
+    data.importCalData(record.constData(), record.size());
+    info.calibration.insert(std::min(channel, info.calibration.size()), data); // a channel before it may be missing
+}
+
+void configureBoard(InstrumentInfo &info, int firstChannel, const QByteArray &record)
+{
+    Gale_Cfg_t config;
+    std::memcpy(&config, record.constData(), sizeof config);
+    for (int channel = firstChannel; channel < firstChannel + galeChannelsPerBoard; ++channel) {
+        if (channel >= info.calibration.size()) {
+            qWarning().noquote() << QStringLiteral("Unable to update info for channel %1").arg(channel);
+            return;
+        }
+        info.calibration[channel].setGaleCfgData(config);
+    }
+}
+
+bool isGale(const InstrumentInfo &info)
+{
+    return info.hardware.hwModel == HardwareModel_t::Gale;
+}
+
+VekErrorCode notConnected(QLatin1String message)
+{
+    return VekErrorCode(VekErrorCode::ConnectionFailed, message);
+}
+
+// clang-format off
+constexpr QLatin1String noPing(
+    "A connection with the device could not be successfully established because the device did not respond to ping. "
+    "Please try to reconnect after restarting the device.");
+constexpr QLatin1String noPingOfGale( // Deliberate: a word is missing.
+    "A connection with the could not be successfully established because the device did not respond to ping. "
+    "Please try to reconnect after restarting the device.");
+constexpr QLatin1String noHardwareVersion(
+    "A connection with the device could not be successfully established because hardware version was not received. "
+    "Please try to reconnect after restarting the device.");
+constexpr QLatin1String wrongHardwareVersion(
+    "A connection with the device could not be successfully established because hardware version is invalid. "
+    "Please try to reconnect after writing correct hardware information.");
+constexpr QLatin1String noChannelAmount(
+    "A connection with the device could not be successfully established because total number of channels was not "
+    "received. Please try to reconnect after restarting the device.");
+constexpr QLatin1String wrongFirmware(
+    "A connection with the device could not be successfully established because device firmware did not match with API "
+    "version. Please update device firmware using updateFirmwareOnComPort or updateFirmwareOnAllAvailableDevices or use "
+    "utility application which is provided with library.");
+constexpr QLatin1String noFirmwareVersion(
+    "A connection with the device could not be successfully established because firmware version was not received. "
+    "Please try to reconnect after restarting the device.");
+constexpr QLatin1String noCalibration(
+    "A connection with the device could not be successfully established because DC calibration data was not received. "
+    "Please try to reconnect after restarting the device.");
+constexpr QLatin1String noConfiguration(
+    "A connection with the device could not be successfully established because configuration data was not received. "
+    "Please try to reconnect after restarting the device.");
+// clang-format on
+
+/// The Gale line is told that a handshake follows, and is given time; then it must answer another ping.
+bool preparesGale(SerialCommunicator &link)
+{
+    link.SendCommand(PC_GALE_PRE_HANDSHAKE, allChannels);
+    QThread::msleep(galePreHandshakeMs);
+    return !InitialInformation::doHandShake(link);
+}
+
+} // namespace
+
+bool InitialInformation::PingToInstrument(const QString &port)
+{
+    SerialCommunicator link(port);
+    link.Start(true);
+    return !doHandShake(link);
+}
+
+VekErrorCode InitialInformation::getBasicInfoSuccessfully(const QString &port, InstrumentInfo &info)
+{
+    SerialCommunicator link(port);
+    link.Start(true);
+    const VekErrorCode verdict = validateFirmware(link, info);
+    if (verdict != VekErrorCode::Success)
+        return verdict;
+    if (isGale(info) && !preparesGale(link))
+        return notConnected(noPingOfGale);
+    if (getFirmwareVersion(link, info))
+        return notConnected(noFirmwareVersion);
+    if (getCalData(link, info))
+        return notConnected(noCalibration);
+    if (isGale(info) && getConfigData(link, info))
+        return notConnected(noConfiguration);
+    link.WaitForBytesSent();
+    info.comPort = port;
+    return VekErrorCode::Success;
+}
+
+VekErrorCode InitialInformation::validateFirmware(SerialCommunicator &link, InstrumentInfo &info)
+{
+    const bool isEcho = !testForEcho(link);
+    if (isEcho)
+        return VekErrorCode::Unknown;
+    if (doHandShake(link))
+        return notConnected(noPing);
+    if (getHardwareVersion(link, info))
+        return notConnected(noHardwareVersion);
+    if (!hasCorrectHardwareVersion(info))
+        return notConnected(wrongHardwareVersion);
+    if (getChannelAmount(link, info))
+        return notConnected(noChannelAmount);
+    getFirmwareChecksum(link, info); // one that did not come is empty, and the next step refuses it
+    if (!hasCorrectFirmware(info))
+        return VekErrorCode(VekErrorCode::FirmwareNotSupported, wrongFirmware);
+    return VekErrorCode::Success;
+}
+
+bool InitialInformation::testForEcho(SerialCommunicator &link)
+{
+    return ask(link, echoTest);
+}
+
+bool InitialInformation::doHandShake(SerialCommunicator &link)
+{
+    return ask(link, ping);
+}
+
+bool InitialInformation::getHardwareVersion(SerialCommunicator &link, InstrumentInfo &info)
+{
+    return ask(link, hardwareVersion, [&info](unsigned int, const QByteArray &record) {
+        info.hardware = HardwareVersion();
+        std::memcpy(&info.hardware, record.constData(), std::size_t(record.size()));
+        info.deviceName = deviceNameIn(info.hardware);
+        return true;
+    });
+}
+
+bool InitialInformation::getChannelAmount(SerialCommunicator &link, InstrumentInfo &info)
+{
+    return ask(link, channelCount, [&info](unsigned int, const QByteArray &count) {
+        info.channelCount = static_cast<quint8>(count.at(0));
+        return true;
+    });
+}
+
+bool InitialInformation::getFirmwareChecksum(SerialCommunicator &link, InstrumentInfo &info)
+{
+    return ask(link, firmwareChecksum, [&info](unsigned int, const QByteArray &checksum) {
+        info.firmwareChecksum = QString::fromLatin1(checksum.toHex().toUpper());
+        return true;
+    });
+}
+
+bool InitialInformation::getFirmwareVersion(SerialCommunicator &link, InstrumentInfo &info)
+{
+    const bool failed = ask(link, firmwareVersion, [&info](unsigned int, const QByteArray &text) {
+        info.firmwareVersion = textIn(text);
+        return true;
+    });
+    if (failed)
+        qDebug().noquote() << QStringLiteral("Firmware version for device: %1 could not be read.").arg(info.deviceName);
+    return failed;
+}
+
+bool InitialInformation::getCalData(SerialCommunicator &link, InstrumentInfo &info)
+{
+    QEventLoop loop;
+    bool anyFailed = false;
+    for (int channel = 0; channel < info.channelCount; ++channel) {
+        const auto take = [&info, channel](unsigned int answerChannel, const QByteArray &record) {
+            if (int(answerChannel) != channel)
+                return false;
+            addCalibration(info, channel, record);
+            return true;
+        };
+        if (ask(link, loop, calibration, static_cast<unsigned char>(channel), take)) {
+            complainOfMissingCalibration(info, channel);
+            anyFailed = true;
+        }
+    }
+    return anyFailed;
+}
+
+bool InitialInformation::getConfigData(SerialCommunicator &link, InstrumentInfo &info)
+{
+    if (!isGale(info))
+        return false;
+    QEventLoop loop;
+    bool anyFailed = false;
+    for (int channel = 0; channel < info.channelCount; channel += galeChannelsPerBoard) {
+        // Deliberate: the board that answers is the one that is configured, whichever was asked.
+        const auto take = [&info](unsigned int answerChannel, const QByteArray &record) {
+            configureBoard(info, int(answerChannel), record);
+            return true;
+        };
+        if (ask(link, loop, boardConfig, static_cast<unsigned char>(channel), take)) {
+            complainOfMissingCalibration(info, channel);
+            anyFailed = true;
+        }
+    }
+    return anyFailed;
+}
+
+bool InitialInformation::receivedInfo(QEventLoop &loop)
+{
+    QTimer timeout;
+    QObject::connect(&timeout, &QTimer::timeout, &loop, [&loop] { loop.exit(1); });
+    timeout.start(answerTimeoutMs);
+    return loop.exec() != 0;
+}
+
+bool InitialInformation::hasCorrectFirmware(const InstrumentInfo &info)
+{
+    const QString carried = HardwareModelFactory::getHardwareModel(info.hardware.hwModel)->hexFileCheckSum();
+    return !carried.isEmpty() && carried.toLower() == info.firmwareChecksum.toLower();
+}
+
+bool InitialInformation::hasCorrectHardwareVersion(const InstrumentInfo &info)
+{
+    const auto model = HardwareModelFactory::getHardwareModel(info.hardware.hwModel);
+    return model->getVanityName() != QLatin1String("Invalid") &&
+           model->getHexFileSignatureText() != QLatin1String("INVALID_MODEL");
+}
