@@ -14,14 +14,6 @@ const QString HardwareModel::CUSTOM_STABILITY_RANGE = QStringLiteral("Custom Sta
 
 namespace {
 
-qint32 modelClassOf(HardwareModel_t model)
-{
-    const bool isFirstGeneration = model <= HardwareModel_t::Alder_2_0;
-    if (isFirstGeneration || model == HardwareModel_t::Marsh_protoboard || model > HardwareModel_t::Alder_2_5)
-        return 0;
-    return model == HardwareModel_t::Gale ? 3 : 2;
-}
-
 bool isBetween(double lowest, double value, double highest)
 {
     return lowest <= value && value <= highest;
@@ -34,7 +26,7 @@ bool isWhole(double value)
 
 } // namespace
 
-HardwareModel::HardwareModel(HardwareModel_t model) : _modelClass(modelClassOf(model))
+HardwareModel::HardwareModel(HardwareModel_t model) : _modelClass(static_cast<qint32>(instrumentLineOf(model)))
 {
 }
 

@@ -139,7 +139,7 @@ protected:
     QStringList _stabilityNames = numberNames(11);
     QString _vanityName = QStringLiteral("Invalid"); ///< "Invalid" marks an unknown instrument
     QString _hexSignatureText = QStringLiteral("INVALID_MODEL");
-    qint32 _modelClass;            ///< 0 obsolete or unknown, 2 main line, 3 battery cycler
+    qint32 _modelClass;            ///< the InstrumentLine of the number
     double _minVoltInterval = 0.0; ///< smallest voltage interval of a sampled record
     double _minSamplingPeriod = 0.0002;
     double _reservedLimit = 0.01;
