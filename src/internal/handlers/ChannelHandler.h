@@ -85,7 +85,7 @@ public:
     std::shared_ptr<AbstractExperiment> getLoadedExp() const;
 
     /// Stores a copy.
-    void setLoadedNodeList(NodeList &nodes);
+    void setLoadedNodeList(const NodeList &nodes);
     /// An empty list if nothing is loaded.
     NodeList getLoadedNodeList() const;
     bool isLoadedNodeListEmpty() const;

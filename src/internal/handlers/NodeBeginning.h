@@ -10,17 +10,15 @@ struct Node;
 
 /// What the two instrument lines do differently when a node begins.
 struct NodeRules {
-    InstrumentLine line;
-    bool type27KeepsCell; ///< nodes of type 27 leave the cell as it is, instead of switching it on
-    int acPackets;        ///< packets that an AC node's batch is begun with; 0: the line has no batches
+    InstrumentLine line;     ///< whose models the rules are for
+    bool doesType27KeepCell; ///< a node of type 27 leaves the cell as it is, instead of switching it on
+    int acBatchPackets;      ///< packets that an AC node counts on until a header says better; 0: no batches
 };
-
-/// The nodes that take no part: they neither touch the cell nor count as a step.
-bool isLogicNode(const Node &node);
 
 /**
  * Puts a channel into the state of a node that begins: cell, charge, decimation, numbering.
  *
- * @return what to announce; nothing if neither step, sub-step, cycle nor name has changed
+ * @return what to announce; nothing when neither step, cycle, sub-step nor name has changed, and for nodes that are no
+ *         steps: the end, loops and those that only direct the instrument's program
  */
 std::optional<VekExperimentNode> enterNode(ChannelHandler &channel, const Node &node, const NodeRules &rules);

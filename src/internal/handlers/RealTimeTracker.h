@@ -19,6 +19,8 @@ struct DCDataAccumulator {
 
     /// Counts one sample. @return whether it is to be reported
     bool countSample();
+    /// Changes the size of the groups to come; 0 counts as 1.
+    void setGroupSize(quint32 samples);
     /// Begins a group of that many samples, of which the last is reported; 0 counts as 1.
     void beginGroups(quint32 samples);
 };
@@ -67,4 +69,7 @@ struct RealTimeTracker {
     int cycleNumber() const;
     /// Takes the instrument's time in seconds for the start of the experiment, unless one is known. NaN is a time.
     void startClockOnce(double instrumentSeconds);
+
+private:
+    void countStep();
 };

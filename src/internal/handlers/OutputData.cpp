@@ -1,0 +1,30 @@
+#include "handlers/OutputData.h"
+
+VekDCData DcOutputData(const ProcessedDCData &point)
+{
+    VekDCData data;
+    data.timestamp = point.timestamp;
+    data.workingElectrodeVoltage = point.workingElectrodeVoltage;
+    data.counterElectrodeVoltage = point.counterElectrodeVoltage;
+    data.current = point.current;
+    data.temperature = point.temperature;
+    return data;
+}
+
+VekACData AcOutputData(const ComplexDataPoint_t &point)
+{
+    VekACData data;
+    data.timestamp = point.timestamp;
+    data.frequency = point.frequency;
+    data.absoluteImpedance = point.absZ;
+    data.realImpedance = point.realZ;
+    data.imagImpedance = point.imagZ;
+    data.phaseAngle = point.phaseDeg;
+    data.totalHarmonicDistortion = point.thdPercent;
+    data.numberOfCycles = point.numPeriods;
+    data.dcVoltageBias = point.dcVoltage;
+    data.dcCurrentBias = point.dcCurrent;
+    data.currentAmplitude = point.currentAmplitude;
+    data.voltageAmplitude = point.voltageAmplitude;
+    return data;
+}
