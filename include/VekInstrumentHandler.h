@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+class HandlerLink;
 class VekCompRange;
 class VekExperiment;
 class VekInstrumentHandlerPrivate;
@@ -223,7 +224,7 @@ private Q_SLOTS:
     void onRecoveryExperimentNodeBeginning(unsigned char channel, const VekExperimentNode &node);
 
 private:
-    void connectWithOperatorSignals();
+    void connectWithOperatorSignals(VekInstrumentHandlerPrivate *handler);
 
-    VekInstrumentHandlerPrivate *_private; // borrowed; null once the device has gone
+    std::shared_ptr<HandlerLink> _link; // leads to the private half; null once the device has gone
 };

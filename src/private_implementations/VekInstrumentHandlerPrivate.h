@@ -48,7 +48,7 @@ public:
     using ChannelMap = std::unordered_map<unsigned char, std::unique_ptr<ChannelHandler>>;
 
     /// Stands for no instrument: no operator, no channels, no thread.
-    VekInstrumentHandlerPrivate() = default;
+    VekInstrumentHandlerPrivate();
     /// Opens the port of the instrument, which may take 10 s, and starts the handler's thread.
     explicit VekInstrumentHandlerPrivate(const InstrumentInfo &info);
     /// Waits for requests that are under way, and for the thread unless it runs on it.
@@ -204,7 +204,7 @@ protected:
     CalibrationData *calibrationAt(unsigned char channel); ///< null where there is none
     HardwareModel_t modelNumber() const { return _info.hardware.hwModel; }
     InstrumentLine line() const { return instrumentLineOf(modelNumber()); }
-    std::shared_ptr<HardwareModel> model() const;
+    std::shared_ptr<const HardwareModel> model() const;
 
     // The checks that requests begin with; Success lets the request go on.
     VekErrorCode checkValid(unsigned char channel) const;  ///< InvalidChannel
@@ -223,11 +223,12 @@ protected:
     bool hasMinVoltageDifference(unsigned char channel, double volts);
     /// Sends a sample of a running experiment out by the signal of the channel's mode; none in idle mode.
     void emitDCData(unsigned char channel, const VekDCData &data);
-    /// Sends an impedance point out by the signal of the channel's mode.
-    void emitACData(unsigned char channel, const ComplexDataPoint_t &point, double startTimestamp);
-
-    /// The host's clock in seconds since 1970.
-    static double utcNow();
+    /// Sends an impedance point out by the signal of the channel's mode, its time counted from the channel's start.
+    void emitACData(unsigned char channel, const ComplexDataPoint_t &point);
+    /// Whether samples of the channel belong to an experiment whose first data have been announced.
+    static bool hasExperimentData(const ChannelHandler &channel);
+    /// The reason for the end of an experiment, in words.
+    static QString stopMessageIn(const QByteArray &payload);
 
     InstrumentInfo _info;
     quint8 _groundFloatState = 0;
@@ -238,10 +239,10 @@ protected:
 private:
     void connectWithOperatorSignals();
     void startThread();
-    Node nodeAt(const ChannelHandler &channel, int index) const;
-    QString lineOfLog(unsigned char channel, const QString &text) const;
-    template <typename Setter, typename Value>
-    VekErrorCode setLimit(unsigned char channel, Setter setter, Value value, VekErrorCode::ErrorCode failure);
+    static Node nodeAt(const ChannelHandler &channel, int index);
+    QString lineOfLog(int channel, const QString &text) const;
+    VekErrorCode setLimit(unsigned char channel, void (ChannelHandler::*store)(double), double value,
+                          VekErrorCode::ErrorCode failure);
 
     std::shared_ptr<HandlerLink> _link;
 };

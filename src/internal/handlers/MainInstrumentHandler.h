@@ -2,7 +2,7 @@
 
 #include "private_implementations/VekInstrumentHandlerPrivate.h"
 
-#include <QSet>
+#include <set>
 
 /**
  * The handler of every instrument but the battery cyclers.
@@ -28,15 +28,16 @@ public Q_SLOTS:
     void onExperimentNodeCompleted(unsigned char channel, const QByteArray &payload) override;
     void onExperimentDCDataReceived(unsigned char channel, const QByteArray &payload) override;
     void onExperimentACDataReceived(unsigned char channel, const QByteArray &payload) override;
-    void onACDataSampleFinshed(unsigned char channel) override;
     void onACDataInvalidated(unsigned char channel, const QByteArray &payload) override;
     /// Takes in which channels hold recovery data and which still run an experiment.
     void channelstatusInformation(const QByteArray &payload);
 
 private:
-    void readDeviceStatus();
-    void readSdCards();
-    void waitForSdCards(QSet<unsigned char> &pending);
-    void warnOfUnreadSdCards(const QSet<unsigned char> &pending) const;
-    bool hasActiveRecoverExperiment() const;
+    void readCalibrationTables();
+    void waitForSdCard(std::set<unsigned char> pending);
+    void keepThoseBeingRead(std::set<unsigned char> &pending) const;
+    void warnOfUnreadTables(const std::set<unsigned char> &channels) const;
+    /// @return whether a channel still runs an experiment from before the connection
+    bool resetLimitsOfIdleChannels();
+    void reportExperimentData(unsigned char channel, VekDCData data);
 };

@@ -1,0 +1,198 @@
+#include "handlers/MainInstrumentHandler.h"
+
+#include "calibration/RecordBytes.h"
+#include "handlers/OutputData.h"
+#include "hardware_models/HardwareModel.h"
+#include "session/InstrumentOperator.h"
+
+#include <QDebug>
+#include <QEventLoop>
+#include <QStringList>
+#include <QTimer>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+constexpr NodeRules mainRules{InstrumentLine::Main, true, 0};
+constexpr int nodeDoneSize = 12;
+
+/// Bits of the device's status word.
+namespace DeviceStatus {
+constexpr quint16 holdsRecoveryData = 1u << 8;
+constexpr int reportedChannels = 4;
+constexpr bool isDataAvailable(quint16 status, int channel)
+{
+    return channel < reportedChannels && (status >> channel & 1u);
+}
+constexpr bool isStillRunning(quint16 status, int channel)
+{
+    return channel < reportedChannels && (status >> (reportedChannels + channel) & 1u);
+}
+} // namespace DeviceStatus
+
+} // namespace
+
+MainInstrumentHandler::MainInstrumentHandler(const InstrumentInfo &info) : VekInstrumentHandlerPrivate(info)
+{
+}
+
+MainInstrumentHandler::~MainInstrumentHandler()
+{
+    shutDown();
+}
+
+// Start-up
+
+void MainInstrumentHandler::sendInitialDefaults()
+{
+    connect(_op, &InstrumentOperator::channelstatusInformation, this, &MainInstrumentHandler::channelstatusInformation);
+    _op->readDeviceStatus();
+    readCalibrationTables();
+    const bool isExperimentRunning = resetLimitsOfIdleChannels();
+    if (!isExperimentRunning)
+        _op->SetFanMode(FAN_FIXED);
+    _op->requestGroundFloatState();
+    Q_EMIT initialConnectionRequestFinished(_op->isConnected());
+}
+
+void MainInstrumentHandler::channelstatusInformation(const QByteArray &payload)
+{
+    const auto status = recordFromBytes<quint16>(payload);
+    if (status & DeviceStatus::holdsRecoveryData) {
+        for (const auto &[number, channel] : _channels) {
+            channel->setRecoverDataStatus(DeviceStatus::isDataAvailable(status, number));
+            channel->setActiveRecoverExperimentStatus(DeviceStatus::isStillRunning(status, number));
+        }
+    } else {
+        eraseRecoveryData();
+    }
+    _op->readMetaData();
+}
+
+void MainInstrumentHandler::readCalibrationTables()
+{
+    const bool isOnSdCard = model()->sdCardHasCalData();
+    std::set<unsigned char> pending;
+    for (int channel = 0; channel < getNumberOfChannels(); ++channel) {
+        const auto number = static_cast<unsigned char>(channel);
+        loadCalibrationTables(number);
+        if (isOnSdCard && requestSdCardCalibrationData(number) == VekErrorCode::Success)
+            pending.insert(number);
+    }
+    if (!pending.empty())
+        waitForSdCard(pending);
+}
+
+void MainInstrumentHandler::waitForSdCard(std::set<unsigned char> pending)
+{
+    constexpr int checkMs = 20;
+    constexpr int longestMs = 5000;
+    QEventLoop loop;
+    const auto check = [this, &pending, &loop] {
+        keepThoseBeingRead(pending);
+        if (pending.empty())
+            loop.quit();
+    };
+    QTimer checks;
+    connect(&checks, &QTimer::timeout, &loop, check);
+    connect(_op, &InstrumentOperator::calibrationHeaderReceived, &loop, check, Qt::QueuedConnection);
+    connect(_op, &InstrumentOperator::calibrationDataReceived, &loop, check, Qt::QueuedConnection);
+    checks.start(checkMs);
+    QTimer::singleShot(longestMs, &loop, &QEventLoop::quit);
+    loop.exec();
+
+    keepThoseBeingRead(pending);
+    if (!pending.empty())
+        warnOfUnreadTables(pending);
+}
+
+void MainInstrumentHandler::keepThoseBeingRead(std::set<unsigned char> &pending) const
+{
+    for (auto channel = pending.begin(); channel != pending.end();)
+        channel = isSDCardReading(*channel) ? std::next(channel) : pending.erase(channel);
+}
+
+void MainInstrumentHandler::warnOfUnreadTables(const std::set<unsigned char> &channels) const
+{
+    QStringList numbers;
+    for (const unsigned char channel : channels)
+        numbers << QString::number(channel);
+    qWarning().noquote() << QStringLiteral("[%1] SD calibration read timed out on channel(s): %2")
+                                .arg(_info.deviceName, numbers.join(QStringLiteral(", ")));
+}
+
+bool MainInstrumentHandler::resetLimitsOfIdleChannels()
+{
+    bool isExperimentRunning = false;
+    for (int channel = 0; channel < getNumberOfChannels(); ++channel) {
+        const auto number = static_cast<unsigned char>(channel);
+        if (channelAt(number)->isActiveRecoverExperiment())
+            isExperimentRunning = true; // it goes on under the limits that it was started with
+        else
+            resetChannelLimits(number);
+    }
+    return isExperimentRunning;
+}
+
+VekErrorCode MainInstrumentHandler::setFanSpeedVariable(bool variable)
+{
+    if (!model()->isFanModeSupported())
+        return variable ? VekErrorCode::FeatureNotSupported : VekErrorCode::Success;
+    if (!_op->SetFanMode(variable ? FAN_VARIABLE : FAN_FIXED))
+        return VekErrorCode::CommandNotSent;
+    return VekErrorCode::Success;
+}
+
+// Nodes and data
+
+void MainInstrumentHandler::onExperimentNodeBeginning(unsigned char channel, const QByteArray &payload)
+{
+    beginNode(channel, payload, mainRules);
+}
+
+void MainInstrumentHandler::onExperimentNodeCompleted(unsigned char channel, const QByteArray &payload)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    if (handler && line() == InstrumentLine::Main && payload.size() == nodeDoneSize)
+        handler->capacity.onNodeCompleted();
+}
+
+void MainInstrumentHandler::onExperimentDCDataReceived(unsigned char channel, const QByteArray &payload)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler || line() != InstrumentLine::Main || payload.size() != int(sizeof(MainDcRecord_t)))
+        return;
+    const ProcessedDCData point = calibrationOf(channel).ProcessDCDataPoint(ExperimentalDcData::fromPayload(payload));
+    handler->capacity.onDcDataReceived(point.charge); // before any filter: charge counts when samples are dropped
+    VekDCData data = DcOutputData(point);
+    const CumulativeCapacityTracker::Snapshot charge = handler->capacity.getSnapshot_C();
+    data.cumulativeChargeAbs = charge.experimentAbs;
+    data.cumulativeChargeNet = charge.experimentNet;
+    if (hasExperimentData(*handler))
+        reportExperimentData(channel, data);
+    else
+        Q_EMIT idleDCDataReady(channel, data);
+}
+
+void MainInstrumentHandler::reportExperimentData(unsigned char channel, VekDCData data)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    const bool isDue = handler->dc.countSample();
+    handler->startClockOnce(data.timestamp);
+    if (isChannelPause(channel))
+        return;
+    data.timestamp -= handler->startTimestamp;
+    if (isDue && hasMinVoltageDifference(channel, data.workingElectrodeVoltage))
+        emitDCData(channel, data);
+}
+
+void MainInstrumentHandler::onExperimentACDataReceived(unsigned char, const QByteArray &)
+{
+}
+
+void MainInstrumentHandler::onACDataInvalidated(unsigned char, const QByteArray &)
+{
+    // Invalid AC records are a concern of the battery cyclers alone.
+}

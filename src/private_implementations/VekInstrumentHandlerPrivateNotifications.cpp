@@ -1,0 +1,343 @@
+#include "private_implementations/VekInstrumentHandlerPrivate.h"
+
+#include "calibration/RecordBytes.h"
+#include "elements/Node.h"
+#include "handlers/OutputData.h"
+#include "link/ExpStopType.h"
+#include "logging/Logger.h"
+#include "session/InstrumentOperator.h"
+
+#include <QDebug>
+
+#include <cmath>
+#include <stdexcept>
+
+namespace {
+
+constexpr double ticksPerSecond = 1e8;
+
+#pragma pack(push, 1)
+struct NodeBeginRecord_t {
+    quint64 tick;      // not used
+    quint16 nodeIndex; // position in the list that was uploaded
+};
+struct ExperimentDoneRecord_t {
+    quint64 skipped;
+    ExpStopType_t stopType;
+};
+#pragma pack(pop)
+static_assert(sizeof(NodeBeginRecord_t) == 10, "the record as it travels");
+static_assert(sizeof(ExperimentDoneRecord_t) == 9, "the record as it travels");
+
+VekErrorCode verdict(FirmwareErrorCode code, VekErrorCode::ErrorCode failure)
+{
+    return code == FW_SUCCESS ? VekErrorCode(VekErrorCode::Success) : VekErrorCode(failure, handle_error(code));
+}
+
+} // namespace
+
+void VekInstrumentHandlerPrivate::onThreadStarted()
+{
+    qRegisterMetaType<uint8_t>("uint8_t");
+    qRegisterMetaType<VekExperimentNode>("VekExperimentNode");
+    qRegisterMetaType<VekACData>("VekACData");
+    qRegisterMetaType<VekDCData>("VekDCData");
+    connectWithOperatorSignals();
+}
+
+void VekInstrumentHandlerPrivate::connectWithOperatorSignals()
+{
+    using Op = InstrumentOperator;
+    using Me = VekInstrumentHandlerPrivate;
+    connect(_op, &Op::experimentDataBeginning, this, &Me::onExperimentDataBeginning);
+    connect(_op, &Op::experimentDataBeginning, this, &Me::experimentStarting);
+    connect(_op, &Op::experimentCompleted, this, &Me::onExperimentCompleted);
+    connect(_op, &Op::deviceDisconnected, this, &Me::deviceDisconnected);
+    connect(_op, &Op::experimentPaused, this, &Me::onExperimentPaused);
+    connect(_op, &Op::experimentResumed, this, &Me::onExperimentResumed);
+    connect(_op, &Op::acktoManualOcpSet, this, &Me::onManualOcpSet);
+    connect(_op, &Op::acktoManualCurrentRangeSet, this, &Me::onManualCurrentRangeSet);
+    connect(_op, &Op::acktoManualVoltageRangeSet, this, &Me::onManualVoltageRangeSet);
+    connect(_op, &Op::acktoManualVoltageSetPoint, this, &Me::onManualVoltageValueSet);
+    connect(_op, &Op::acktoManualCurrentSetPoint, this, &Me::onManualCurrentValueSet);
+    connect(_op, &Op::acktoManualSamplingIntervalSet, this, &Me::onManualSamplingIntervalSet);
+    connect(_op, &Op::acktoIRComp, this, &Me::onSetOfIRComp);
+    connect(_op, &Op::acktoCompRange, this, &Me::onSetOfCompRange);
+    connect(_op, &Op::experimentNodeBeginning, this, &Me::onExperimentNodeBeginning);
+    connect(_op, &Op::experimentNodeCompleted, this, &Me::onExperimentNodeCompleted);
+    connect(_op, &Op::experimentDCDataReceived, this, &Me::onExperimentDCDataReceived);
+    connect(_op, &Op::experimentACDataReceived, this, &Me::onExperimentACDataReceived);
+    connect(_op, &Op::acDataInvalidated, this, &Me::onACDataInvalidated);
+    connect(_op, &Op::receivedMetaData, this, &Me::onReceivedMetaData);
+    connect(_op, &Op::memoryDataStart, this, &Me::onMemoryDataStart);
+    connect(_op, &Op::memoryDataErased, this, &Me::onMemoryDataErased);
+    connect(_op, &Op::calibrationHeaderReceived, this, &Me::onCalibrationHeaderReceived);
+    connect(_op, &Op::calibrationDataReceived, this, &Me::onCalibrationDataReceived);
+    connect(_op, &Op::acDataSampleFinshed, this, &Me::onACDataSampleFinshed);
+    connect(_op, &Op::TareCurrentReceived, this, &Me::TareCurrentReceived);
+    connect(_op, &Op::TareVoltageReceived, this, &Me::TareVoltageReceived);
+    connect(_op, &Op::deviceConfigReceived, this, &Me::onConfigReceived);
+    connect(_op, &Op::groundFloatStateChanged, this, &Me::onGroundFloatStateChanged);
+    connect(_op, &Op::deviceNotification, this, &Me::onDeviceNotification);
+    connect(_op, &Op::deviceError, this, &Me::onDeviceError);
+}
+
+// The course of an experiment
+
+void VekInstrumentHandlerPrivate::onExperimentDataBeginning(unsigned char channel, const QByteArray &payload)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler)
+        return;
+    handler->setDataStatus(ChannelHandler::DATA_STARTED);
+    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / ticksPerSecond);
+}
+
+void VekInstrumentHandlerPrivate::onExperimentCompleted(unsigned char channel, const QByteArray &payload)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler)
+        return;
+    handler->capacity.endExperiment();
+    handler->setIdealConfig();
+    Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
+}
+
+QString VekInstrumentHandlerPrivate::stopMessageIn(const QByteArray &payload)
+{
+    return getStopMessage(recordFromBytes<ExperimentDoneRecord_t>(payload).stopType);
+}
+
+void VekInstrumentHandlerPrivate::onExperimentPaused(unsigned char channel)
+{
+    if (ChannelHandler *const handler = channelAt(channel))
+        handler->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_PAUSED);
+    Q_EMIT experimentPaused(channel);
+}
+
+void VekInstrumentHandlerPrivate::onExperimentResumed(unsigned char channel)
+{
+    if (ChannelHandler *const handler = channelAt(channel))
+        handler->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_RUNNING);
+    Q_EMIT experimentResumed(channel);
+}
+
+void VekInstrumentHandlerPrivate::beginNode(unsigned char channel, const QByteArray &payload, const NodeRules &rules)
+{
+    if (line() != rules.line)
+        return;
+    if (payload.size() != int(sizeof(NodeBeginRecord_t))) {
+        qWarning().noquote() << lineOfLog(
+            channel + 1, QStringLiteral("Experiment Node Data size incompatible with current software. Check that the "
+                                        "present software version and hardware firmware version are compatible"));
+        return;
+    }
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler)
+        return;
+    const Node node = nodeAt(*handler, recordFromBytes<NodeBeginRecord_t>(payload).nodeIndex);
+    const std::optional<VekExperimentNode> announcement = enterNode(*handler, node, rules);
+    if (!announcement)
+        return;
+    if (handler->getExperimentMode() == ChannelHandler::MODE_RECOVERY)
+        Q_EMIT recoveryExperimentNodeBeginning(channel, *announcement);
+    else
+        Q_EMIT activeExperimentNodeBeginning(channel, *announcement);
+}
+
+Node VekInstrumentHandlerPrivate::nodeAt(const ChannelHandler &channel, int index)
+{
+    try {
+        return channel.getNodeAt(qBound(0, index, channel.getMaximumNodeIndex()));
+    } catch (const std::out_of_range &) {
+        return Node(); // a list without nodes
+    }
+}
+
+// Data
+
+bool VekInstrumentHandlerPrivate::hasExperimentData(const ChannelHandler &channel)
+{
+    return channel.getExperimentMode() != ChannelHandler::MODE_IDLE &&
+           channel.getDataStatus() != ChannelHandler::DATA_NOT_STARTED;
+}
+
+bool VekInstrumentHandlerPrivate::hasMinVoltageDifference(unsigned char channel, double volts)
+{
+    if (!isChannelBusy(channel))
+        return false;
+    ChannelHandler *const handler = channelAt(channel);
+    if (handler->voltageDifferent > std::abs(volts - handler->lastReportedVoltage))
+        return false;
+    handler->lastReportedVoltage = volts;
+    return true;
+}
+
+void VekInstrumentHandlerPrivate::emitDCData(unsigned char channel, const VekDCData &data)
+{
+    switch (channelAt(channel)->getExperimentMode()) {
+    case ChannelHandler::MODE_MANUAL:
+    case ChannelHandler::MODE_ACTIVE:
+        Q_EMIT activeDCDataReady(channel, data);
+        break;
+    case ChannelHandler::MODE_RECOVERY:
+        Q_EMIT recoveryDCDataReady(channel, data);
+        break;
+    case ChannelHandler::MODE_IDLE:
+        break;
+    }
+}
+
+void VekInstrumentHandlerPrivate::emitACData(unsigned char channel, const ComplexDataPoint_t &point)
+{
+    const ChannelHandler *const handler = channelAt(channel);
+    VekACData data = AcOutputData(point);
+    data.timestamp = point.timestamp - handler->startTimestamp;
+    if (handler->getExperimentMode() == ChannelHandler::MODE_RECOVERY)
+        Q_EMIT recoveryACDataReady(channel, data);
+    else
+        Q_EMIT activeACDataReady(channel, data);
+}
+
+void VekInstrumentHandlerPrivate::onACDataSampleFinshed(unsigned char)
+{
+}
+
+void VekInstrumentHandlerPrivate::TareCurrentReceived(unsigned char, const QByteArray &)
+{
+}
+
+void VekInstrumentHandlerPrivate::TareVoltageReceived(unsigned char, const QByteArray &)
+{
+}
+
+void VekInstrumentHandlerPrivate::onConfigReceived(unsigned char, const QByteArray &)
+{
+}
+
+// The instrument as a whole
+
+QString VekInstrumentHandlerPrivate::lineOfLog(int channel, const QString &text) const
+{
+    return QStringLiteral("%1 channel %2: %3").arg(_info.deviceName, QString::number(channel), text);
+}
+
+void VekInstrumentHandlerPrivate::onDeviceNotification(unsigned char channel, const QString &text)
+{
+    qInfo().noquote() << lineOfLog(channel, text);
+    Q_EMIT deviceNotification(channel, text);
+}
+
+void VekInstrumentHandlerPrivate::onDeviceError(unsigned char channel, const QString &text)
+{
+    const QString line = lineOfLog(channel, text);
+    qWarning().noquote() << line;
+    _op->stopExperiment(channel); // whatever the alarm is about, the channel must not go on
+    Logger::getInstance().logFatal(line);
+    Q_EMIT deviceError(channel, QStringLiteral("%1 : %2").arg(QStringLiteral("Critical"), text));
+}
+
+void VekInstrumentHandlerPrivate::onGroundFloatStateChanged(const QByteArray &payload)
+{
+    _groundFloatState = recordFromBytes<quint8>(payload);
+    Q_EMIT groundFloatStateChanged(_groundFloatState == 1);
+}
+
+void VekInstrumentHandlerPrivate::onMemoryDataStart(const QByteArray &payload)
+{
+    if (payload.size() == 1 && payload[0] != 0)
+        Q_EMIT memoryDataStarting();
+}
+
+void VekInstrumentHandlerPrivate::onMemoryDataErased(const QByteArray &payload)
+{
+    if (payload.size() == 1)
+        Q_EMIT memoryDataErased(payload[0] != 0);
+}
+
+void VekInstrumentHandlerPrivate::onReceivedMetaData(const QByteArray &payload)
+{
+    if (payload.size() == int(_info.recoveryMetaData.size()))
+        std::copy(payload.begin(), payload.end(), _info.recoveryMetaData.begin());
+}
+
+// Calibration from the SD card
+
+void VekInstrumentHandlerPrivate::onCalibrationHeaderReceived(unsigned char channel, const QByteArray &payload)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    CalibrationData *const calibration = calibrationAt(channel);
+    if (!handler || !calibration)
+        return;
+    const auto header = recordFromBytes<csvDataHeader_t>(payload);
+    if (header.payloadSize < 1) {
+        qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error loading calibration data."));
+        handler->setSDCardStatus(ChannelHandler::SD_IDLE);
+        return;
+    }
+    calibration->getDataImporter()->setCSVDataHeader(header);
+    _op->requestNextCalibrationData();
+}
+
+void VekInstrumentHandlerPrivate::onCalibrationDataReceived(unsigned char channel, const QByteArray &payload)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    CalibrationData *const calibration = calibrationAt(channel);
+    if (!handler || !calibration)
+        return;
+    CSVdataImporter &importer = *calibration->getDataImporter();
+    if (!importer.appendCSVRawData(payload)) {
+        handler->setSDCardStatus(ChannelHandler::SD_IDLE);
+        qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error loading calibration data."));
+    }
+    if (!importer.isCSVDataPayloadFull()) {
+        _op->requestNextCalibrationData(); // deliberate: also after a refused packet
+        return;
+    }
+    if (!importer.validateCSVFiles())
+        qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error in calibration data."));
+    loadCalibrationTables(channel);
+    handler->setSDCardStatus(ChannelHandler::SD_IDLE);
+}
+
+// Acknowledgements
+
+void VekInstrumentHandlerPrivate::onManualOcpSet(unsigned char channel, const FirmwareErrorCode &code)
+{
+    Q_EMIT manualOcpAck(channel, verdict(code, VekErrorCode::ManualOcpNotSet));
+}
+
+void VekInstrumentHandlerPrivate::onManualCurrentRangeSet(unsigned char channel, const FirmwareErrorCode &code)
+{
+    Q_EMIT manualCurrentRangeAck(channel, verdict(code, VekErrorCode::ManualCurrentRangeNotSet));
+}
+
+void VekInstrumentHandlerPrivate::onManualVoltageRangeSet(unsigned char channel, const FirmwareErrorCode &code)
+{
+    Q_EMIT manualVoltageRangeAck(channel, verdict(code, VekErrorCode::ManualVoltageRangeNotSet));
+}
+
+void VekInstrumentHandlerPrivate::onManualVoltageValueSet(unsigned char channel, const FirmwareErrorCode &code)
+{
+    Q_EMIT manualVoltageValueAck(channel, verdict(code, VekErrorCode::ManualVoltageNotSet));
+}
+
+void VekInstrumentHandlerPrivate::onManualCurrentValueSet(unsigned char channel, const FirmwareErrorCode &code)
+{
+    Q_EMIT manualCurrentValueAck(channel, verdict(code, VekErrorCode::ManualCurrentNotSet));
+}
+
+void VekInstrumentHandlerPrivate::onManualSamplingIntervalSet(unsigned char channel, const FirmwareErrorCode &code)
+{
+    Q_EMIT manualSamplingIntervalAck(channel, verdict(code, VekErrorCode::ManualSamplingNotSet));
+}
+
+void VekInstrumentHandlerPrivate::onSetOfIRComp(unsigned char channel, const FirmwareErrorCode &code)
+{
+    Q_EMIT irCompAck(channel, verdict(code, VekErrorCode::IRCompNotSet));
+}
+
+void VekInstrumentHandlerPrivate::onSetOfCompRange(unsigned char channel, const FirmwareErrorCode &code)
+{
+    Q_EMIT compRangeAck(channel, verdict(code, VekErrorCode::CompRangeNotSet));
+}
