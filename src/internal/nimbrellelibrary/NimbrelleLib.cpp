@@ -62,8 +62,6 @@ int decimalsFor(double magnitude, int digits)
     return std::max(digits - integerDigits, 0);
 }
 
-constexpr float shortestInterval = 1e-5f; // seconds; also takes the place of what is not a number
-
 } // namespace
 
 double NimbrelleLib::getUnitsMultiplier(const QString &unit)
@@ -120,23 +118,6 @@ std::tuple<QByteArray, unsigned> NimbrelleLib::getManualSamplingParamsPayload(Ha
     QByteArray payload(sizeof(float), '\0');
     qToLittleEndian(hardwareInterval, payload.data());
     return {payload, factor};
-}
-
-std::tuple<float, unsigned> NimbrelleLib::calcNewSamplingAndDownSampling(float sampling, float maxPeriod)
-{
-    const float wanted = std::max(shortestInterval, sampling);
-    const float longest = std::max(shortestInterval, maxPeriod);
-    if (wanted <= longest)
-        return {wanted, 1};
-    const double factor = std::min<double>(std::ceil(wanted / longest), std::numeric_limits<quint32>::max());
-    return {static_cast<float>(wanted / factor), static_cast<unsigned>(factor)};
-}
-
-std::tuple<float, float> NimbrelleLib::getOriginalSamplingAndUpdateInterval(float interval, unsigned factor)
-{
-    const float full = static_cast<float>(factor) * interval;
-    const float update = full / static_cast<float>(factor);
-    return {std::max(shortestInterval, full), std::max(shortestInterval, update)};
 }
 
 unsigned floorWithMargin(double value, double margin)
