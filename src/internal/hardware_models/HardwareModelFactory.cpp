@@ -14,10 +14,16 @@ namespace {
 
 using ModelPointer = std::shared_ptr<const HardwareModel>;
 
+/// The class of the objects themselves: a final one may do without a virtual destructor.
+template <class Model>
+struct Made final : Model {
+    using Model::Model;
+};
+
 template <class Model>
 ModelPointer make()
 {
-    return std::make_shared<const Model>();
+    return std::make_shared<const Made<Model>>();
 }
 
 // clang-format off
@@ -39,7 +45,7 @@ static_assert(std::size(makers) == 36, "one maker per model number");
 ModelPointer makeModel(HardwareModel_t model)
 {
     const auto number = static_cast<std::size_t>(model);
-    return number < std::size(makers) ? makers[number]() : std::make_shared<const HardwareModel>(model);
+    return number < std::size(makers) ? makers[number]() : std::make_shared<const Made<HardwareModel>>(model);
 }
 
 struct ModelCache {
