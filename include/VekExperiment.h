@@ -67,6 +67,7 @@ public:
     bool appendSubExperiment(const VekExperiment &sub, unsigned int repeats);
 
 private:
+    friend class VekExperimentPlan;
     friend class VekInstrumentHandler;
 
     std::shared_ptr<VekExperimentPrivate> _private;
