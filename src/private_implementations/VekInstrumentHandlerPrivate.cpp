@@ -571,9 +571,4 @@ VekErrorCode VekInstrumentHandlerPrivate::checkManual(unsigned char channel) con
     return successIf(isManualExperimentRun(channel), VekErrorCode::ManualExperimentNotRunning);
 }
 
-void VekInstrumentHandlerPrivate::loadCalibrationTables(unsigned char channel)
-{
-    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    if (CalibrationData *const calibration = calibrationAt(channel))
-        calibration->importCalData(documents + QStringLiteral("/Brenmoor Apparatus"), _info.deviceName);
-}
+void VekInstrumentHandlerPrivate::loadCalibrationTables(unsigned char) {}

@@ -42,6 +42,7 @@ void VekInstrumentHandlerPrivate::onThreadStarted()
     qRegisterMetaType<VekExperimentNode>("VekExperimentNode");
     qRegisterMetaType<VekACData>("VekACData");
     qRegisterMetaType<VekDCData>("VekDCData");
+    qRegisterMetaType<VekErrorCode>("VekErrorCode");
     connectWithOperatorSignals();
 }
 
@@ -263,42 +264,16 @@ void VekInstrumentHandlerPrivate::onReceivedMetaData(const QByteArray &payload)
 
 // Calibration from the SD card
 
-void VekInstrumentHandlerPrivate::onCalibrationHeaderReceived(unsigned char channel, const QByteArray &payload)
+void VekInstrumentHandlerPrivate::onCalibrationHeaderReceived(unsigned char channel, const QByteArray &)
 {
     ChannelHandler *const handler = channelAt(channel);
-    CalibrationData *const calibration = calibrationAt(channel);
-    if (!handler || !calibration)
+    if (!handler)
         return;
-    const auto header = recordFromBytes<csvDataHeader_t>(payload);
-    if (header.payloadSize < 1) {
-        qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error loading calibration data."));
-        handler->setSDCardStatus(ChannelHandler::SD_IDLE);
-        return;
-    }
-    calibration->getDataImporter()->setCSVDataHeader(header);
-    _op->requestNextCalibrationData();
-}
-
-void VekInstrumentHandlerPrivate::onCalibrationDataReceived(unsigned char channel, const QByteArray &payload)
-{
-    ChannelHandler *const handler = channelAt(channel);
-    CalibrationData *const calibration = calibrationAt(channel);
-    if (!handler || !calibration)
-        return;
-    CSVdataImporter &importer = *calibration->getDataImporter();
-    if (!importer.appendCSVRawData(payload)) {
-        handler->setSDCardStatus(ChannelHandler::SD_IDLE);
-        qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error loading calibration data."));
-    }
-    if (!importer.isCSVDataPayloadFull()) {
-        _op->requestNextCalibrationData(); // deliberate: also after a refused packet
-        return;
-    }
-    if (!importer.validateCSVFiles())
-        qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error in calibration data."));
-    loadCalibrationTables(channel);
+    qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error loading calibration data."));
     handler->setSDCardStatus(ChannelHandler::SD_IDLE);
 }
+
+void VekInstrumentHandlerPrivate::onCalibrationDataReceived(unsigned char, const QByteArray &) {}
 
 // Acknowledgements
 
