@@ -1,0 +1,71 @@
+#pragma once
+
+#include "VekInstrumentHandler.h"
+#include "calibration/CalibrationData.h"
+#include "calibration/RecordBytes.h"
+#include "calibration/Records.h"
+#include "private_implementations/VekInstrumentHandlerPrivate.h"
+#include "session/InstrumentInfo.h"
+#include "support/FakeInstrument.h"
+#include "support/TestMain.h"
+
+#include <memory>
+
+/// Bytes of numbers one after the other, as they travel.
+template <typename... Numbers>
+QByteArray wire(Numbers... numbers)
+{
+    return (bytesOfRecord(numbers) + ... + QByteArray());
+}
+
+/**
+ * A handler on a fake instrument, which acknowledges whatever a handler waits for, and the client's object in front.
+ *
+ * @thread The test's. Private signals come from the handler's thread: spy on the client's object, or connect with a
+ *         context of the test's thread.
+ */
+template <class Handler>
+class HandlerBench
+{
+public:
+    template <class CalibrationRecord>
+    HandlerBench(HardwareModel_t model, int channels, const CalibrationRecord &record)
+    {
+        instrument.reply(PC_NODE_APPEND, NT_NODE_APPENDED, wire(quint8(FW_SUCCESS)));
+        for (const PCcommand_t command : {PC_CHANNEL_LIMITS, PC_MANUAL_SAMPLING_PARAMS})
+            instrument.reply(command, NT_GENERAL_ACK, wire(quint8(command), quint8(FW_SUCCESS)));
+        InstrumentInfo info;
+        info.channelCount = quint8(channels);
+        info.hardware.hwModel = model;
+        info.deviceName = QStringLiteral("Bench-1");
+        info.comPort = instrument.portName();
+        for (int channel = 0; channel < channels; ++channel) {
+            CalibrationData calibration;
+            calibration.setModelType(model);
+            calibration.importCalData(reinterpret_cast<const char *>(&record), int(sizeof record));
+            info.calibration << calibration;
+        }
+        handler = std::make_unique<Handler>(info);
+        device = std::make_unique<VekInstrumentHandler>(handler.get());
+    }
+
+    /// Returns when everything that was sent before has been through the handler and its signals have arrived.
+    bool settle()
+    {
+        QSignalSpy marks(device.get(), &VekInstrumentHandler::groundFloatStateChanged);
+        instrument.send(NT_GROUND_FLOAT, 0, wire(quint8(1)));
+        return marks.size() == 1 || marks.wait();
+    }
+
+    /// Returns when everything that the handler has handed over has arrived at the instrument.
+    bool flush()
+    {
+        const int before = instrument.count(PC_ERASE_MEMORY_DATA);
+        handler->eraseRecoveryData();
+        return QTest::qWaitFor([&] { return instrument.count(PC_ERASE_MEMORY_DATA) > before; });
+    }
+
+    FakeInstrument instrument;
+    std::unique_ptr<Handler> handler;
+    std::unique_ptr<VekInstrumentHandler> device;
+};
