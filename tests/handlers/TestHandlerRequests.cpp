@@ -324,7 +324,7 @@ void TestHandlerRequests::rangesAreClippedToTheModel()
     QVERIFY(dc.size() <= 8u); // the model's count of DC ranges
     QCOMPARE(dc.front(), full.front());
     QCOMPARE(dc.front(), std::make_pair(-1.0, 1.0)); // the record spans 1.6 A, the model 1 A
-    QVERIFY(qAbs(dc[1].second - 0.16) < 1e-6); // 32000 counts at gain 10; 32767 counts could be set
+    QVERIFY(qAbs(dc[1].second - 0.16) < 1e-6);       // 32000 counts at gain 10; 32767 counts could be set
     QVERIFY(bench->handler->getDCCurrentRangeList(invalidChannel).empty());
     QCOMPARE(bench->handler->getManualModeVoltageRangeList(0).size(), std::size_t(1));
     QVERIFY(bench->handler->getManualModeVoltageRangeList(invalidChannel).empty());

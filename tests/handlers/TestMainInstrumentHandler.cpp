@@ -1,0 +1,372 @@
+#include "HandlerBench.h"
+#include "ListExperiment.h"
+#include "handlers/MainInstrumentHandler.h"
+#include "link/FanCtrlMode.h"
+
+#include <QRegularExpression>
+
+namespace {
+
+constexpr quint64 ticksPerSecond = 100'000'000;
+
+/// A record in current range 2 at gain 1: with the round record 2000 counts are 1 V and 200 counts are 1 mA.
+MainDcRecord_t dcRecord(double seconds, double volts, double amperes, double coulombs)
+{
+    MainDcRecord_t record = {};
+    record.tick = quint64(seconds * double(ticksPerSecond));
+    record.rawVoltage = float(volts * 2000.0);
+    record.rawCurrent = float(amperes * 200000.0);
+    record.charge = coulombs;
+    record.currentRange = currentRange_t(2);
+    return record;
+}
+
+QByteArray nodeBegin(quint16 index)
+{
+    return wire(quint64(0), index);
+}
+
+bool isClose(double actual, double expected)
+{
+    return qAbs(actual - expected) <= 1e-6 * qMax(1.0, qAbs(expected));
+}
+
+} // namespace
+
+class TestMainInstrumentHandler : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup() { _bench.reset(); }
+
+    void startUpLeavesRunningExperimentsAlone_data();
+    void startUpLeavesRunningExperimentsAlone();
+    void fanFollowsTheModel();
+    void idleSamplesKeepTheInstrumentsClock();
+    void convertsAndRebasesSamples();
+    void samplesBeforeTheDataBeginAreIdle();
+    void reportsTheLastSampleOfEachGroup();
+    void pausedSamplesCountTheirChargeOnly();
+    void filtersByChangeOfVoltage();
+    void manualSamplesBeginWithTheFirstOfAGroup();
+    void announcesNodes();
+    void clampsTheIndexOfANode();
+    void dropsPacketsThatDoNotFit();
+    void modelsOfNoLineStaySilent();
+    void endsExperiments_data();
+    void endsExperiments();
+    void alarmsStopTheChannel();
+    void passesTheStateOfTheMemoryOn();
+
+private:
+    using Bench = HandlerBench<MainInstrumentHandler>;
+    void makeBench(HardwareModel_t model);
+    void start(std::initializer_list<Node> nodes);
+    void sendSample(double seconds, double volts, double coulombs = 0.0)
+    {
+        _bench->instrument.send(NT_DC_DATA, 0, bytesOfRecord(dcRecord(seconds, volts, 0.001, coulombs)));
+    }
+    QVector<double> timesOf(const QSignalSpy &samples) const
+    {
+        QVector<double> times;
+        for (const QVariantList &arguments : samples)
+            times << arguments[1].value<VekDCData>().timestamp;
+        return times;
+    }
+
+    std::unique_ptr<Bench> _bench;
+    std::unique_ptr<QSignalSpy> _active;
+    std::unique_ptr<QSignalSpy> _idle;
+    std::unique_ptr<QSignalSpy> _nodes;
+};
+
+void TestMainInstrumentHandler::init()
+{
+    makeBench(HardwareModel_t::Birch_2_2);
+}
+
+void TestMainInstrumentHandler::makeBench(HardwareModel_t model)
+{
+    _bench = std::make_unique<Bench>(model, 2, roundMainRecord());
+    _active = std::make_unique<QSignalSpy>(_bench->device.get(), &VekInstrumentHandler::activeDCDataReady);
+    _idle = std::make_unique<QSignalSpy>(_bench->device.get(), &VekInstrumentHandler::idleDCDataReady);
+    _nodes = std::make_unique<QSignalSpy>(_bench->device.get(), &VekInstrumentHandler::experimentNewElementStarting);
+}
+
+/// Uploads and starts nodes on channel 0; the data begin at 10 s of the instrument's clock.
+void TestMainInstrumentHandler::start(std::initializer_list<Node> nodes)
+{
+    const auto experiment = std::make_shared<ListExperiment>(nodes);
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(0, experiment), VekErrorCode::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(0), VekErrorCode::Success);
+    _bench->instrument.send(NT_DATA_BEGIN, 0, wire(10 * ticksPerSecond));
+    _bench->instrument.send(NT_NODE_BEGIN, 0, nodeBegin(0));
+}
+
+void TestMainInstrumentHandler::startUpLeavesRunningExperimentsAlone_data()
+{
+    QTest::addColumn<QByteArray>("status");
+    QTest::addColumn<int>("limits"); // channels whose limits are reset
+    QTest::addColumn<int>("fans");
+    QTest::addColumn<int>("erasures");
+
+    QTest::newRow("nothing stored") << wire(quint16(0x0000)) << 2 << 1 << 1;
+    QTest::newRow("bits without validity") << wire(quint16(0x00FF)) << 2 << 1 << 1;
+    QTest::newRow("stored data of both") << wire(quint16(0x0103)) << 2 << 1 << 0;
+    QTest::newRow("channel 1 still runs") << wire(quint16(0x0122)) << 1 << 0 << 0;
+    QTest::newRow("half a word") << wire(quint8(0x22)) << 2 << 1 << 1;
+}
+
+void TestMainInstrumentHandler::startUpLeavesRunningExperimentsAlone()
+{
+    QFETCH(QByteArray, status);
+    FakeInstrument &instrument = _bench->instrument;
+    instrument.reply(PC_READ_DEVICE_STATUS, NT_DEVICE_STATUS, status);
+    bool connected = false;
+    connect(_bench->handler.get(), &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, this,
+            [&connected](bool isConnected) { connected = isConnected; });
+    QMetaObject::invokeMethod(_bench->handler.get(), "sendInitialDefaults", Qt::QueuedConnection);
+    QTRY_VERIFY(connected);
+    QTRY_COMPARE(instrument.count(PC_READ_GROUND_FLOAT), 1); // the last command
+    QTEST(instrument.count(PC_CHANNEL_LIMITS), "limits");
+    QTEST(instrument.count(PC_FAN_MODE), "fans");
+    QTEST(instrument.count(PC_ERASE_MEMORY_DATA), "erasures");
+    QCOMPARE(instrument.count(PC_READ_META_DATA), 1);
+    QCOMPARE(_bench->handler->getChannelHandlers().at(1)->isRecoverDataAvailable(),
+             (status.at(0) & 2) && status.size() == 2 && status.at(1) == 1);
+}
+
+void TestMainInstrumentHandler::fanFollowsTheModel()
+{
+    QCOMPARE(_bench->device->setFanSpeedVariable(), VekErrorCode::FeatureNotSupported);
+    QCOMPARE(_bench->device->setFanSpeedMaximum(), VekErrorCode::Success);
+    makeBench(HardwareModel_t::Alder_2_5);
+    QCOMPARE(_bench->device->setFanSpeedVariable(), VekErrorCode::Success);
+    QCOMPARE(_bench->device->setFanSpeedMaximum(), VekErrorCode::Success);
+    QTRY_COMPARE(_bench->instrument.count(PC_FAN_MODE), 2);
+    QCOMPARE(_bench->instrument.commands().last().payload, wire(quint8(FAN_FIXED)));
+}
+
+void TestMainInstrumentHandler::idleSamplesKeepTheInstrumentsClock()
+{
+    sendSample(1234.5, 0.75);
+    QVERIFY(_bench->settle());
+    QCOMPARE(_idle->size(), 1);
+    const auto data = _idle->at(0).at(1).value<VekDCData>();
+    QCOMPARE(data.timestamp, 1234.5);
+    QVERIFY(isClose(data.workingElectrodeVoltage, 0.75));
+    QVERIFY(isClose(data.current, 0.001));
+    QVERIFY(isClose(data.counterElectrodeVoltage, 0.75)); // 1 - 0.25, the formula's constants
+    QVERIFY(qIsNaN(data.temperature));
+}
+
+void TestMainInstrumentHandler::convertsAndRebasesSamples()
+{
+    QSignalSpy starts(_bench->device.get(), &VekInstrumentHandler::experimentStarting);
+    start({makeNode(5, QStringLiteral("Constant Current"), 1)});
+    sendSample(10.5, 1.0, 2.0);
+    sendSample(11.0, 1.5, -1.0);
+    QVERIFY(_bench->settle());
+    QCOMPARE(starts.size(), 1);
+    QVERIFY(_idle->isEmpty());
+    QCOMPARE(timesOf(*_active), (QVector<double>{0.5, 1.0}));
+    const auto data = _active->at(1).at(1).value<VekDCData>();
+    QVERIFY(isClose(data.workingElectrodeVoltage, 1.5));
+    QCOMPARE(data.cumulativeChargeAbs, 5.0); // +2, then -3
+    QCOMPARE(data.cumulativeChargeNet, -1.0);
+    const double now = double(QDateTime::currentMSecsSinceEpoch()) / 1e3;
+    QVERIFY(qAbs(_bench->device->getExperimentUTCStartTime(0) - now) < 60.0);
+}
+
+void TestMainInstrumentHandler::samplesBeforeTheDataBeginAreIdle()
+{
+    const auto experiment =
+        std::make_shared<ListExperiment>(ListExperiment{makeNode(5, QStringLiteral("Constant Current"), 1, 2)});
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(0, experiment), VekErrorCode::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(0), VekErrorCode::Success);
+    _bench->instrument.send(NT_NODE_BEGIN, 0, nodeBegin(0));
+    sendSample(9.0, 1.0, 1.0);
+    _bench->instrument.send(NT_DATA_BEGIN, 0, wire(10 * ticksPerSecond));
+    sendSample(11.0, 1.0, 4.0);
+    sendSample(12.0, 1.0, 5.0);
+    QVERIFY(_bench->settle());
+    QCOMPARE(timesOf(*_idle), QVector<double>{9.0});
+    QCOMPARE(timesOf(*_active), QVector<double>{2.0}); // the idle sample took no part in the counting
+    QCOMPARE(_active->at(0).at(1).value<VekDCData>().cumulativeChargeAbs, 5.0);
+}
+
+void TestMainInstrumentHandler::reportsTheLastSampleOfEachGroup()
+{
+    start({makeNode(5, QStringLiteral("Constant Current"), 1, 3)});
+    for (int second = 11; second <= 17; ++second)
+        sendSample(second, 1.0, second);
+    QVERIFY(_bench->settle());
+    QCOMPARE(timesOf(*_active), (QVector<double>{3.0, 6.0}));
+    QCOMPARE(_active->at(1).at(1).value<VekDCData>().cumulativeChargeAbs, 16.0);
+}
+
+void TestMainInstrumentHandler::pausedSamplesCountTheirChargeOnly()
+{
+    start({makeNode(5, QStringLiteral("Constant Current"), 1, 2)});
+    QSignalSpy pauses(_bench->device.get(), &VekInstrumentHandler::experimentPaused);
+    QSignalSpy resumptions(_bench->device.get(), &VekInstrumentHandler::experimentResumed);
+    sendSample(11.0, 1.0, 1.0);
+    _bench->instrument.send(NT_EXPERIMENT_PAUSED, 0);
+    sendSample(12.0, 1.0, 2.0); // would be due
+    sendSample(13.0, 1.0, 4.0);
+    _bench->instrument.send(NT_EXPERIMENT_RESUMED, 0);
+    sendSample(14.0, 1.0, 8.0);
+    QVERIFY(_bench->settle());
+    QCOMPARE(pauses.size(), 1);
+    QCOMPARE(resumptions.size(), 1);
+    QCOMPARE(timesOf(*_active), QVector<double>{4.0});
+    QCOMPARE(_active->at(0).at(1).value<VekDCData>().cumulativeChargeNet, 8.0);
+}
+
+void TestMainInstrumentHandler::filtersByChangeOfVoltage()
+{
+    Node node = makeNode(4, QStringLiteral("Constant Potential"), 1);
+    node.voltageDifferent = 0.1;
+    start({node});
+    int second = 10;
+    for (const double volts : {0.05, 0.2, 0.25, 0.35, 0.2})
+        sendSample(++second, volts);
+    QVERIFY(_bench->settle());
+    QCOMPARE(timesOf(*_active), (QVector<double>{2.0, 4.0, 5.0}));
+}
+
+void TestMainInstrumentHandler::manualSamplesBeginWithTheFirstOfAGroup()
+{
+    QCOMPARE(_bench->handler->startManualExperiment(0), VekErrorCode::Success);
+    QCOMPARE(_bench->handler->setManualModeSamplingInterval(0, 3.0), VekErrorCode::Success);
+    _bench->instrument.send(NT_DATA_BEGIN, 0, wire(quint64(0))); // no tick: the clock begins with the first sample
+    for (int second = 11; second <= 17; ++second)
+        sendSample(second, 1.0);
+    QVERIFY(_bench->settle());
+    QCOMPARE(timesOf(*_active), (QVector<double>{0.0, 3.0, 6.0}));
+}
+
+void TestMainInstrumentHandler::announcesNodes()
+{
+    Node second = makeNode(5, QStringLiteral("Constant Current"), 2);
+    second.newSubStep = false;
+    start({makeNode(1, QStringLiteral("Open Circuit"), 1), makeNode(5, QStringLiteral("Constant Current"), 2), second,
+           makeNode(20, QString(), 2), makeNode(0, QStringLiteral("Experiment Complete"), 2)});
+    for (const quint16 index : {1, 2, 3, 1, 2, 3, 4})
+        _bench->instrument.send(NT_NODE_BEGIN, 0, nodeBegin(index));
+    QVERIFY(_bench->settle());
+    QStringList announced;
+    for (const QVariantList &arguments : qAsConst(*_nodes)) {
+        const auto node = arguments[1].value<VekExperimentNode>();
+        announced << QStringLiteral("%1 %2 %3 %4")
+                         .arg(node.stepName)
+                         .arg(node.stepNumber)
+                         .arg(node.cycleNumber)
+                         .arg(node.substepNumber);
+    }
+    QCOMPARE(announced, (QStringList{QStringLiteral("Open Circuit 1 1 0"), QStringLiteral("Constant Current 2 1 0"),
+                                     QStringLiteral("Constant Current 2 2 0")}));
+    QVERIFY(!_bench->handler->getChannelHandlers().at(0)->isCellOn()); // the end switched it off
+}
+
+void TestMainInstrumentHandler::clampsTheIndexOfANode()
+{
+    start({makeNode(1, QStringLiteral("first"), 1), makeNode(5, QStringLiteral("last"), 2)});
+    _bench->instrument.send(NT_NODE_BEGIN, 0, nodeBegin(40000));
+    _bench->instrument.send(NT_NODE_BEGIN, 1, nodeBegin(3)); // a channel without nodes
+    QVERIFY(_bench->settle());
+    QCOMPARE(_nodes->size(), 2);
+    QCOMPARE(_nodes->at(1).at(1).value<VekExperimentNode>().stepName, QStringLiteral("last"));
+}
+
+void TestMainInstrumentHandler::dropsPacketsThatDoNotFit()
+{
+    start({makeNode(5, QStringLiteral("Constant Current"), 1)});
+    const QByteArray sample = bytesOfRecord(dcRecord(11.0, 1.0, 0.001, 5.0));
+    _bench->instrument.send(NT_DC_DATA, 0, sample.left(43));
+    _bench->instrument.send(NT_DC_DATA_92, 0, sample + '\0');
+    _bench->instrument.send(NT_DC_DATA_102, 7, sample); // no such channel
+    _bench->instrument.send(NT_NODE_DONE, 0, QByteArray(11, '\0'));
+    QTest::ignoreMessage(QtWarningMsg,
+                         "Bench-1 channel 1: Experiment Node Data size incompatible with current software. Check that "
+                         "the present software version and hardware firmware version are compatible");
+    _bench->instrument.send(NT_NODE_BEGIN, 0, nodeBegin(0).left(9));
+    for (const Notifications_t type : {NT_DATA_BEGIN, NT_EXPERIMENT_PAUSED, NT_NODE_DONE, NT_EXPERIMENT_DONE})
+        _bench->instrument.send(type, 200);
+    QVERIFY(_bench->settle());
+    QVERIFY(_active->isEmpty());
+    QCOMPARE(_nodes->size(), 1);
+    QCOMPARE(_bench->handler->getChannelHandlers().at(0)->capacity.getExperimentAbs_C(), 0.0);
+}
+
+void TestMainInstrumentHandler::modelsOfNoLineStaySilent()
+{
+    makeBench(HardwareModel_t::Cedar);
+    start({makeNode(5, QStringLiteral("Constant Current"), 1)});
+    sendSample(11.0, 1.0);
+    QVERIFY(_bench->settle());
+    QVERIFY(_nodes->isEmpty() && _active->isEmpty() && _idle->isEmpty());
+}
+
+void TestMainInstrumentHandler::endsExperiments_data()
+{
+    QTest::addColumn<QByteArray>("payload");
+    QTest::addColumn<QString>("reason");
+
+    QTest::newRow("completed") << wire(quint64(0), quint8(1)) << "Experiment completed";
+    QTest::newRow("safety limit") << wire(quint64(0), quint8(6))
+                                  << "Experiment stopped: voltage exceeded user specified Voltage Max safety limit";
+    QTest::newRow("a type of the future") << wire(quint64(0), quint8(17)) << "Experiment stopped: unknown reason.";
+    QTest::newRow("cut short") << wire(quint64(1)) << "Experiment stopped: unknown reason.";
+}
+
+void TestMainInstrumentHandler::endsExperiments()
+{
+    QFETCH(QByteArray, payload);
+    QFETCH(QString, reason);
+    QSignalSpy ends(_bench->device.get(), &VekInstrumentHandler::experimentStopped);
+    start({makeNode(5, QStringLiteral("Constant Current"), 1)});
+    _bench->instrument.send(NT_EXPERIMENT_DONE, 0, payload);
+    sendSample(12.0, 1.0);
+    QVERIFY(_bench->settle());
+    QCOMPARE(ends.size(), 1);
+    QCOMPARE(ends.at(0).at(1).toString(), reason);
+    QVERIFY(!_bench->device->isChannelBusy(0));
+    QCOMPARE(_bench->device->getExperimentUTCStartTime(0), 0.0);
+    QCOMPARE(timesOf(*_idle), QVector<double>{12.0});
+    QCOMPARE(_bench->handler->startUploadedExperiment(0), VekErrorCode::ExperimentNotUploaded);
+}
+
+void TestMainInstrumentHandler::alarmsStopTheChannel()
+{
+    QSignalSpy errors(_bench->device.get(), &VekInstrumentHandler::deviceError);
+    QTest::ignoreMessage(QtWarningMsg, "Bench-1 channel 1: The current has exceeded instrument limits!");
+    _bench->instrument.send(NT_OVERCURRENT, 1);
+    QVERIFY(_bench->settle());
+    QCOMPARE(errors.size(), 1);
+    QCOMPARE(errors.at(0).at(1).toString(), QStringLiteral("Critical : The current has exceeded instrument limits!"));
+    QTRY_COMPARE(_bench->instrument.count(PC_EXPERIMENT_STOP), 1);
+    QCOMPARE(int(_bench->instrument.commands().last().channel), 1);
+}
+
+void TestMainInstrumentHandler::passesTheStateOfTheMemoryOn()
+{
+    QSignalSpy erased(_bench->device.get(), &VekInstrumentHandler::recoverDataErased);
+    int starts = 0;
+    connect(_bench->handler.get(), &VekInstrumentHandlerPrivate::memoryDataStarting, this, [&starts] { ++starts; });
+    for (const QByteArray &payload : {wire(quint8(0)), wire(quint8(3)), wire(quint16(1)), QByteArray()}) {
+        _bench->instrument.send(NT_MEMORY_DATA_START, 0, payload);
+        _bench->instrument.send(NT_MEMORY_DATA_ERASED, 0, payload);
+    }
+    QVERIFY(_bench->settle());
+    _bench->handler->disconnect(this);
+    QCOMPARE(starts, 1);
+    QCOMPARE(erased.size(), 2);
+    QCOMPARE(erased.at(0).at(0).toBool(), false);
+    QCOMPARE(erased.at(1).at(0).toBool(), true);
+}
+
+NIMBRELLE_TEST_MAIN(TestMainInstrumentHandler)
+#include "TestMainInstrumentHandler.moc"
