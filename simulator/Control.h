@@ -1,0 +1,26 @@
+#pragma once
+
+/// What the instrument holds at the cell: a quantity, its value now and its slope.
+struct Control {
+    enum class Law {
+        OpenCircuit,
+        Current,       ///< amperes
+        Voltage,       ///< volts
+        CappedVoltage, ///< volts, with a current that never exceeds the cap
+        Power,         ///< watts; positive charges the cell
+        Resistance,    ///< ohms: the load that the cell sees
+    };
+
+    Law law = Law::OpenCircuit;
+    double value = 0.0;
+    double slope = 0.0; ///< of the value per second; of current and voltage alone
+    double cap = 0.0;   ///< amperes, with the sign that the current has then; of CappedVoltage alone
+
+    /// The same control some seconds later.
+    Control after(double seconds) const
+    {
+        Control later = *this;
+        later.value += slope * seconds;
+        return later;
+    }
+};

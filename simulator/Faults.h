@@ -1,0 +1,36 @@
+#pragma once
+
+#include "link/Notifications.h"
+#include "link/PCcommand.h"
+
+#include <QSet>
+#include <QString>
+
+#include "simulator/SimulatedChannel.h"
+
+/**
+ * What the instrument does wrong on purpose, as the user asked for it with `--fault KIND[:ARGUMENTS]`.
+ *
+ * Nothing is random: the same faults give the same bytes.
+ */
+struct Faults {
+    bool isSilent = false; ///< answers nothing
+    bool echoes = false;   ///< sends back what comes in, as a plugged loop does
+    bool hasWrongFirmware = false;
+    bool hasUnknownModel = false;
+    QSet<int> unanswered;         ///< commands (PCcommand_t) that get no answer
+    QSet<int> missingCalibration; ///< channels whose calibration is not sent
+    QSet<int> shortReplies;       ///< commands whose answer lacks its last byte
+    int lostAckEvery = 0;         ///< each n-th acknowledgement, of nodes too, is lost; 0: none
+    int delayMs = 0;              ///< each answer to a command comes so much later
+    int garbageEvery = 0;         ///< garbage stands before each n-th frame; 0: never
+    int pieceSize = 0;            ///< frames go out in pieces of so many bytes; 0: whole
+    double disconnectAt = -1.0;   ///< seconds of instrument time after the first start; negative: never
+    qint64 disconnectAfter = -1;  ///< DC records; negative: never
+    QVector<TimedEvent> events;
+
+    /// Adds the fault that a text names. @return an empty text, or what is wrong with it
+    QString add(const QString &text);
+    /// One line for each kind, for the help.
+    static QString help();
+};

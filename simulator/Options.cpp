@@ -1,0 +1,166 @@
+#include "simulator/Options.h"
+
+#include "simulator/ModelNames.h"
+#include "simulator/cells/CellFactory.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+namespace {
+
+constexpr int mostChannels = 16;
+constexpr double fastest = 1000.0;
+
+/// The command line's words, not yet understood.
+struct Words {
+    std::string model = "Alder_2_5";
+    int channels = 1;
+    std::string name = "Simulated";
+    std::vector<std::string> cells;
+    std::string speed = "1";
+    quint32 seed = 1;
+    double noise = 0.0;
+    double temperature = 25.0;
+    double counterResistance = 0.0;
+    std::string link;
+    std::vector<std::string> faults;
+    std::string truth;
+    bool statistics = false;
+    bool listModels = false;
+};
+
+/// A complaint about a word; becomes the one line that the user sees.
+class Complaint : public std::runtime_error
+{
+public:
+    explicit Complaint(const QString &text) : std::runtime_error(text.toStdString()) {}
+};
+
+void declare(CLI::App &app, Words &words)
+{
+    app.set_version_flag("--version", std::string("nimbrelle-sim ") + NIMBRELLE_VERSION);
+    app.footer("\n" + cellHelp().toStdString() + "\n" + Faults::help().toStdString());
+    app.add_option("--model", words.model, "Model, by name or number (--list-models)")->capture_default_str();
+    app.add_option("--channels", words.channels, "Number of channels")
+        ->check(CLI::Range(1, mostChannels))
+        ->capture_default_str();
+    app.add_option("--name", words.name, "Name that the instrument gives itself")->capture_default_str();
+    app.add_option("--cell", words.cells, "Cell on all channels (KIND:NAME=VALUE,...), or on one (CHANNEL=KIND:...)")
+        ->take_all();
+    app.add_option("--speed", words.speed, "Instrument time against wall time, 1 to 1000, or max")
+        ->capture_default_str();
+    app.add_option("--seed", words.seed, "Decides calibration and noise")->capture_default_str();
+    app.add_option("--noise", words.noise, "Noise (rms) as a share of each range's full scale")
+        ->check(CLI::Range(0.0, 1.0))
+        ->capture_default_str();
+    app.add_option("--temperature", words.temperature, "Degrees Celsius at the thermocouple; nan: not plugged in")
+        ->capture_default_str();
+    app.add_option("--counter-resistance", words.counterResistance, "Ohms between reference and counter electrode")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    app.add_option("--link", words.link, "Path of a symbolic link to the port");
+    app.add_option("--fault", words.faults, "Fault to simulate; may be given several times")->take_all();
+    app.add_option("--truth", words.truth, "File for every DC record that is sent, in physical units");
+    app.add_flag("--stats", words.statistics, "Print at the end how many records were sent");
+    app.add_flag("--list-models", words.listModels, "List the models and end");
+}
+
+double readSpeed(const std::string &text)
+{
+    if (text == "max")
+        return 0.0;
+    bool isNumber = false;
+    const double speed = QString::fromStdString(text).toDouble(&isNumber);
+    if (!isNumber || speed < 1.0 || speed > fastest)
+        throw Complaint(QStringLiteral("--speed takes 1 to 1000, or max"));
+    return speed;
+}
+
+/// "3=rc:..." gives 3 and cuts the number off; a description without a number gives -1.
+int takeChannel(QString &description)
+{
+    bool isNumber = false;
+    const int channel = description.section(QLatin1Char('='), 0, 0).toInt(&isNumber);
+    if (!isNumber)
+        return -1;
+    description = description.section(QLatin1Char('='), 1);
+    return channel;
+}
+
+std::vector<std::unique_ptr<Cell>> makeCells(const Words &words)
+{
+    std::vector<QString> descriptions(std::size_t(words.channels), QStringLiteral("resistor"));
+    std::vector<std::pair<int, QString>> given;
+    for (const std::string &word : words.cells) {
+        QString description = QString::fromStdString(word);
+        const int channel = takeChannel(description);
+        if (channel >= words.channels)
+            throw Complaint(QStringLiteral("--cell: there is no channel %1").arg(channel));
+        given.emplace_back(channel, description);
+    }
+    // what names a channel goes over what names none, whatever their order
+    std::stable_sort(given.begin(), given.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
+    for (const auto &[channel, description] : given) {
+        if (channel < 0)
+            std::fill(descriptions.begin(), descriptions.end(), description);
+        else
+            descriptions[std::size_t(channel)] = description;
+    }
+    std::vector<std::unique_ptr<Cell>> cells;
+    for (const QString &description : descriptions) {
+        CellOrError made = makeCell(description);
+        if (!made.cell)
+            throw Complaint(QStringLiteral("--cell: ") + made.error);
+        cells.push_back(std::move(made.cell));
+    }
+    return cells;
+}
+
+Options understand(const Words &words)
+{
+    Options options;
+    const auto model = modelNamed(QString::fromStdString(words.model));
+    if (!model)
+        throw Complaint(QStringLiteral("--model: there is no model '%1'").arg(QString::fromStdString(words.model)));
+    options.instrument.model = *model;
+    options.instrument.name = QString::fromStdString(words.name);
+    options.instrument.speed = readSpeed(words.speed);
+    options.instrument.linkPath = QString::fromStdString(words.link);
+    options.instrument.channel.noise = words.noise;
+    options.instrument.channel.temperature = words.temperature;
+    options.instrument.channel.counterResistance = words.counterResistance;
+    options.instrument.channel.seed = words.seed;
+    for (const std::string &fault : words.faults) {
+        const QString error = options.instrument.faults.add(QString::fromStdString(fault));
+        if (!error.isEmpty())
+            throw Complaint(QStringLiteral("--fault: ") + error);
+    }
+    options.cells = makeCells(words);
+    options.truthPath = QString::fromStdString(words.truth);
+    options.wantsStatistics = words.statistics;
+    return options;
+}
+
+} // namespace
+
+std::optional<Options> parseOptions(int argc, char **argv, int &exitCode)
+{
+    CLI::App app("A simulated instrument on a pseudo-terminal. Prints the port's path on its first line.",
+                 "nimbrelle-sim");
+    Words words;
+    declare(app, words);
+    try {
+        app.parse(argc, argv);
+        exitCode = 0;
+        if (!words.listModels)
+            return understand(words);
+        std::cout << modelList().join(QLatin1Char('\n')).toStdString() << std::endl;
+    } catch (const CLI::Success &wordsOnly) {
+        exitCode = app.exit(wordsOnly);
+    } catch (const std::runtime_error &complaint) {
+        std::cerr << "nimbrelle-sim: " << complaint.what() << std::endl;
+        exitCode = 2;
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "simulator/SimulatedInstrument.h"
+
+/// What the command line asks for.
+struct Options {
+    SimulatedInstrument::Setup instrument;
+    std::vector<std::unique_ptr<Cell>> cells; ///< one for each channel
+    QString truthPath;
+    bool wantsStatistics = false;
+};
+
+/**
+ * Reads the command line. What asks for words alone (help, version, lists) and what makes no sense ends here: the words
+ * go to the standard output, one line of complaint to the standard error.
+ *
+ * @return the options, or nothing with @p exitCode set: 0 after words, 2 after a complaint
+ */
+std::optional<Options> parseOptions(int argc, char **argv, int &exitCode);

@@ -1,0 +1,130 @@
+#include "simulator/Regulator.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double longestRamp = 0.05; ///< seconds between two solutions of a law that follows the cell
+
+} // namespace
+
+double Regulator::hold(const Control &control, double seconds)
+{
+    switch (control.law) {
+    case Control::Law::OpenCircuit:
+        return _cell->passCurrent(0.0, 0.0, seconds);
+    case Control::Law::Current:
+        return _cell->passCurrent(control.value, control.slope, seconds);
+    case Control::Law::Voltage:
+        return _cell->holdVoltage(control.value, control.slope, seconds);
+    case Control::Law::CappedVoltage:
+        return holdCapped(control, seconds);
+    default:
+        return followCell(control, seconds);
+    }
+}
+
+/// The cap's current until the voltage is reached, then the voltage.
+double Regulator::holdCapped(const Control &control, double seconds)
+{
+    const auto isCapped = [&control](const Cell &cell) {
+        const double wanted = cell.currentAt(control.value);
+        return control.cap >= 0.0 ? wanted > control.cap : wanted < control.cap;
+    };
+    double capped = isCapped(*_cell) ? seconds : 0.0;
+    for (double low = 0.0, step = seconds; capped > 0.0 && step > 1e-9 * seconds; step *= 0.5) {
+        const std::unique_ptr<Cell> tried = _cell->clone();
+        tried->passCurrent(control.cap, 0.0, low + step);
+        if (isCapped(*tried))
+            low += step;
+        else
+            capped = low + step;
+    }
+    const double before = capped > 0.0 ? _cell->passCurrent(control.cap, 0.0, capped) : 0.0;
+    return before + (capped < seconds ? _cell->holdVoltage(control.value, 0.0, seconds - capped) : 0.0);
+}
+
+double Regulator::followCell(const Control &control, double seconds)
+{
+    double charge = 0.0;
+    const int steps = std::max(1, int(std::ceil(seconds / longestRamp)));
+    for (int i = 0; i < steps; ++i)
+        charge += followOnce(control, seconds / steps);
+    return charge;
+}
+
+/// One step under a law that needs the cell's answer: the end's current is foreseen on a copy.
+double Regulator::followOnce(const Control &control, double seconds)
+{
+    const double start = currentUnder(control);
+    Regulator foreseen(*this);
+    foreseen._cell->passCurrent(start, 0.0, seconds);
+    const double end = foreseen.currentUnder(control);
+    return _cell->passCurrent(start, (end - start) / seconds, seconds);
+}
+
+CellReading Regulator::read(const Control &control) const
+{
+    if (control.law == Control::Law::Voltage)
+        return {control.value, _cell->currentAt(control.value)};
+    const double current = currentUnder(control);
+    return {_cell->voltageAt(current), current};
+}
+
+double Regulator::currentUnder(const Control &control) const
+{
+    switch (control.law) {
+    case Control::Law::OpenCircuit:
+        return 0.0;
+    case Control::Law::Current:
+        return control.value;
+    case Control::Law::Voltage:
+        return _cell->currentAt(control.value);
+    case Control::Law::CappedVoltage:
+        return control.cap >= 0.0 ? std::min(_cell->currentAt(control.value), control.cap)
+                                  : std::max(_cell->currentAt(control.value), control.cap);
+    case Control::Law::Power:
+        return currentAtPower(control.value);
+    case Control::Law::Resistance:
+        return currentAtLoad(control.value);
+    }
+    return 0.0;
+}
+
+/// Newton's method on V(I) I = P from the current that the rest voltage suggests; 0 where the cell cannot give it.
+double Regulator::currentAtPower(double watts) const
+{
+    const double rest = _cell->openCircuitVoltage();
+    double current = std::abs(rest) > 1e-3 ? watts / rest : std::copysign(1e-6, watts);
+    for (int i = 0; i < 60; ++i) {
+        const double delta = 1e-6 * std::max(std::abs(current), 1e-9);
+        const double miss = _cell->voltageAt(current) * current - watts;
+        const double slope = (_cell->voltageAt(current + delta) * (current + delta) - watts - miss) / delta;
+        const double step = miss / slope;
+        current -= step;
+        if (std::abs(step) <= 1e-13 * std::abs(current))
+            return current;
+    }
+    return std::isfinite(current) && std::abs(_cell->voltageAt(current) * current - watts) < 1e-6 * std::abs(watts)
+               ? current
+               : 0.0;
+}
+
+/// The cell discharges through the load: V = -I R. The secant method is exact on a linear cell in one step.
+double Regulator::currentAtLoad(double ohms) const
+{
+    double before = 0.0;
+    double missBefore = _cell->voltageAt(0.0);
+    double current = -missBefore / ohms;
+    for (int i = 0; i < 60; ++i) {
+        const double miss = _cell->voltageAt(current) + current * ohms;
+        if (miss == missBefore || std::abs(current - before) <= 1e-15 * std::abs(current))
+            break;
+        const double next = current - miss * (current - before) / (miss - missBefore);
+        before = current;
+        missBefore = miss;
+        current = next;
+    }
+    return current;
+}

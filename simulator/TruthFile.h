@@ -1,0 +1,25 @@
+#pragma once
+
+#include "simulator/SimulatedCalibration.h"
+
+#include <QFile>
+#include <QString>
+
+/**
+ * Every DC record that was sent, in physical units, as comma-separated rows with 17 significant digits.
+ *
+ * Columns: channel, node index (-1 outside of an experiment), time in seconds of the instrument's clock, voltage, current,
+ * counter electrode voltage, charge, temperature; SI units, degrees Celsius. "nan" where there is no value.
+ */
+class TruthFile
+{
+public:
+    /// @return false if the file cannot be written
+    bool open(const QString &path);
+    QString errorText() const { return _file.errorString(); }
+    void append(int channel, int nodeIndex, const DcSample &sample);
+    void flush() { _file.flush(); }
+
+private:
+    QFile _file;
+};

@@ -1,0 +1,147 @@
+#include "simulator/cells/CellFactory.h"
+
+#include "simulator/cells/BatteryCell.h"
+#include "simulator/cells/RcCell.h"
+#include "simulator/cells/ResistorCell.h"
+
+#include <QMap>
+#include <QStringList>
+#include <QVector>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+enum class Bound {
+    Positive,      ///< above 0 and finite
+    MayBeInfinite, ///< above 0
+    NotNegative,   ///< 0 and above, finite
+    Share,         ///< 0 to 1
+    Any,           ///< finite
+};
+
+struct Parameter {
+    const char *name;
+    double preset;
+    Bound bound;
+};
+
+using Values = QMap<QString, double>;
+
+struct CellKind {
+    const char *name;
+    QVector<Parameter> parameters;
+    std::unique_ptr<Cell> (*make)(const Values &values);
+};
+
+std::unique_ptr<Cell> makeResistor(const Values &values)
+{
+    return std::make_unique<ResistorCell>(values[QStringLiteral("R")]);
+}
+
+std::unique_ptr<Cell> makeRc(const Values &values)
+{
+    return std::make_unique<RcCell>(values[QStringLiteral("Rs")],
+                                    RcElement{values[QStringLiteral("R")], values[QStringLiteral("C")]});
+}
+
+std::unique_ptr<Cell> makeBattery(const Values &values)
+{
+    BatteryCell::Parameters parameters;
+    parameters.capacity = values[QStringLiteral("Q")];
+    parameters.stateOfCharge = values[QStringLiteral("soc")];
+    parameters.series = values[QStringLiteral("Rs")];
+    parameters.polarisation = values[QStringLiteral("R")];
+    parameters.capacitance = values[QStringLiteral("C")];
+    parameters.efficiency = values[QStringLiteral("efficiency")];
+    return std::make_unique<BatteryCell>(parameters);
+}
+
+const QVector<CellKind> &cellKinds()
+{
+    // clang-format off
+    static const QVector<CellKind> kinds = {
+        {"resistor", {{"R", 1000.0, Bound::Positive}}, makeResistor},
+        {"rc", {{"Rs", 10.0, Bound::Positive}, {"R", 1000.0, Bound::MayBeInfinite}, {"C", 1e-3, Bound::Positive}}, makeRc},
+        {"battery", {{"Q", 36.0, Bound::Positive}, {"soc", 0.5, Bound::Share}, {"Rs", 0.5, Bound::Positive},
+                     {"R", 0.25, Bound::Positive}, {"C", 80.0, Bound::Positive}, {"efficiency", 1.0, Bound::Share}},
+         makeBattery},
+    };
+    // clang-format on
+    return kinds;
+}
+
+bool isWithin(double value, Bound bound)
+{
+    switch (bound) {
+    case Bound::Positive:
+        return value > 0.0 && std::isfinite(value);
+    case Bound::MayBeInfinite:
+        return value > 0.0;
+    case Bound::NotNegative:
+        return value >= 0.0 && std::isfinite(value);
+    case Bound::Share:
+        return value >= 0.0 && value <= 1.0;
+    case Bound::Any:
+        return std::isfinite(value);
+    }
+    return false;
+}
+
+const CellKind *kindNamed(const QString &name)
+{
+    for (const CellKind &kind : cellKinds())
+        if (name == QLatin1String(kind.name))
+            return &kind;
+    return nullptr;
+}
+
+/// Overwrites one preset. @return an empty text, or what is wrong
+QString assign(const CellKind &kind, const QString &assignment, Values &values)
+{
+    const QString name = assignment.section(QLatin1Char('='), 0, 0).trimmed();
+    bool isNumber = false;
+    const double value = assignment.section(QLatin1Char('='), 1).toDouble(&isNumber);
+    for (const Parameter &parameter : kind.parameters) {
+        if (name != QLatin1String(parameter.name))
+            continue;
+        if (!isNumber || !isWithin(value, parameter.bound))
+            return QStringLiteral("'%1' is no value for a %2").arg(assignment, QLatin1String(kind.name));
+        values[name] = value;
+        return QString();
+    }
+    return QStringLiteral("a %1 has no '%2'").arg(QLatin1String(kind.name), name);
+}
+
+} // namespace
+
+CellOrError makeCell(const QString &description)
+{
+    const CellKind *kind = kindNamed(description.section(QLatin1Char(':'), 0, 0));
+    if (!kind)
+        return {nullptr, QStringLiteral("there is no cell '%1'").arg(description)};
+    Values values;
+    for (const Parameter &parameter : kind->parameters)
+        values[QLatin1String(parameter.name)] = parameter.preset;
+    const QStringList assignments =
+        description.section(QLatin1Char(':'), 1).split(QLatin1Char(','), Qt::SkipEmptyParts);
+    for (const QString &assignment : assignments) {
+        const QString error = assign(*kind, assignment, values);
+        if (!error.isEmpty())
+            return {nullptr, error};
+    }
+    return {kind->make(values), QString()};
+}
+
+QString cellHelp()
+{
+    QString text = QStringLiteral("Cells, with their parameters' defaults in SI units:\n");
+    for (const CellKind &kind : cellKinds()) {
+        QStringList parameters;
+        for (const Parameter &parameter : kind.parameters)
+            parameters += QStringLiteral("%1=%2").arg(QLatin1String(parameter.name)).arg(parameter.preset);
+        text += QStringLiteral("  %1:%2\n").arg(QLatin1String(kind.name), parameters.join(QLatin1Char(',')));
+    }
+    return text;
+}
