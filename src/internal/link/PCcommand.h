@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMetaType>
 #include <QtGlobal>
 
 /// Type byte of a frame from host to instrument. The numbers are the firmware's; the gaps are real.
@@ -55,6 +56,7 @@ enum PCcommand_t : quint8 {
     PC_CHANNEL_LIMITS = 125,
     PC_FAN_MODE = 126,
 };
+Q_DECLARE_METATYPE(PCcommand_t)
 
 /// Channel byte of a command that concerns the device as a whole.
 constexpr quint8 deviceChannel = 0;
