@@ -1,13 +1,17 @@
 #pragma once
 
+#include "VekErrorCode.h"
+
 #include <QList>
 #include <QObject>
 #include <QSerialPortInfo>
+#include <QSet>
 #include <QString>
 
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 
 class FirmwareUpdateHandler;
 class VekInstrumentHandler;
@@ -34,6 +38,16 @@ public:
     /// Opens the port once more and makes the handler for the instrument on it.
     virtual VekInstrumentHandlerPrivate *instrumentHandlerFactory(const InstrumentInfo &info) const;
 
+    /**
+     * Pings a port, questions it, and connects to the instrument on it.
+     *
+     * Asked again for a port that it is just questioning, or on which a handler lives, it leaves that port alone: a
+     * client may poll by a timer, which goes on ticking during the handshake.
+     *
+     * @param onlyName if not empty, the instrument is connected only if it bears this name
+     * @return the result of the handshake; nothing if nobody answered the ping
+     */
+    std::optional<VekErrorCode> connectToPort(const QString &port, const QString &onlyName = QString());
     /// Starts a handler up. @return false if its port could not be opened; otherwise deviceConnected() may follow.
     bool connectToDeviceWithInfo(const InstrumentInfo &info);
     /// The handler of a connected device, or the one that stands for none.
@@ -46,14 +60,31 @@ public:
     void purgeStaleDevices();
     FirmwareUpdateHandler *getFirmwareUpdateHandler() const;
 
+    /// Ends the threads of all handlers and destroys these; the public ones then stand for no device.
+    void endHandlers();
+
 Q_SIGNALS:
     void deviceDisconnected(const QString &deviceName);
     void deviceConnected(const QString &deviceName);
 
 private:
-    std::map<QString, QString> _portToName;
+    /// An instrument whose handler is in start-up or connected; the public handler is made when the start-up is over.
+    struct Device {
+        QString port; ///< by the key that all spellings of the port share
+        QString name;
+        std::shared_ptr<VekInstrumentHandler> publicHandler;
+    };
+
+    void onStartUpFinished(VekInstrumentHandlerPrivate *handler, bool succeeded);
+    void onDeviceLost(VekInstrumentHandlerPrivate *handler);
+    void addDevice(const Device &device);
+    bool isHeld(const QString &portKey) const;
+
+    std::map<QString, QString> _portToName; // by the key of the port
     std::map<QString, std::shared_ptr<VekInstrumentHandler>> _nameToHandler;
-    QList<std::shared_ptr<VekInstrumentHandler>> _handedOut;
+    QList<std::shared_ptr<VekInstrumentHandler>> _handedOut; // a client may hold references to these
     std::shared_ptr<VekInstrumentHandler> _nullHandler;
     std::shared_ptr<FirmwareUpdateHandler> _firmwareUpdater;
+    std::map<VekInstrumentHandlerPrivate *, Device> _handlers; // owned
+    QSet<QString> _questionedPorts;
 };

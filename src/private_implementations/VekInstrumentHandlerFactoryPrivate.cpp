@@ -1,0 +1,40 @@
+#include "private_implementations/VekInstrumentHandlerFactoryPrivate.h"
+
+#include "handlers/MainInstrumentHandler.h"
+#include "session/InstrumentInfo.h"
+
+#include <QDebug>
+#include <QEventLoop>
+#include <QThread>
+#include <QTimer>
+
+namespace {
+
+constexpr int startUpTimeoutMs = 5000;
+
+void startUp(VekInstrumentHandlerPrivate *handler)
+{
+    QEventLoop loop;
+    QObject::connect(handler, &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, &loop, &QEventLoop::quit,
+                     Qt::QueuedConnection);
+    QTimer::singleShot(startUpTimeoutMs, &loop, &QEventLoop::quit);
+    QMetaObject::invokeMethod(handler, &VekInstrumentHandlerPrivate::sendInitialDefaults, Qt::QueuedConnection);
+    loop.exec();
+}
+
+} // namespace
+
+VekInstrumentHandlerPrivate *makeInstrumentHandler(const InstrumentInfo &info)
+{
+    return new MainInstrumentHandler(info);
+}
+
+VekInstrumentHandlerPrivate *
+VekInstrumentHandlerFactoryPrivate::createInstrumentHandler(const InstrumentInfo &info) const
+{
+    VekInstrumentHandlerPrivate *handler = makeInstrumentHandler(info);
+    if (handler->thread() == QThread::currentThread()) // it has no thread of its own if its port could not be opened
+        qWarning("Factory called from the instrument handler's worker thread.");
+    startUp(handler);
+    return handler;
+}

@@ -1,0 +1,106 @@
+#include "VekDeviceTracker.h"
+
+#include "VekInstrumentHandler.h"
+#include "logging/Logger.h"
+#include "private_implementations/VekDeviceTrackerPrivate.h"
+
+namespace {
+
+// clang-format off
+constexpr QLatin1String alreadyConnected("Nimbrelle is already connected.");
+constexpr QLatin1String noAnswer(
+    "The Nimbrelle is not connecting to the selected USB port, and the initialization ping has failed. There could be "
+    "multiple reasons for this issue, one of which could be that the Nimbrelle User Interface (NUI) is currently open, "
+    "resulting in the COM port being occupied. If the NUI is open, please close it.");
+// clang-format on
+
+} // namespace
+
+VekDeviceTracker *VekDeviceTracker::Instance()
+{
+    static VekDeviceTracker *const tracker = new VekDeviceTracker;
+    return tracker;
+}
+
+VekDeviceTracker::VekDeviceTracker() : _private(new VekDeviceTrackerPrivate(this))
+{
+    qRegisterMetaType<VekErrorCode>();
+    connect(_private, &VekDeviceTrackerPrivate::deviceDisconnected, this, &VekDeviceTracker::deviceDisconnected);
+    connect(_private, &VekDeviceTrackerPrivate::deviceConnected, this, &VekDeviceTracker::newDeviceConnected);
+}
+
+VekDeviceTracker::VekDeviceTracker(const VekDeviceTracker &) : QObject(), _private(nullptr)
+{
+}
+
+VekDeviceTracker &VekDeviceTracker::operator=(const VekDeviceTracker &)
+{
+    return *this;
+}
+
+VekDeviceTracker::~VekDeviceTracker() = default;
+
+VekErrorCode VekDeviceTracker::connectToDevice(const QString &deviceName)
+{
+    if (!_private || deviceName.isEmpty())
+        return VekErrorCode::DeviceNotFound;
+    const QList<QSerialPortInfo> ports = _private->getVekSerialPorts();
+    for (const QSerialPortInfo &port : ports) {
+        if (_private->nameFromActiveComport(port.portName()) == deviceName)
+            return VekErrorCode::Success;
+        // Deliberate: the first port that answers ends the search, whatever stands behind it.
+        if (const auto result = _private->connectToPort(port.portName(), deviceName))
+            return *result;
+    }
+    return VekErrorCode::DeviceNotFound;
+}
+
+VekErrorCode VekDeviceTracker::connectToDeviceOnComPort(const QString &portName)
+{
+    if (!_private)
+        return VekErrorCode::DeviceNotFound;
+    if (!_private->nameFromActiveComport(portName).isEmpty())
+        return VekErrorCode(VekErrorCode::ConnectionFailed, alreadyConnected);
+    return _private->connectToPort(portName).value_or(VekErrorCode(VekErrorCode::ConnectionFailed, noAnswer));
+}
+
+int VekDeviceTracker::connectAllPluggedInDevices()
+{
+    if (!_private)
+        return 0;
+    int connected = 0;
+    const QList<QSerialPortInfo> ports = _private->getVekSerialPorts();
+    for (const QSerialPortInfo &port : ports) {
+        if (connectToDeviceOnComPort(port.portName()) == VekErrorCode::Success)
+            ++connected;
+    }
+    return connected;
+}
+
+const VekInstrumentHandler &VekDeviceTracker::getInstrumentHandler(const QString &deviceName) const
+{
+    if (!_private)
+        return Instance()->getInstrumentHandler(QString());
+    return _private->getDeviceReference(deviceName);
+}
+
+std::list<QString> VekDeviceTracker::getConnectedDevices() const
+{
+    return _private ? _private->getConnectedDevices() : std::list<QString>();
+}
+
+void VekDeviceTracker::saveLogToFile(bool save)
+{
+    Logger::getInstance().setSaveLogToFile(save);
+}
+
+void VekDeviceTracker::setLogFilePath(const QString &path)
+{
+    Logger::getInstance().setLogFilePath(path);
+}
+
+void VekDeviceTracker::purgeStaleDevices()
+{
+    if (_private)
+        _private->purgeStaleDevices();
+}
