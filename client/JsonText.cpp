@@ -1,0 +1,179 @@
+#include "JsonText.h"
+
+#include <nlohmann/json.hpp>
+
+#include <iterator>
+
+namespace client {
+
+namespace {
+
+/// Where in the text the parser stands.
+struct Position {
+    int line = 1;
+    int lineBefore = 1; ///< without the last character: a number is known to end only behind its end
+};
+
+/// Walks over the text for the parser and counts its lines.
+class CountingIterator
+{
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char *;
+    using reference = const char &;
+
+    CountingIterator(const char *at, Position *position) : _at(at), _position(position) {}
+
+    reference operator*() const { return *_at; }
+    CountingIterator &operator++()
+    {
+        _position->lineBefore = _position->line;
+        if (*_at == '\n')
+            ++_position->line;
+        ++_at;
+        return *this;
+    }
+    bool operator==(const CountingIterator &other) const { return _at == other._at; }
+    bool operator!=(const CountingIterator &other) const { return _at != other._at; }
+
+private:
+    const char *_at;
+    Position *_position;
+};
+
+/// Takes the parser's events and grows a JsonValue of them.
+class TreeBuilder : public nlohmann::json_sax<nlohmann::json>
+{
+public:
+    TreeBuilder(const Position &position, Complaints &complaints) : _position(position), _complaints(complaints) {}
+
+    JsonValue takeRoot() { return std::move(_root); }
+
+    bool null() override { return add({}); }
+    bool boolean(bool value) override
+    {
+        JsonValue made = ofKind(JsonValue::Kind::Boolean);
+        made.boolean = value;
+        return add(std::move(made));
+    }
+    bool number_integer(number_integer_t value) override { return addNumber(static_cast<double>(value)); }
+    bool number_unsigned(number_unsigned_t value) override { return addNumber(static_cast<double>(value)); }
+    bool number_float(number_float_t value, const string_t &) override { return addNumber(value); }
+    bool string(string_t &value) override
+    {
+        JsonValue made = ofKind(JsonValue::Kind::Text);
+        made.text = QString::fromStdString(value);
+        return add(std::move(made));
+    }
+    bool binary(binary_t &) override { return false; }
+    bool start_object(std::size_t) override { return open(JsonValue::Kind::Object); }
+    bool key(string_t &name) override
+    {
+        _open.back()->members.push_back({QString::fromStdString(name), _position.line, {}});
+        return true;
+    }
+    bool end_object() override { return close(); }
+    bool start_array(std::size_t) override { return open(JsonValue::Kind::List); }
+    bool end_array() override { return close(); }
+    bool parse_error(std::size_t, const std::string &, const nlohmann::detail::exception &error) override
+    {
+        // The parser's own text has its name and a position in front: what is wrong comes behind the last of them.
+        const QString text = QString::fromUtf8(error.what());
+        const int begin = text.indexOf(QLatin1String("syntax error"));
+        _complaints.push_back({_position.lineBefore, begin < 0 ? text : text.mid(begin)});
+        return false;
+    }
+
+private:
+    JsonValue ofKind(JsonValue::Kind kind) const
+    {
+        JsonValue made;
+        made.kind = kind;
+        made.line = _position.line;
+        return made;
+    }
+    bool addNumber(double value)
+    {
+        JsonValue made = ofKind(JsonValue::Kind::Number);
+        made.number = value;
+        made.line = _position.lineBefore;
+        return add(std::move(made));
+    }
+    JsonValue &place(JsonValue value)
+    {
+        if (_open.empty())
+            return _root = std::move(value);
+        JsonValue &parent = *_open.back();
+        if (parent.kind == JsonValue::Kind::Object)
+            return parent.members.back().value = std::move(value);
+        parent.items.push_back(std::move(value));
+        return parent.items.back();
+    }
+    bool add(JsonValue value)
+    {
+        if (value.line == 0)
+            value.line = _position.line;
+        place(std::move(value));
+        return true;
+    }
+    bool open(JsonValue::Kind kind)
+    {
+        _open.push_back(&place(ofKind(kind)));
+        return true;
+    }
+    bool close()
+    {
+        _open.pop_back();
+        return true;
+    }
+
+    const Position &_position;
+    Complaints &_complaints;
+    JsonValue _root;
+    std::vector<JsonValue *> _open; // from the root to the innermost; only the last one grows, so none of them moves
+};
+
+} // namespace
+
+const JsonMember *JsonValue::find(const QString &name) const
+{
+    for (const JsonMember &member : members) {
+        if (member.name == name)
+            return &member;
+    }
+    return nullptr;
+}
+
+QString kindName(JsonValue::Kind kind)
+{
+    switch (kind) {
+    case JsonValue::Kind::Null:
+        return QStringLiteral("null");
+    case JsonValue::Kind::Boolean:
+        return QStringLiteral("true or false");
+    case JsonValue::Kind::Number:
+        return QStringLiteral("a number");
+    case JsonValue::Kind::Text:
+        return QStringLiteral("a text");
+    case JsonValue::Kind::List:
+        return QStringLiteral("a list");
+    case JsonValue::Kind::Object:
+        return QStringLiteral("an object");
+    }
+    return {};
+}
+
+std::optional<JsonValue> parseJson(const QByteArray &text, Complaints &complaints)
+{
+    Position position;
+    TreeBuilder builder(position, complaints);
+    const CountingIterator begin(text.constData(), &position);
+    const CountingIterator end(text.constData() + text.size(), &position);
+    if (!nlohmann::json::sax_parse(begin, end, &builder))
+        return std::nullopt;
+    return builder.takeRoot();
+}
+
+} // namespace client

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Complaint.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+#include <vector>
+
+namespace client {
+
+struct JsonMember;
+
+/// A value of a JSON text that knows the line on which it ends.
+struct JsonValue {
+    enum class Kind { Null, Boolean, Number, Text, List, Object };
+
+    Kind kind = Kind::Null;
+    int line = 0; ///< from 1; of lists and objects the line on which they begin
+    bool boolean = false;
+    double number = 0.0;
+    QString text;
+    std::vector<JsonValue> items;
+    std::vector<JsonMember> members; ///< in the order of the text; names may repeat
+
+    /// The first member of this name; null without one.
+    const JsonMember *find(const QString &name) const;
+};
+
+struct JsonMember {
+    QString name;
+    int line = 0; ///< of the name
+    JsonValue value;
+};
+
+/// "a text", "a list" and so on, for complaints.
+QString kindName(JsonValue::Kind kind);
+
+/// Reads a JSON text strictly. @return nothing, and one complaint, when it is no JSON
+std::optional<JsonValue> parseJson(const QByteArray &text, Complaints &complaints);
+
+} // namespace client

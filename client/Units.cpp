@@ -1,0 +1,208 @@
+#include "Units.h"
+
+#include "Suggestion.h"
+
+#include <QByteArray>
+
+#include <charconv>
+#include <cmath>
+
+namespace client {
+
+namespace {
+
+struct DimensionRow {
+    Dimension dimension;
+    const char *name;
+    const char *baseUnit;
+};
+
+constexpr DimensionRow dimensionRows[] = {
+    {Dimension::Number, "a number", ""},
+    {Dimension::Percent, "a percentage", "%"},
+    {Dimension::Time, "a time", "s"},
+    {Dimension::Voltage, "a voltage", "V"},
+    {Dimension::Current, "a current", "A"},
+    {Dimension::Resistance, "a resistance", "Ohm"},
+    {Dimension::Power, "a power", "W"},
+    {Dimension::Charge, "a charge", "C"},
+    {Dimension::Frequency, "a frequency", "Hz"},
+    {Dimension::VoltageRate, "a rate of voltage", "V/s"},
+    {Dimension::CurrentRate, "a rate of current", "A/s"},
+    {Dimension::Temperature, "a temperature", "degC"},
+};
+
+// Factors come as a quotient of whole numbers: one rounding, where a factor of 0.001 would bring a second.
+struct UnitRow {
+    Dimension dimension;
+    const char *symbol;
+    double times;
+    double over;
+    bool takesPrefix;
+};
+
+constexpr UnitRow unitRows[] = {
+    {Dimension::Percent, "%", 1, 1, false},         {Dimension::Time, "s", 1, 1, true},
+    {Dimension::Time, "min", 60, 1, false},         {Dimension::Time, "h", 3600, 1, false},
+    {Dimension::Time, "d", 86400, 1, false},        {Dimension::Voltage, "V", 1, 1, true},
+    {Dimension::Current, "A", 1, 1, true},          {Dimension::Resistance, "Ohm", 1, 1, true},
+    {Dimension::Resistance, u8"Ω", 1, 1, true},     {Dimension::Power, "W", 1, 1, true},
+    {Dimension::Charge, "C", 1, 1, true},           {Dimension::Charge, "Ah", 3600, 1, true},
+    {Dimension::Frequency, "Hz", 1, 1, true},       {Dimension::VoltageRate, "V/s", 1, 1, true},
+    {Dimension::VoltageRate, "V/min", 1, 60, true}, {Dimension::VoltageRate, "V/h", 1, 3600, true},
+    {Dimension::CurrentRate, "A/s", 1, 1, true},    {Dimension::CurrentRate, "A/min", 1, 60, true},
+    {Dimension::CurrentRate, "A/h", 1, 3600, true}, {Dimension::Temperature, "degC", 1, 1, false},
+    {Dimension::Temperature, u8"°C", 1, 1, false},
+};
+
+struct PrefixRow {
+    const char *symbol;
+    double times;
+    double over;
+};
+
+constexpr PrefixRow prefixRows[] = {
+    {"", 1, 1},    {"m", 1, 1e3},  {"u", 1, 1e6}, {u8"µ", 1, 1e6}, {u8"μ", 1, 1e6},
+    {"n", 1, 1e9}, {"p", 1, 1e12}, {"k", 1e3, 1}, {"M", 1e6, 1},   {"G", 1e9, 1},
+};
+
+struct Factor {
+    double times;
+    double over;
+};
+
+/// Calls @p visit with each writable unit of the dimension and its factor until it answers true.
+template <typename Visitor>
+void visitUnits(Dimension dimension, const Visitor &visit)
+{
+    for (const UnitRow &unit : unitRows) {
+        if (unit.dimension != dimension)
+            continue;
+        for (const PrefixRow &prefix : prefixRows) {
+            const bool isPlain = prefix.symbol[0] == '\0';
+            if (!isPlain && !unit.takesPrefix)
+                continue;
+            const QString symbol = QString::fromUtf8(prefix.symbol) + QString::fromUtf8(unit.symbol);
+            if (visit(symbol, Factor{unit.times * prefix.times, unit.over * prefix.over}))
+                return;
+        }
+    }
+}
+
+const DimensionRow &rowOf(Dimension dimension)
+{
+    return dimensionRows[static_cast<int>(dimension)];
+}
+
+QStringList unitsOf(Dimension dimension)
+{
+    QStringList units;
+    visitUnits(dimension, [&units](const QString &symbol, Factor) {
+        units.append(symbol);
+        return false;
+    });
+    return units;
+}
+
+bool findUnit(Dimension dimension, const QString &unit, Factor &found)
+{
+    bool isKnown = false;
+    visitUnits(dimension, [&](const QString &symbol, Factor factor) {
+        isKnown = symbol == unit;
+        if (isKnown)
+            found = factor;
+        return isKnown;
+    });
+    return isKnown;
+}
+
+ParsedQuantity refuseUnit(Dimension dimension, const QString &unit)
+{
+    const DimensionRow &row = rowOf(dimension);
+    if (dimension == Dimension::Number)
+        return {0.0, QStringLiteral("\"%1\" behind a number that has no unit").arg(unit)};
+    return {0.0, QStringLiteral("\"%1\" is not a unit of %2, whose base unit is %3%4")
+                     .arg(unit, QString::fromUtf8(row.name), QString::fromUtf8(row.baseUnit),
+                          didYouMean(unit, unitsOf(dimension)))};
+}
+
+QString inLargerTimeUnit(double seconds)
+{
+    struct Row {
+        double from;
+        double seconds;
+        const char *symbol;
+    };
+    constexpr Row rows[] = {{86400.0 * 2, 86400.0, "d"}, {3600.0, 3600.0, "h"}, {60.0, 60.0, "min"}};
+    for (const Row &row : rows) {
+        if (std::abs(seconds) >= row.from)
+            return QStringLiteral("%1 %2").arg(QString::number(seconds / row.seconds, 'g', 5),
+                                               QString::fromLatin1(row.symbol));
+    }
+    return {};
+}
+
+bool takesPrefix(Dimension dimension)
+{
+    return dimension != Dimension::Number && dimension != Dimension::Percent && dimension != Dimension::Temperature;
+}
+
+QString withPrefix(double value, const QString &unit)
+{
+    struct Row {
+        double factor;
+        const char *symbol;
+    };
+    constexpr Row rows[] = {{1e9, "G"},  {1e6, "M"},  {1e3, "k"},  {1.0, ""},
+                            {1e-3, "m"}, {1e-6, "u"}, {1e-9, "n"}, {1e-12, "p"}};
+    const double magnitude = std::abs(value);
+    for (const Row &row : rows) {
+        if (magnitude >= row.factor * 0.999995)
+            return QStringLiteral("%1 %2%3").arg(QString::number(value / row.factor, 'g', 5),
+                                                 QString::fromLatin1(row.symbol), unit);
+    }
+    return QStringLiteral("%1 %2").arg(QString::number(value, 'g', 5), unit);
+}
+
+} // namespace
+
+ParsedQuantity parseQuantity(const QString &text, Dimension dimension)
+{
+    const QByteArray bytes = text.trimmed().toUtf8();
+    double number = 0.0;
+    const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), number);
+    if (error != std::errc() || !std::isfinite(number))
+        return {0.0, QStringLiteral("\"%1\" does not begin with a number").arg(text)};
+    const QString unit = QString::fromUtf8(end).trimmed();
+    if (unit.isEmpty())
+        return {number, {}};
+    Factor factor{};
+    if (!findUnit(dimension, unit, factor))
+        return refuseUnit(dimension, unit);
+    return {number * factor.times / factor.over, {}};
+}
+
+QString baseUnit(Dimension dimension)
+{
+    return QString::fromUtf8(rowOf(dimension).baseUnit);
+}
+
+QString dimensionName(Dimension dimension)
+{
+    return QString::fromUtf8(rowOf(dimension).name);
+}
+
+QString formatQuantity(double value, Dimension dimension)
+{
+    if (std::isnan(value))
+        return QStringLiteral("-");
+    if (std::isinf(value))
+        return QStringLiteral("unlimited");
+    if (dimension == Dimension::Time && std::abs(value) >= 60.0)
+        return inLargerTimeUnit(value);
+    if (takesPrefix(dimension))
+        return withPrefix(value, baseUnit(dimension));
+    return QStringLiteral("%1 %2").arg(QString::number(value, 'g', 5), baseUnit(dimension)).trimmed();
+}
+
+} // namespace client
