@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QString>
+
+namespace client {
+
+/**
+ * The messages of this program, all of them to standard error; standard output belongs to data.
+ *
+ * @thread The main thread.
+ */
+class Console
+{
+public:
+    enum class Verbosity {
+        Quiet,   ///< errors alone
+        Normal,  ///< and what is going on; a line of progress when standard error is a terminal
+        Verbose, ///< and the library's diagnostic lines
+    };
+
+    static Console &instance();
+
+    /// Also decides what becomes of the library's diagnostic lines. Call it once, at the start.
+    void setVerbosity(Verbosity verbosity);
+
+    /// What went wrong. Always shown.
+    void error(const QString &text);
+    /// The same without the program's name in front, for lines that begin with a place in a file.
+    void complaint(const QString &text);
+    /// What a user wants to know; silent when quiet.
+    void note(const QString &text);
+    /// Replaces the line of progress, at most five times a second; nothing without a terminal or when quiet.
+    void progress(const QString &text);
+    /// Leaves the last line of progress standing and goes on below it.
+    void endProgress();
+
+private:
+    Console();
+
+    void write(const QString &text);
+    void clearProgress();
+
+    Verbosity _verbosity = Verbosity::Normal;
+    bool _isTerminal;
+    QString _progress; // what stands on the line now
+    QElapsedTimer _sinceProgress;
+};
+
+} // namespace client

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "CsvFile.h"
+#include "ExperimentFile.h"
+#include "VekACData.h"
+#include "VekDCData.h"
+#include "VekExperimentNode.h"
+#include "VekInstrumentDescription.h"
+
+#include <QDateTime>
+#include <QString>
+
+#include <vector>
+
+namespace client {
+
+/// What a run is made of, known before it begins.
+struct RunSetup {
+    VekInstrumentDescription instrument;
+    int channel = 0;
+    QString experimentPath;
+    QByteArray experimentText;
+    QString experimentName;
+    QString experimentDescription;
+};
+
+/// How far a run has come, as its record says it.
+enum class RunState { Running, Completed, Stopped, Interrupted, DeviceLost };
+
+/**
+ * The record of one run: a folder with dc.csv, ac.csv once there are impedance points, and run.json.
+ *
+ * run.json is there from the start, in the state "running", and is replaced as a whole at the end. Rows are on their
+ * way to the disk after flush(); call it at least once a second.
+ *
+ * @failure A failed write ends up in error() and does not end the run: the other files go on.
+ */
+class RunRecorder
+{
+public:
+    /// Makes the folder, which may exist but must hold no run, and its files.
+    bool create(const QString &folder, const RunSetup &setup);
+
+    void setStart(const QDateTime &utc) { _startUtc = utc; }
+    void beginElement(const VekExperimentNode &node);
+    void addDc(const VekDCData &data);
+    void addAc(const VekACData &data);
+    void flush();
+    /// Writes all there is. @return false when anything of this run could not be written
+    bool finish(RunState state, const QString &endMessage);
+
+    QString folder() const { return _folder; }
+    qint64 dcRowCount() const { return _dc.rowCount(); }
+    qint64 acRowCount() const { return _ac.rowCount(); }
+    const VekExperimentNode &node() const { return _node; }
+    QString error() const;
+
+private:
+    /// Where in the data an element begins.
+    struct ElementMark {
+        VekExperimentNode node;
+        qint64 dcRow; ///< its first row, from 0
+        qint64 acRow;
+    };
+
+    QByteArray summary(RunState state, const QString &endMessage) const;
+    void writeSummary(RunState state, const QString &endMessage);
+
+    QString _folder;
+    RunSetup _setup;
+    QDateTime _startUtc;
+    CsvFile _dc;
+    CsvFile _ac;
+    VekExperimentNode _node;
+    std::vector<ElementMark> _marks;
+    QString _error;
+};
+
+/// "running", "completed" and so on.
+QString runStateName(RunState state);
+
+} // namespace client
