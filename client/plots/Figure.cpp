@@ -1,0 +1,95 @@
+#include "plots/Figure.h"
+
+#include <qwt_plot_renderer.h>
+#include <qwt_scale_draw.h>
+
+#include <QImage>
+#include <QPainter>
+#include <QSvgGenerator>
+
+#include <algorithm>
+
+namespace client {
+
+namespace {
+
+constexpr int margin = 12;
+constexpr int titleHeight = 26;
+constexpr int pixelRatio = 2;
+
+} // namespace
+
+Figure::Figure(const QSize &panelSize) : _panelSize(panelSize)
+{
+}
+
+Panel &Figure::addPanel()
+{
+    _panels.push_back(std::make_unique<Panel>());
+    _panels.back()->resize(_panelSize);
+    return *_panels.back();
+}
+
+bool Figure::save(const QString &path)
+{
+    align();
+    QSvgGenerator svg;
+    svg.setFileName(path + QLatin1String(".svg"));
+    svg.setSize(size());
+    svg.setViewBox(QRect(QPoint(), size()));
+    svg.setResolution(_panels.front()->logicalDpiX());
+    svg.setTitle(_title);
+    QPainter vectorPainter;
+    const bool isVectorReady = vectorPainter.begin(&svg);
+    if (isVectorReady)
+        draw(vectorPainter);
+    const bool isVectorWritten = isVectorReady && vectorPainter.end();
+
+    QImage image(size() * pixelRatio, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    image.setDevicePixelRatio(pixelRatio);
+    QPainter painter(&image);
+    draw(painter);
+    painter.end();
+    return image.save(path + QLatin1String(".png")) && isVectorWritten;
+}
+
+QSize Figure::size() const
+{
+    const int count = static_cast<int>(_panels.size());
+    const int title = _title.isEmpty() ? 0 : titleHeight;
+    return {_panelSize.width() + 2 * margin, _panelSize.height() * count + 2 * margin + title};
+}
+
+/// Gives all vertical axes the width of the widest.
+void Figure::align()
+{
+    double widest = 0.0;
+    for (const auto &panel : _panels) {
+        panel->updateAxes();
+        const QwtScaleDraw *draw = panel->axisScaleDraw(QwtPlot::yLeft);
+        widest = std::max(widest, draw->extent(panel->axisFont(QwtPlot::yLeft)));
+    }
+    for (const auto &panel : _panels)
+        panel->axisScaleDraw(QwtPlot::yLeft)->setMinimumExtent(widest);
+}
+
+void Figure::draw(QPainter &painter) const
+{
+    painter.fillRect(QRect(QPoint(), size()), Qt::white);
+    QRectF area(margin, margin, _panelSize.width(), _panelSize.height());
+    if (!_title.isEmpty()) {
+        painter.setPen(Qt::black);
+        painter.setFont(QFont(QStringLiteral("DejaVu Sans"), 11, QFont::DemiBold));
+        painter.drawText(QRectF(margin, margin / 2.0, _panelSize.width(), titleHeight), Qt::AlignCenter, _title);
+        area.translate(0, titleHeight);
+    }
+    QwtPlotRenderer renderer;
+    renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground);
+    for (const auto &panel : _panels) {
+        renderer.render(panel.get(), &painter, area);
+        area.translate(0, area.height());
+    }
+}
+
+} // namespace client
