@@ -510,6 +510,19 @@ int VekInstrumentHandlerPrivate::getNumberOfChannels() const
     return _info.channelCount;
 }
 
+VekInstrumentDescription VekInstrumentHandlerPrivate::getDescription() const
+{
+    VekInstrumentDescription description;
+    description.deviceName = _info.deviceName;
+    description.modelName = model()->getVanityName();
+    description.modelNumber = static_cast<int>(modelNumber());
+    description.firmwareVersion = _info.firmwareVersion;
+    description.firmwareChecksum = _info.firmwareChecksum;
+    description.portName = _info.comPort;
+    description.channelCount = _info.channelCount;
+    return description;
+}
+
 double VekInstrumentHandlerPrivate::getExperimentUTCStartTime(unsigned char channel) const
 {
     return isChannelBusy(channel) ? double(channelAt(channel)->utcStartTime) : 0.0;

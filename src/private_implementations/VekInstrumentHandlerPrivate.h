@@ -4,6 +4,7 @@
 #include "VekDCData.h"
 #include "VekErrorCode.h"
 #include "VekExperimentNode.h"
+#include "VekInstrumentDescription.h"
 #include "calibration/CalibrationData.h"
 #include "handlers/ChannelHandler.h"
 #include "handlers/NodeBeginning.h"
@@ -134,6 +135,7 @@ public:
     bool isSDCardWriting(unsigned char channel) const;
     std::vector<unsigned char> getFreeChannels() const; ///< ascending
     int getNumberOfChannels() const;
+    VekInstrumentDescription getDescription() const;
     double getExperimentUTCStartTime(unsigned char channel) const; ///< seconds since 1970; 0.0 on an idle channel
     float getLoadImpedance(unsigned char channel) const;           ///< ohms; 10.0 for an invalid channel
     RangeList getManualModeVoltageRangeList(unsigned char channel) const;

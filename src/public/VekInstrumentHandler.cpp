@@ -209,6 +209,11 @@ int VekInstrumentHandler::getNumberOfChannels() const
     return ask(_link, 0, [](Private &handler) { return handler.getNumberOfChannels(); });
 }
 
+VekInstrumentDescription VekInstrumentHandler::getDescription() const
+{
+    return ask(_link, VekInstrumentDescription(), [](Private &handler) { return handler.getDescription(); });
+}
+
 VekErrorCode VekInstrumentHandler::eraseRecoverData() const
 {
     return request(_link, [](Private &handler) { return handler.eraseRecoverDataFromDevice(); });

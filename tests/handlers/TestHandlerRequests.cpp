@@ -357,6 +357,7 @@ void TestHandlerRequests::withoutDevice()
     QCOMPARE(device.setLinkedChannels({0}), -1);
     QCOMPARE(device.getLoadImpedance(0), 13.0f);
     QCOMPARE(device.getNumberOfChannels(), 0);
+    QCOMPARE(device.getDescription().modelNumber, -1);
     QVERIFY(device.getFreeChannels().empty());
     QVERIFY(!device.isChannelBusy(0));
 }
