@@ -52,7 +52,7 @@ void Console::note(const QString &text)
         write(text);
 }
 
-void Console::progress(const QString &text)
+void Console::progress(const std::function<QString()> &makeText)
 {
     if (!_isTerminal || _verbosity == Verbosity::Quiet)
         return;
@@ -60,6 +60,7 @@ void Console::progress(const QString &text)
         return;
     _sinceProgress.restart();
     clearProgress();
+    const QString text = makeText();
     std::fputs(text.toLocal8Bit().constData(), stderr);
     std::fflush(stderr);
     _progress = text;

@@ -3,6 +3,8 @@
 #include <QElapsedTimer>
 #include <QString>
 
+#include <functional>
+
 namespace client {
 
 /**
@@ -30,8 +32,9 @@ public:
     void complaint(const QString &text);
     /// What a user wants to know; silent when quiet.
     void note(const QString &text);
-    /// Replaces the line of progress, at most five times a second; nothing without a terminal or when quiet.
-    void progress(const QString &text);
+    /// Replaces the line of progress, at most five times a second; nothing without a terminal or when quiet. The text is
+    /// only made when it will be shown.
+    void progress(const std::function<QString()> &makeText);
     /// Leaves the last line of progress standing and goes on below it.
     void endProgress();
 

@@ -1,0 +1,177 @@
+#include "ExperimentRun.h"
+
+#include "Console.h"
+#include "Units.h"
+#include "VekInstrumentHandler.h"
+
+#include <limits>
+
+namespace client {
+
+namespace {
+
+constexpr int answerTimeoutMs = 10000;
+constexpr int flushPeriodMs = 500;
+constexpr double nothingYet = std::numeric_limits<double>::quiet_NaN();
+
+} // namespace
+
+ExperimentRun::ExperimentRun(const VekInstrumentHandler &handler, unsigned char channel, RunRecorder &recorder)
+    : _handler(handler), _channel(channel), _recorder(recorder), _lastVoltage(nothingYet), _lastCurrent(nothingYet),
+      _lastFrequency(nothingYet)
+{
+    _overdue.setSingleShot(true);
+    _overdue.setInterval(answerTimeoutMs);
+    _flush.setInterval(flushPeriodMs);
+    connect(&_overdue, &QTimer::timeout, this, &ExperimentRun::onAnswerOverdue);
+    connect(&_flush, &QTimer::timeout, this, &ExperimentRun::onFlushDue);
+}
+
+VekErrorCode ExperimentRun::start()
+{
+    connectSignals();
+    const VekErrorCode result = _handler.startUploadedExperiment(_channel);
+    if (result == VekErrorCode::Success) {
+        _overdue.start();
+        _flush.start();
+    } else {
+        disconnect(&_handler, nullptr, this, nullptr);
+    }
+    return result;
+}
+
+void ExperimentRun::interrupt()
+{
+    if (_state != RunState::Running || _isInterrupted)
+        return;
+    _isInterrupted = true;
+    _handler.stopExperiment(_channel);
+    _overdue.start();
+}
+
+QString ExperimentRun::progressText() const
+{
+    const VekExperimentNode &node = _recorder.node();
+    QStringList parts{QStringLiteral("step %1").arg(node.stepNumber) + QLatin1Char(' ') + node.stepName};
+    if (node.cycleNumber > 1)
+        parts.append(QStringLiteral("cycle %1").arg(node.cycleNumber));
+    parts.append(formatQuantity(_lastTime, Dimension::Time));
+    if (_recorder.acRowCount() > 0)
+        parts.append(formatQuantity(_lastFrequency, Dimension::Frequency));
+    parts.append(formatQuantity(_lastVoltage, Dimension::Voltage));
+    parts.append(formatQuantity(_lastCurrent, Dimension::Current));
+    parts.append(QStringLiteral("%1 points").arg(_recorder.dcRowCount() + _recorder.acRowCount()));
+    return parts.join(QLatin1String(" | "));
+}
+
+void ExperimentRun::connectSignals()
+{
+    using Handler = VekInstrumentHandler;
+    connect(&_handler, &Handler::experimentStarting, this, &ExperimentRun::onExperimentStarting);
+    connect(&_handler, &Handler::experimentNewElementStarting, this, &ExperimentRun::onElementStarting);
+    connect(&_handler, &Handler::activeDCDataReady, this, &ExperimentRun::onDcDataReady);
+    connect(&_handler, &Handler::activeACDataReady, this, &ExperimentRun::onAcDataReady);
+    connect(&_handler, &Handler::experimentStopped, this, &ExperimentRun::onExperimentStopped);
+    connect(&_handler, &Handler::deviceError, this, &ExperimentRun::onDeviceError);
+    connect(&_handler, &Handler::deviceDisconnected, this, &ExperimentRun::onDeviceDisconnected);
+}
+
+void ExperimentRun::onExperimentStarting(unsigned char channel)
+{
+    if (channel != _channel || _hasStarted)
+        return;
+    _hasStarted = true;
+    if (!_isInterrupted)
+        _overdue.stop();
+    const double seconds = _handler.getExperimentUTCStartTime(_channel);
+    _recorder.setStart(seconds > 0.0 ? QDateTime::fromMSecsSinceEpoch(qRound64(seconds * 1000.0), Qt::UTC)
+                                     : QDateTime::currentDateTimeUtc());
+}
+
+void ExperimentRun::onElementStarting(unsigned char channel, const VekExperimentNode &node)
+{
+    if (channel == _channel)
+        _recorder.beginElement(node);
+}
+
+void ExperimentRun::onDcDataReady(unsigned char channel, const VekDCData &data)
+{
+    if (channel != _channel)
+        return;
+    _recorder.addDc(data);
+    _lastTime = data.timestamp;
+    _lastVoltage = data.workingElectrodeVoltage;
+    _lastCurrent = data.current;
+    Q_EMIT progressed();
+}
+
+void ExperimentRun::onAcDataReady(unsigned char channel, const VekACData &data)
+{
+    if (channel != _channel)
+        return;
+    _recorder.addAc(data);
+    _lastTime = data.timestamp;
+    _lastVoltage = data.dcVoltageBias;
+    _lastCurrent = data.dcCurrentBias;
+    _lastFrequency = data.frequency;
+    Q_EMIT progressed();
+}
+
+void ExperimentRun::onExperimentStopped(unsigned char channel, const QString &reason)
+{
+    if (channel != _channel)
+        return;
+    if (_isInterrupted)
+        finish(RunState::Interrupted, reason, Interrupted);
+    else if (reason == QLatin1String("Experiment completed"))
+        finish(RunState::Completed, reason, Done);
+    else
+        finish(RunState::Stopped, reason, Refused);
+}
+
+void ExperimentRun::onDeviceError(unsigned char channel, const QString &text)
+{
+    if (channel == _channel && _state == RunState::Running)
+        Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(_channel), text.simplified()));
+}
+
+void ExperimentRun::onDeviceDisconnected()
+{
+    finish(RunState::DeviceLost, QStringLiteral("The connection to the instrument was lost."), NoConnection);
+}
+
+void ExperimentRun::onAnswerOverdue()
+{
+    const QString seconds = QString::number(answerTimeoutMs / 1000);
+    if (_isInterrupted)
+        return finish(RunState::Interrupted,
+                      QStringLiteral("The instrument did not confirm the end within %1 s.").arg(seconds), Interrupted);
+    _handler.stopExperiment(_channel);
+    finish(RunState::Stopped, QStringLiteral("The instrument did not begin the experiment within %1 s.").arg(seconds),
+           Refused);
+}
+
+void ExperimentRun::onFlushDue()
+{
+    _recorder.flush();
+    if (_recorder.error().isEmpty() || _hasToldWriteError)
+        return;
+    _hasToldWriteError = true;
+    Console::instance().error(QStringLiteral("%1; the experiment goes on").arg(_recorder.error()));
+}
+
+void ExperimentRun::finish(RunState state, const QString &message, ExitCode exitCode)
+{
+    if (_state != RunState::Running)
+        return;
+    _overdue.stop();
+    _flush.stop();
+    disconnect(&_handler, nullptr, this, nullptr);
+    _state = state;
+    _endMessage = message;
+    const bool isRecorded = _recorder.finish(state, message);
+    _exitCode = isRecorded || exitCode != Done ? exitCode : LocalFailure;
+    Q_EMIT finished();
+}
+
+} // namespace client

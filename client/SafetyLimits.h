@@ -1,0 +1,24 @@
+#pragma once
+
+#include "VekErrorCode.h"
+
+#include <optional>
+
+class VekInstrumentHandler;
+
+namespace client {
+
+/// The limits that an instrument itself watches on a channel; what is not set stays as it is.
+struct SafetyLimits {
+    std::optional<double> maxVoltage;     ///< volts
+    std::optional<double> minVoltage;     ///< volts
+    std::optional<double> maxCurrent;     ///< amperes
+    std::optional<double> minCurrent;     ///< amperes
+    std::optional<double> maxTemperature; ///< degrees Celsius
+
+    bool isEmpty() const;
+    /// Sends them to the instrument. @return the first refusal
+    VekErrorCode apply(const VekInstrumentHandler &handler, unsigned char channel) const;
+};
+
+} // namespace client

@@ -1,0 +1,119 @@
+#include "commands/DoctorCommand.h"
+
+#include "Connection.h"
+#include "JsonOutput.h"
+#include "VekDeviceTracker.h"
+
+#include <QSerialPortInfo>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace client {
+
+namespace {
+
+const char *levelName(Finding::Level level)
+{
+    switch (level) {
+    case Finding::Level::Good:
+        return "ok";
+    case Finding::Level::Doubtful:
+        return "maybe";
+    case Finding::Level::Bad:
+        return "bad";
+    }
+    return "";
+}
+
+bool isBad(const Finding &finding)
+{
+    return finding.level == Finding::Level::Bad;
+}
+
+Finding connectionFinding(const QString &port)
+{
+    const VekErrorCode result = VekDeviceTracker::Instance()->connectToDeviceOnComPort(port);
+    switch (result.value()) {
+    case VekErrorCode::Success:
+        return {Finding::Level::Good, QStringLiteral("An instrument answers, and its firmware is right."), {}};
+    case VekErrorCode::FirmwareNotSupported:
+        return {Finding::Level::Bad, QStringLiteral("An instrument answers, %1").arg(refusalText(result)),
+                QStringLiteral("nimbrelle update %1").arg(port)};
+    default:
+        return {Finding::Level::Bad, QStringLiteral("No instrument could be reached, %1").arg(refusalText(result)),
+                QStringLiteral("switch the instrument off and on, then: nimbrelle info %1").arg(port)};
+    }
+}
+
+/// In the order in which one stands in the way of the next; what a broken one makes pointless is left out.
+Findings examinePort(const QString &port)
+{
+    Findings findings{checkPresence(port)};
+    if (isBad(findings.back()))
+        return findings;
+    findings.push_back(checkRights(port));
+    findings.push_back(checkHolders(port));
+    findings.push_back(checkModemManager());
+    if (std::none_of(findings.begin(), findings.end(), isBad))
+        findings.push_back(connectionFinding(port));
+    return findings;
+}
+
+Findings examineMachine()
+{
+    Findings findings;
+    for (const QSerialPortInfo &info : QSerialPortInfo::availablePorts()) {
+        const QString port = info.systemLocation();
+        findings.push_back(checkPresence(port));
+        findings.push_back(checkRights(port));
+        findings.push_back(checkHolders(port));
+    }
+    if (findings.empty())
+        findings.push_back({Finding::Level::Bad, QStringLiteral("This machine has no serial port."),
+                            QStringLiteral("plug the instrument in, switch it on, then: sudo dmesg | tail")});
+    findings.push_back(checkModemManager());
+    return findings;
+}
+
+void printFindings(const Findings &findings)
+{
+    for (const Finding &finding : findings) {
+        std::printf("%-5s  %s", levelName(finding.level), qPrintable(finding.text));
+        if (!finding.command.isEmpty())
+            std::printf("  Try: %s", qPrintable(finding.command));
+        std::printf("\n");
+    }
+}
+
+Json findingsJson(const Findings &findings)
+{
+    Json list = Json::array();
+    for (const Finding &finding : findings)
+        list.push_back(
+            {{"level", levelName(finding.level)}, {"text", text(finding.text)}, {"command", text(finding.command)}});
+    return list;
+}
+
+} // namespace
+
+DoctorCommand::DoctorCommand(CLI::App &parent)
+    : Command(parent, "doctor", "Find out why an instrument cannot be reached",
+              "  nimbrelle doctor            # looks at the machine, opens nothing\n"
+              "  nimbrelle doctor ttyACM0    # and asks the instrument on this port")
+{
+    app().add_option("PORT", _port, "Serial port to open; without it no port is opened");
+    addJson(_wantsJson);
+}
+
+int DoctorCommand::run()
+{
+    const Findings findings = _port.empty() ? examineMachine() : examinePort(QString::fromStdString(_port));
+    if (_wantsJson)
+        printJson(findingsJson(findings));
+    else
+        printFindings(findings);
+    return std::any_of(findings.begin(), findings.end(), isBad) ? NoConnection : Done;
+}
+
+} // namespace client

@@ -1,0 +1,40 @@
+#include "commands/InfoCommand.h"
+
+#include "Connection.h"
+#include "JsonOutput.h"
+#include "VekExperimentPlan.h"
+
+#include <cstdio>
+
+namespace client {
+
+InfoCommand::InfoCommand(CLI::App &parent)
+    : Command(parent, "info", "Show name, model, firmware and channels of an instrument",
+              "  nimbrelle info ttyACM0\n"
+              "  nimbrelle info /dev/ttyACM0 --json")
+{
+    addPort(_port);
+    addJson(_wantsJson);
+}
+
+int InfoCommand::run()
+{
+    Connection connection(QString::fromStdString(_port));
+    if (const ExitCode failure = connection.open())
+        return failure;
+    const VekInstrumentDescription instrument = connection.description();
+    if (_wantsJson) {
+        printJson(descriptionJson(instrument));
+        return Done;
+    }
+    std::printf("Name:      %s\n", qPrintable(instrument.deviceName));
+    std::printf("Model:     %s (%s, number %d)\n", qPrintable(instrument.modelName),
+                qPrintable(VekExperimentPlan::modelName(instrument.modelNumber)), instrument.modelNumber);
+    std::printf("Firmware:  %s, checksum %s\n", qPrintable(instrument.firmwareVersion),
+                qPrintable(instrument.firmwareChecksum));
+    std::printf("Port:      %s\n", qPrintable(instrument.portName));
+    std::printf("Channels:  %d\n", instrument.channelCount);
+    return Done;
+}
+
+} // namespace client

@@ -1,0 +1,90 @@
+#include "commands/LimitsCommand.h"
+
+#include "Connection.h"
+#include "Console.h"
+#include "JsonOutput.h"
+#include "Units.h"
+#include "VekInstrumentHandler.h"
+
+#include <cstdio>
+
+namespace client {
+
+namespace {
+
+using Ranges = std::vector<std::pair<double, double>>;
+
+Json rangesJson(const Ranges &ranges)
+{
+    Json list = Json::array();
+    for (const auto &[low, high] : ranges)
+        list.push_back({{"min", number(low)}, {"max", number(high)}});
+    return list;
+}
+
+void printRanges(int channel, const char *kind, const Ranges &ranges, Dimension dimension)
+{
+    int index = 0;
+    for (const auto &[low, high] : ranges)
+        std::printf("%7d  %-7s  %5d  %12s  %12s\n", channel, kind, index++, qPrintable(formatQuantity(low, dimension)),
+                    qPrintable(formatQuantity(high, dimension)));
+}
+
+std::vector<int> allChannels(int count)
+{
+    std::vector<int> channels;
+    for (int channel = 0; channel < count; ++channel)
+        channels.push_back(channel);
+    return channels;
+}
+
+} // namespace
+
+LimitsCommand::LimitsCommand(CLI::App &parent)
+    : Command(parent, "limits", "Show the ranges of channels, and set safety limits until the next connection",
+              "  nimbrelle limits ttyACM0\n"
+              "  nimbrelle limits ttyACM0 --channel 0 --max-voltage 4.2V\n"
+              "Every new connection clears the limits of idle channels: to guard a run, give them to \"run\".")
+{
+    addPort(_port);
+    addChannels(_channels);
+    addSafetyLimits(_limits);
+    addJson(_wantsJson);
+}
+
+int LimitsCommand::run()
+{
+    Connection connection(QString::fromStdString(_port));
+    if (const ExitCode failure = connection.open())
+        return failure;
+    const VekInstrumentHandler &handler = connection.handler();
+    if (_channels.empty())
+        _channels = allChannels(handler.getNumberOfChannels());
+    Json list = Json::array();
+    if (!_wantsJson)
+        std::printf("CHANNEL  RANGE    INDEX           MIN           MAX\n");
+    for (const int number : _channels) {
+        if (const ExitCode failure = connection.checkChannel(number))
+            return failure;
+        const auto channel = static_cast<unsigned char>(number);
+        const VekErrorCode result = _limits.apply(handler, channel);
+        if (result != VekErrorCode::Success) {
+            Console::instance().error(
+                QStringLiteral("channel %1: %2").arg(QString::number(number), refusalText(result)));
+            return Refused;
+        }
+        const Ranges currents = handler.getManualModeCurrentRangeList(channel);
+        const Ranges voltages = handler.getManualModeVoltageRangeList(channel);
+        list.push_back(
+            {{"channel", number}, {"currentRanges", rangesJson(currents)}, {"voltageRanges", rangesJson(voltages)}});
+        if (_wantsJson)
+            continue;
+        printRanges(number, "current", currents, Dimension::Current);
+        printRanges(number, "voltage", voltages, Dimension::Voltage);
+    }
+    if (_wantsJson)
+        printJson(list);
+    return Done;
+}
+
+} // namespace client

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "commands/Command.h"
+
+namespace client {
+
+/// Shows the measuring ranges of channels and tries safety limits on them.
+class LimitsCommand : public Command
+{
+public:
+    explicit LimitsCommand(CLI::App &parent);
+    int run() override;
+
+private:
+    std::string _port;
+    std::vector<int> _channels;
+    SafetyLimits _limits;
+    bool _wantsJson = false;
+};
+
+} // namespace client

@@ -1,0 +1,82 @@
+#include "commands/ManualCommand.h"
+
+#include "Connection.h"
+#include "Console.h"
+#include "SampleStream.h"
+#include "VekInstrumentHandler.h"
+
+namespace client {
+
+ManualCommand::ManualCommand(CLI::App &parent)
+    : Command(parent, "manual", "Hold a voltage, a current or open circuit and print the samples, as CSV",
+              "  nimbrelle manual ttyACM0 --voltage 1.5V --duration 10s\n"
+              "  nimbrelle manual ttyACM0 --channel 3 --current \"-2 mA\" --max-voltage 4.2V\n"
+              "The cell is disconnected at the end, also when interrupted.")
+{
+    addPort(_port);
+    addChannel(_channel);
+    CLI::Option_group *target = app().add_option_group("Set point", "What the channel holds");
+    target->require_option(1);
+    target->add_option(addQuantity("--voltage", Dimension::Voltage, _voltage, "Hold this voltage"));
+    target->add_option(addQuantity("--current", Dimension::Current, _current, "Hold this current"));
+    target->add_flag("--open-circuit", _isOpenCircuit, "Disconnect the cell and watch its voltage");
+    addQuantity("--interval", Dimension::Time, _interval, "Time between two samples");
+    addQuantity("--duration", Dimension::Time, _duration, "End after this time");
+    app().add_option("--current-range", _currentRange, "Index of the current range; automatic without it");
+    app().add_option("--voltage-range", _voltageRange, "Index of the voltage range; automatic without it");
+    addSafetyLimits(_limits);
+}
+
+int ManualCommand::run()
+{
+    Connection connection(QString::fromStdString(_port));
+    if (const ExitCode failure = connection.open())
+        return failure;
+    if (const ExitCode failure = connection.checkChannel(_channel))
+        return failure;
+    const VekInstrumentHandler &handler = connection.handler();
+    const auto channel = static_cast<unsigned char>(_channel);
+    SampleStream stream(handler, channel, SampleStream::Source::Active, {_duration, std::nullopt});
+    const VekErrorCode refusal = prepare(handler, channel);
+    if (refusal != VekErrorCode::Success)
+        Console::instance().error(refusalText(refusal));
+    const ExitCode result = refusal == VekErrorCode::Success ? stream.run() : Refused;
+    if (result != NoConnection)
+        handler.stopExperiment(channel);
+    return result;
+}
+
+VekErrorCode ManualCommand::prepare(const VekInstrumentHandler &handler, unsigned char channel) const
+{
+    VekErrorCode result = _limits.apply(handler, channel);
+    if (result == VekErrorCode::Success)
+        result = handler.startManualExperiment(channel);
+    if (result == VekErrorCode::Success && _interval)
+        result = handler.setManualModeSamplingInterval(channel, *_interval);
+    if (result == VekErrorCode::Success)
+        result = setRanges(handler, channel);
+    if (result == VekErrorCode::Success)
+        result = setPoint(handler, channel);
+    return result;
+}
+
+VekErrorCode ManualCommand::setRanges(const VekInstrumentHandler &handler, unsigned char channel) const
+{
+    const VekErrorCode result = _currentRange ? handler.setManualModeCurrentRange(channel, *_currentRange)
+                                              : handler.setManualModeCurrentAutorange(channel);
+    if (result != VekErrorCode::Success)
+        return result;
+    return _voltageRange ? handler.setManualModeVoltageRange(channel, *_voltageRange)
+                         : handler.setManualModeVoltageAutorange(channel);
+}
+
+VekErrorCode ManualCommand::setPoint(const VekInstrumentHandler &handler, unsigned char channel) const
+{
+    if (_voltage)
+        return handler.setManualModeConstantVoltage(channel, *_voltage);
+    if (_current)
+        return handler.setManualModeConstantCurrent(channel, *_current);
+    return handler.setManualModeOCP(channel);
+}
+
+} // namespace client

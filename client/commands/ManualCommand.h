@@ -1,0 +1,34 @@
+#pragma once
+
+#include "commands/Command.h"
+
+class VekErrorCode;
+class VekInstrumentHandler;
+
+namespace client {
+
+/// Holds a channel at one set point by hand and prints its samples.
+class ManualCommand : public Command
+{
+public:
+    explicit ManualCommand(CLI::App &parent);
+    int run() override;
+
+private:
+    VekErrorCode prepare(const VekInstrumentHandler &handler, unsigned char channel) const;
+    VekErrorCode setRanges(const VekInstrumentHandler &handler, unsigned char channel) const;
+    VekErrorCode setPoint(const VekInstrumentHandler &handler, unsigned char channel) const;
+
+    std::string _port;
+    int _channel = 0;
+    std::optional<double> _voltage;
+    std::optional<double> _current;
+    bool _isOpenCircuit = false;
+    std::optional<double> _interval;
+    std::optional<double> _duration;
+    std::optional<int> _currentRange;
+    std::optional<int> _voltageRange;
+    SafetyLimits _limits;
+};
+
+} // namespace client

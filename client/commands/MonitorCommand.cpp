@@ -1,0 +1,39 @@
+#include "commands/MonitorCommand.h"
+
+#include "Connection.h"
+#include "Console.h"
+#include "SampleStream.h"
+#include "VekInstrumentHandler.h"
+
+namespace client {
+
+MonitorCommand::MonitorCommand(CLI::App &parent)
+    : Command(parent, "monitor", "Print voltage and current of an idle channel until interrupted, as CSV",
+              "  nimbrelle monitor ttyACM0 --channel 2\n"
+              "  nimbrelle monitor ttyACM0 --count 10 > idle.csv")
+{
+    addPort(_port);
+    addChannel(_channel);
+    addQuantity("--duration", Dimension::Time, _duration, "End after this time");
+    app().add_option("-n,--count", _count, "End after so many samples")->check(CLI::PositiveNumber);
+}
+
+int MonitorCommand::run()
+{
+    Connection connection(QString::fromStdString(_port));
+    if (const ExitCode failure = connection.open())
+        return failure;
+    if (const ExitCode failure = connection.checkChannel(_channel))
+        return failure;
+    const VekInstrumentHandler &handler = connection.handler();
+    const auto channel = static_cast<unsigned char>(_channel);
+    SampleStream stream(handler, channel, SampleStream::Source::Idle, {_duration, _count});
+    const VekErrorCode result = handler.startIdleSampling(channel);
+    if (result != VekErrorCode::Success) {
+        Console::instance().error(refusalText(result));
+        return Refused;
+    }
+    return stream.run();
+}
+
+} // namespace client

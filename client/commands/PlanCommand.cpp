@@ -1,0 +1,151 @@
+#include "commands/PlanCommand.h"
+
+#include "Console.h"
+#include "ExperimentCheck.h"
+#include "ExperimentFile.h"
+#include "JsonOutput.h"
+#include "Suggestion.h"
+#include "Units.h"
+#include "VekExperimentPlan.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace client {
+
+namespace {
+
+Json nodeJson(const VekPlannedNode &node)
+{
+    return {{"stepNumber", node.stepNumber},
+            {"stepName", text(node.stepName)},
+            {"type", text(node.typeName)},
+            {"unit", text(node.unit)},
+            {"start", number(node.startValue)},
+            {"end", number(node.endValue)},
+            {"startVersusOcp", node.isVersusOcp},
+            {"samplingInterval", number(node.samplingInterval)},
+            {"downsampleFactor", node.downsampleFactor},
+            {"timeLimit", number(node.timeLimit)},
+            {"chargeLimit", number(node.chargeLimit)},
+            {"repeats", node.repeats},
+            {"loopTarget", node.loopTarget < 0 ? Json() : Json(node.loopTarget)},
+            {"runs", number(node.runs)},
+            {"expectedDuration", number(node.expectedDuration)},
+            {"expectedCharge", number(node.expectedCharge)},
+            {"expectedRows", number(node.expectedRows)}};
+}
+
+Json planJson(const ExperimentFile &file, const QString &model, const Complaints &complaints,
+              const VekExperimentPlan &plan)
+{
+    Json complaintList = Json::array();
+    for (const Complaint &complaint : complaints)
+        complaintList.push_back({{"line", complaint.line}, {"text", text(complaint.text)}});
+    Json nodes = Json::array();
+    for (const VekPlannedNode &node : plan.nodes())
+        nodes.push_back(nodeJson(node));
+    return {{"file", text(file.path)},
+            {"model", text(model)},
+            {"complaints", complaintList},
+            {"nodes", nodes},
+            {"expectedDuration", number(plan.expectedDuration())},
+            {"expectedCharge", number(plan.expectedCharge())},
+            {"expectedRows", number(plan.expectedRows())}};
+}
+
+Dimension dimensionOf(const QString &unit)
+{
+    for (const Dimension each :
+         {Dimension::Voltage, Dimension::Current, Dimension::Resistance, Dimension::Power, Dimension::Frequency}) {
+        if (baseUnit(each) == unit)
+            return each;
+    }
+    return Dimension::Number;
+}
+
+QString setPointText(const VekPlannedNode &node)
+{
+    if (std::isnan(node.startValue))
+        return node.loopTarget < 0 ? QString() : QStringLiteral("back to node %1").arg(node.loopTarget);
+    const Dimension dimension = dimensionOf(node.unit);
+    const QString start =
+        formatQuantity(node.startValue, dimension) + (node.isVersusOcp ? QStringLiteral(" vs OCP") : QString());
+    if (node.startValue == node.endValue)
+        return start;
+    return QStringLiteral("%1 to %2").arg(start, formatQuantity(node.endValue, dimension));
+}
+
+QString rowsText(double rows)
+{
+    if (std::isnan(rows))
+        return QStringLiteral("-");
+    return std::isinf(rows) ? QStringLiteral("unlimited") : QString::number(rows, 'f', 0);
+}
+
+void printRow(const QStringList &cells)
+{
+    constexpr int widths[] = {4, 4, 24, 26, 11, 11, 10, 9, 7};
+    QString line;
+    for (int column = 0; column < cells.size(); ++column)
+        line += cells[column].leftJustified(widths[column]) + QLatin1Char(' ');
+    std::printf("%s\n", qPrintable(line.trimmed().isEmpty() ? QString() : line));
+}
+
+void printTable(const VekExperimentPlan &plan)
+{
+    printRow({QStringLiteral("NODE"), QStringLiteral("STEP"), QStringLiteral("TYPE"), QStringLiteral("SET POINT"),
+              QStringLiteral("SAMPLING"), QStringLiteral("DURATION"), QStringLiteral("CHARGE"), QStringLiteral("ROWS"),
+              QStringLiteral("RUNS")});
+    int position = 0;
+    for (const VekPlannedNode &node : plan.nodes()) {
+        const bool isSampled = node.samplingInterval > 0.0;
+        printRow({QString::number(position++), QString::number(node.stepNumber), node.typeName, setPointText(node),
+                  isSampled ? formatQuantity(node.samplingInterval, Dimension::Time) : QString(),
+                  formatQuantity(node.expectedDuration, Dimension::Time),
+                  formatQuantity(node.expectedCharge, Dimension::Charge), rowsText(node.expectedRows),
+                  QString::number(node.loopTarget < 0 ? node.runs : double(node.repeats), 'f', 0)});
+    }
+    std::printf("Total: %s, %s, %s rows; limits of voltage or current may end a step earlier.\n",
+                qPrintable(formatQuantity(plan.expectedDuration(), Dimension::Time)),
+                qPrintable(formatQuantity(plan.expectedCharge(), Dimension::Charge)),
+                qPrintable(rowsText(plan.expectedRows())));
+}
+
+} // namespace
+
+PlanCommand::PlanCommand(CLI::App &parent)
+    : Command(parent, "plan", "Check an experiment file and show what an instrument would execute; needs no instrument",
+              "  nimbrelle plan cycle.json --model Alder_2_5\n"
+              "  nimbrelle plan cycle.json --model Gale --json")
+{
+    app().add_option("FILE", _file, "Experiment file")->required();
+    app().add_option("-m,--model", _model, "Model of instrument, for example Alder_2_5")->required();
+    addJson(_wantsJson);
+}
+
+int PlanCommand::run()
+{
+    const QString model = QString::fromStdString(_model);
+    const QStringList models = VekExperimentPlan::modelNames();
+    if (!models.contains(model, Qt::CaseInsensitive)) {
+        Console::instance().error(QStringLiteral("there is no model \"%1\"%2\nThe models are: %3")
+                                      .arg(model, didYouMean(model, models), models.join(QLatin1String(", "))));
+        return BadInput;
+    }
+    const ExperimentFile file = readExperimentFile(QString::fromStdString(_file));
+    const Complaints complaints = file.isUsable() ? complaintsOfModel(file, model) : file.complaints;
+    const VekExperimentPlan plan =
+        complaints.empty() ? VekExperimentPlan::forModel(file.experiment, model) : VekExperimentPlan();
+    if (_wantsJson)
+        printJson(planJson(file, model, complaints, plan));
+    else
+        tellComplaints(file, complaints);
+    if (!complaints.empty())
+        return BadInput;
+    if (!_wantsJson)
+        printTable(plan);
+    return Done;
+}
+
+} // namespace client

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "commands/Command.h"
+
+namespace client {
+
+/// Draws the pictures of a recorded run again.
+class PlotCommand : public Command
+{
+public:
+    explicit PlotCommand(CLI::App &parent);
+    bool drawsPictures() const override { return true; }
+    int run() override;
+
+private:
+    std::vector<std::string> _folders;
+};
+
+} // namespace client

@@ -1,0 +1,294 @@
+#include "commands/RunCommand.h"
+
+#include "Connection.h"
+#include "Console.h"
+#include "ExperimentCheck.h"
+#include "ExperimentFile.h"
+#include "ExperimentRun.h"
+#include "JsonOutput.h"
+#include "RunRecorder.h"
+#include "SignalWatcher.h"
+#include "VekExperimentPlan.h"
+#include "VekInstrumentHandler.h"
+#include "plots/RunPlots.h"
+
+#include <QDir>
+#include <QEventLoop>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace client {
+
+namespace {
+
+/// A name for a folder: the experiment's name without what shells and file systems make trouble over.
+QString folderName(const QString &experimentName)
+{
+    static const QRegularExpression unwelcome(QStringLiteral("[^A-Za-z0-9._-]+"));
+    const QString name = QString(experimentName).replace(unwelcome, QStringLiteral("-")).left(60);
+    const QString utc = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    return QStringLiteral("%1-%2").arg(name.isEmpty() ? QStringLiteral("run") : name, utc);
+}
+
+ExitCode exitCodeOf(const VekErrorCode &error)
+{
+    switch (error.value()) {
+    case VekErrorCode::InvalidParameters:
+    case VekErrorCode::ExperimentIsEmpty:
+    case VekErrorCode::InvalidChannel:
+        return BadInput;
+    case VekErrorCode::DeviceNotFound:
+        return NoConnection;
+    default:
+        return Refused;
+    }
+}
+
+/// The most telling of several ends: a failure before an interruption before success.
+int severity(ExitCode exitCode)
+{
+    switch (exitCode) {
+    case Done:
+        return 0;
+    case Interrupted:
+        return 1;
+    default:
+        return 2 + (exitCode == NoConnection ? 1 : 0);
+    }
+}
+
+} // namespace
+
+RunCommand::RunCommand(CLI::App &parent)
+    : Command(parent, "run", "Run an experiment and record it in a folder",
+              "  nimbrelle run cycle.json --port ttyACM0 --plot\n"
+              "  nimbrelle run a.json b.json --port ttyACM0 --channel 0,1 --out results\n"
+              "  nimbrelle run cycle.json --port ttyACM0 --max-voltage 4.25V\n"
+              "The folder of the run is printed to standard output. Ctrl-C stops the experiment on the instrument and\n"
+              "keeps the data; a second Ctrl-C ends the program at once.")
+{
+    app().add_option("FILE", _paths, "Experiment file: one for all channels, or one for each")->required();
+    app().add_option("-p,--port", _port, "Serial port, for example ttyACM0 or /dev/ttyACM0")->required();
+    addChannels(_channels);
+    app().add_option("-o,--out", _folder,
+                     "Folder to record in (default: the experiment's name and the time); several channels get a "
+                     "folder each in it");
+    app().add_flag("--plot", _plots, "Draw the result into the folder, as SVG and PNG");
+    addSafetyLimits(_limits);
+    addJson(_wantsJson);
+}
+
+RunCommand::~RunCommand() = default;
+
+int RunCommand::run()
+{
+    if (const ExitCode failure = readFiles())
+        return failure;
+    if (const ExitCode failure = assignChannels())
+        return failure;
+    Connection connection(QString::fromStdString(_port));
+    if (const ExitCode failure = connection.open())
+        return failure;
+    for (Task &task : _tasks) {
+        if (const ExitCode failure = upload(connection, task))
+            return failure;
+    }
+    if (SignalWatcher::wasInterrupted())
+        return Interrupted;
+    const ExitCode failure = startAll(connection);
+    wait();
+    const ExitCode result = report();
+    return failure ? failure : result;
+}
+
+ExitCode RunCommand::readFiles()
+{
+    ExitCode result = Done;
+    for (const std::string &path : _paths) {
+        _files.push_back(readExperimentFile(QString::fromStdString(path)));
+        tellComplaints(_files.back(), _files.back().complaints);
+        if (!_files.back().isUsable())
+            result = BadInput;
+    }
+    return result;
+}
+
+ExitCode RunCommand::assignChannels()
+{
+    if (_files.size() != 1 && _files.size() != _channels.size()) {
+        Console::instance().error(QStringLiteral("%1 files for %2 channels: give one file, or one for each channel")
+                                      .arg(_files.size())
+                                      .arg(_channels.size()));
+        return BadInput;
+    }
+    for (std::size_t index = 0; index < _channels.size(); ++index) {
+        const bool isTwice = std::count(_channels.begin(), _channels.end(), _channels[index]) > 1;
+        if (isTwice) {
+            Console::instance().error(QStringLiteral("channel %1 is given twice").arg(_channels[index]));
+            return BadInput;
+        }
+        _tasks.push_back({_channels[index], _files.size() == 1 ? &_files.front() : &_files[index], nullptr, nullptr});
+    }
+    return Done;
+}
+
+ExitCode RunCommand::upload(const Connection &connection, Task &task) const
+{
+    if (const ExitCode failure = connection.checkChannel(task.channel))
+        return failure;
+    const VekInstrumentHandler &handler = connection.handler();
+    const auto channel = static_cast<unsigned char>(task.channel);
+    VekErrorCode result = _limits.apply(handler, channel);
+    if (result == VekErrorCode::Success)
+        result = handler.uploadExperimentToChannel(channel, task.file->experiment);
+    if (result == VekErrorCode::Success)
+        return Done;
+    Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(task.channel), refusalText(result)));
+    if (result == VekErrorCode::InvalidParameters) {
+        const QString model = VekExperimentPlan::modelName(connection.description().modelNumber);
+        tellComplaints(*task.file, complaintsOfModel(*task.file, model));
+    }
+    return exitCodeOf(result);
+}
+
+ExitCode RunCommand::start(const Connection &connection, Task &task) const
+{
+    const RunSetup setup{connection.description(), task.channel,    task.file->path,
+                         task.file->text,          task.file->name, task.file->description};
+    task.recorder = std::make_unique<RunRecorder>();
+    if (!task.recorder->create(folderOf(task), setup)) {
+        Console::instance().error(task.recorder->error());
+        return LocalFailure;
+    }
+    const auto channel = static_cast<unsigned char>(task.channel);
+    task.run = std::make_unique<ExperimentRun>(connection.handler(), channel, *task.recorder);
+    const VekErrorCode result = task.run->start();
+    if (result == VekErrorCode::Success)
+        return Done;
+    task.run.reset();
+    Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(task.channel), refusalText(result)));
+    return exitCodeOf(result);
+}
+
+ExitCode RunCommand::startAll(const Connection &connection)
+{
+    for (Task &task : _tasks) {
+        const ExitCode failure = start(connection, task);
+        if (!failure)
+            continue;
+        interruptAll();
+        return failure;
+    }
+    return Done;
+}
+
+void RunCommand::wait()
+{
+    QEventLoop loop;
+    for (const Task &task : _tasks) {
+        if (!task.run)
+            continue;
+        const ExperimentRun &run = *task.run;
+        QObject::connect(&run, &ExperimentRun::progressed, &loop,
+                         [this, &run] { Console::instance().progress([&] { return progressText(run); }); });
+        QObject::connect(&run, &ExperimentRun::finished, &loop, [this, &loop] {
+            if (isOver())
+                loop.quit();
+        });
+    }
+    QObject::connect(SignalWatcher::instance(), &SignalWatcher::interrupted, &loop, [this] { interruptAll(); });
+    if (!isOver())
+        loop.exec();
+    Console::instance().endProgress();
+}
+
+bool RunCommand::isOver() const
+{
+    return std::all_of(_tasks.begin(), _tasks.end(),
+                       [](const Task &task) { return !task.run || task.run->state() != RunState::Running; });
+}
+
+void RunCommand::interruptAll() const
+{
+    Console::instance().note(QStringLiteral("Stopping; a second signal ends the program at once."));
+    for (const Task &task : _tasks) {
+        if (task.run)
+            task.run->interrupt();
+    }
+}
+
+ExitCode RunCommand::report() const
+{
+    ExitCode result = Done;
+    Json list = Json::array();
+    bool hasToldLoss = false;
+    for (const Task &task : _tasks) {
+        if (!task.run)
+            continue;
+        tellEnd(task, hasToldLoss);
+        hasToldLoss = hasToldLoss || task.run->state() == RunState::DeviceLost;
+        if (severity(task.run->exitCode()) > severity(result))
+            result = task.run->exitCode();
+        if (_plots && !drawRun(task.recorder->folder()))
+            Console::instance().error(QStringLiteral("%1: nothing to draw").arg(task.recorder->folder()));
+        list.push_back(summaryOf(task));
+        if (!_wantsJson)
+            std::printf("%s\n", qPrintable(task.recorder->folder()));
+    }
+    if (_wantsJson)
+        printJson(list);
+    return result;
+}
+
+void RunCommand::tellEnd(const Task &task, bool hasToldLoss)
+{
+    const ExitCode exitCode = task.run->exitCode();
+    const QString message = QStringLiteral("channel %1: %2").arg(QString::number(task.channel), task.run->endMessage());
+    if (task.run->state() == RunState::DeviceLost) {
+        if (!hasToldLoss) // a lost device ends all of its channels
+            Console::instance().error(task.run->endMessage());
+    } else if (exitCode == Done || exitCode == Interrupted) {
+        Console::instance().note(message);
+    } else {
+        Console::instance().error(exitCode == LocalFailure ? task.recorder->error() : message);
+    }
+}
+
+Json RunCommand::summaryOf(const Task &task)
+{
+    return {{"channel", task.channel},
+            {"folder", text(task.recorder->folder())},
+            {"state", text(runStateName(task.run->state()))},
+            {"endMessage", text(task.run->endMessage())},
+            {"dcRows", task.recorder->dcRowCount()},
+            {"acRows", task.recorder->acRowCount()}};
+}
+
+QString RunCommand::folderOf(const Task &task) const
+{
+    const QString folder = _folder.empty() ? folderName(task.file->name) : QString::fromStdString(_folder);
+    if (_tasks.size() == 1)
+        return folder;
+    return QDir(folder).filePath(QStringLiteral("channel-%1").arg(task.channel));
+}
+
+QString RunCommand::progressText(const ExperimentRun &latest) const
+{
+    if (_tasks.size() == 1)
+        return latest.progressText();
+    int running = 0;
+    qint64 points = 0;
+    for (const Task &task : _tasks) {
+        if (!task.run)
+            continue;
+        running += task.run->state() == RunState::Running ? 1 : 0;
+        points += task.recorder->dcRowCount() + task.recorder->acRowCount();
+    }
+    return QStringLiteral("%1 of %2 channels running | %3 points | channel %4: %5")
+        .arg(QString::number(running), QString::number(_tasks.size()), QString::number(points),
+             QString::number(latest.channel()), latest.progressText());
+}
+
+} // namespace client

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "JsonOutput.h"
+#include "commands/Command.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace client {
+
+class Connection;
+class ExperimentRun;
+class RunRecorder;
+struct ExperimentFile;
+
+/// Runs experiments on one or several channels and records them.
+class RunCommand : public Command
+{
+public:
+    explicit RunCommand(CLI::App &parent);
+    ~RunCommand() override;
+    bool drawsPictures() const override { return _plots; }
+    int run() override;
+
+private:
+    /// One channel's share of the work.
+    struct Task {
+        int channel;
+        const ExperimentFile *file;
+        std::unique_ptr<RunRecorder> recorder;
+        std::unique_ptr<ExperimentRun> run;
+    };
+
+    ExitCode readFiles();
+    ExitCode assignChannels();
+    ExitCode upload(const Connection &connection, Task &task) const;
+    ExitCode start(const Connection &connection, Task &task) const;
+    ExitCode startAll(const Connection &connection);
+    void wait();
+    bool isOver() const;
+    void interruptAll() const;
+    ExitCode report() const;
+    static void tellEnd(const Task &task, bool hasToldLoss);
+    static Json summaryOf(const Task &task);
+    QString folderOf(const Task &task) const;
+    QString progressText(const ExperimentRun &latest) const;
+
+    std::vector<std::string> _paths;
+    std::string _port;
+    std::vector<int> _channels{0};
+    std::string _folder;
+    bool _plots = false;
+    bool _wantsJson = false;
+    SafetyLimits _limits;
+
+    std::vector<ExperimentFile> _files;
+    std::vector<Task> _tasks;
+};
+
+} // namespace client

@@ -1,0 +1,88 @@
+#include "Console.h"
+#include "ExitCode.h"
+#include "SignalWatcher.h"
+#include "commands/DoctorCommand.h"
+#include "commands/ElementsCommand.h"
+#include "commands/InfoCommand.h"
+#include "commands/LimitsCommand.h"
+#include "commands/ListCommand.h"
+#include "commands/ManualCommand.h"
+#include "commands/MonitorCommand.h"
+#include "commands/PlanCommand.h"
+#include "commands/PlotCommand.h"
+#include "commands/RunCommand.h"
+
+#include <QApplication>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+using namespace client;
+
+using Commands = std::vector<std::unique_ptr<Command>>;
+
+constexpr const char *examples =
+    "Examples:\n"
+    "  nimbrelle list                                    # which ports are there?\n"
+    "  nimbrelle info ttyACM0                            # who is on this one?\n"
+    "  nimbrelle plan cycle.json --model Alder_2_5       # check an experiment\n"
+    "  nimbrelle run cycle.json --port ttyACM0 --plot    # run and record it\n"
+    "  nimbrelle COMMAND --help                          # more on one command\n"
+    "\n"
+    "Exit codes: 0 done, 1 a file could not be written, 2 usage or a bad experiment file,\n"
+    "3 no connection, 4 refused or stopped by the instrument, 130 interrupted.";
+
+template <typename... Each>
+Commands makeCommands(CLI::App &app)
+{
+    Commands commands;
+    (commands.push_back(std::make_unique<Each>(app)), ...);
+    return commands;
+}
+
+/// Pictures are drawn without a display; everything else does without any part of the GUI.
+std::unique_ptr<QCoreApplication> makeApplication(const Command &command, int &argc, char **argv)
+{
+    if (!command.drawsPictures())
+        return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QApplication>(argc, argv);
+}
+
+int execute(const Commands &commands, int &argc, char **argv)
+{
+    for (const std::unique_ptr<Command> &command : commands) {
+        if (!command->isChosen())
+            continue;
+        const std::unique_ptr<QCoreApplication> application = makeApplication(*command, argc, argv);
+        const SignalWatcher watcher;
+        return command->run();
+    }
+    return BadInput;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    CLI::App app("Control and record Nimbrelle electrochemical instruments", "nimbrelle");
+    app.set_version_flag("--version", "nimbrelle " NIMBRELLE_CLIENT_VERSION);
+    app.require_subcommand(1);
+    app.footer(examples);
+    bool isQuiet = false;
+    bool isVerbose = false;
+    app.add_flag("-q,--quiet", isQuiet, "Only errors on standard error");
+    app.add_flag("-v,--verbose", isVerbose, "The library's diagnostic lines too");
+    const Commands commands = makeCommands<ListCommand, InfoCommand, DoctorCommand, ElementsCommand, PlanCommand,
+                                           RunCommand, PlotCommand, MonitorCommand, ManualCommand, LimitsCommand>(app);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? Done : BadInput;
+    }
+    using Verbosity = Console::Verbosity;
+    Console::instance().setVerbosity(isQuiet ? Verbosity::Quiet : isVerbose ? Verbosity::Verbose : Verbosity::Normal);
+    return execute(commands, argc, argv);
+}
