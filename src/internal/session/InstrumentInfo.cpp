@@ -3,7 +3,7 @@
 QString deviceNameIn(const HardwareVersion &hardware)
 {
     const QByteArray text(hardware.rest, sizeof hardware.rest - 1); // the last byte ends the name in any case
-    return textIn(text.left(text.indexOf('\n')));
+    return textIn(text.mid(0, text.indexOf('\n'))); // all of it if there is no line feed
 }
 
 QString textIn(const QByteArray &payload)
