@@ -28,21 +28,36 @@ double Regulator::hold(const Control &control, double seconds)
 /// The cap's current until the voltage is reached, then the voltage.
 double Regulator::holdCapped(const Control &control, double seconds)
 {
-    const auto isCapped = [&control](const Cell &cell) {
-        const double wanted = cell.currentAt(control.value);
+    const double capped = timeAtCap(control, seconds);
+    double charge = 0.0;
+    if (capped > 0.0)
+        charge += _cell->passCurrent(control.cap, 0.0, capped);
+    if (capped < seconds)
+        charge += _cell->holdVoltage(control.value, 0.0, seconds - capped);
+    return charge;
+}
+
+/// How long the voltage would ask for more than the cap, by bisection on copies of the cell.
+double Regulator::timeAtCap(const Control &control, double seconds) const
+{
+    const auto isCappedAfter = [&](double time) {
+        const std::unique_ptr<Cell> tried = _cell->clone();
+        if (time > 0.0)
+            tried->passCurrent(control.cap, 0.0, time);
+        const double wanted = tried->currentAt(control.value);
         return control.cap >= 0.0 ? wanted > control.cap : wanted < control.cap;
     };
-    double capped = isCapped(*_cell) ? seconds : 0.0;
-    for (double low = 0.0, step = seconds; capped > 0.0 && step > 1e-9 * seconds; step *= 0.5) {
-        const std::unique_ptr<Cell> tried = _cell->clone();
-        tried->passCurrent(control.cap, 0.0, low + step);
-        if (isCapped(*tried))
-            low += step;
-        else
-            capped = low + step;
+    if (!isCappedAfter(0.0))
+        return 0.0;
+    if (isCappedAfter(seconds))
+        return seconds;
+    double low = 0.0;
+    double high = seconds;
+    while (high - low > 1e-12 * seconds) {
+        const double middle = 0.5 * (low + high);
+        (isCappedAfter(middle) ? low : high) = middle;
     }
-    const double before = capped > 0.0 ? _cell->passCurrent(control.cap, 0.0, capped) : 0.0;
-    return before + (capped < seconds ? _cell->holdVoltage(control.value, 0.0, seconds - capped) : 0.0);
+    return high;
 }
 
 double Regulator::followCell(const Control &control, double seconds)

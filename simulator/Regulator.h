@@ -33,6 +33,7 @@ public:
 
 private:
     double holdCapped(const Control &control, double seconds);
+    double timeAtCap(const Control &control, double seconds) const;
     double followCell(const Control &control, double seconds);
     double followOnce(const Control &control, double seconds);
     double currentUnder(const Control &control) const;

@@ -18,7 +18,7 @@ public:
     bool open(const QString &path);
     QString errorText() const { return _file.errorString(); }
     void append(int channel, int nodeIndex, const DcSample &sample);
-    void flush() { _file.flush(); }
+    void close() { _file.close(); }
 
 private:
     QFile _file;

@@ -40,7 +40,7 @@ int run(Options options, QCoreApplication &application)
     std::printf("%s\n", qPrintable(instrument.portName()));
     std::fflush(stdout);
     application.exec();
-    truth.flush();
+    truth.close();
     if (options.wantsStatistics)
         std::fprintf(stderr, "%s\n", qPrintable(instrument.statistics()));
     return 0;

@@ -1,0 +1,158 @@
+#include "simulator/SimulatedCalibration.h"
+
+#include "calibration/CalibrationData.h"
+#include "hardware_models/HardwareModelFactory.h"
+
+#include "support/TestMain.h"
+
+#include <cmath>
+#include <functional>
+
+Q_DECLARE_METATYPE(HardwareModel_t)
+
+namespace {
+
+CalibrationData host(HardwareModel_t model, const QByteArray &record)
+{
+    CalibrationData data;
+    data.setModelType(model);
+    data.importCalData(record.constData(), record.size());
+    return data;
+}
+
+} // namespace
+
+class TestSimulatedCalibration : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void hostReadsWhatTheCellGave_data();
+    void hostReadsWhatTheCellGave();
+    void hostChoosesTheSameRanges_data();
+    void hostChoosesTheSameRanges();
+    void everyTermMatters();
+    void followsFromSeedAndChannel();
+    void codesStandForSetPoints();
+};
+
+static void addModels()
+{
+    QTest::addColumn<HardwareModel_t>("model");
+    QTest::newRow("no gain map, gain 1") << HardwareModel_t::Cedar_2_0;
+    QTest::newRow("no gain map") << HardwareModel_t::Alder_2_3;
+    QTest::newRow("three voltage ranges") << HardwareModel_t::Ibis_1_0;
+    QTest::newRow("Alder") << HardwareModel_t::Alder_2_5;
+    QTest::newRow("temperature") << HardwareModel_t::Heron_2_4;
+}
+
+void TestSimulatedCalibration::hostReadsWhatTheCellGave_data()
+{
+    addModels();
+}
+
+void TestSimulatedCalibration::hostReadsWhatTheCellGave()
+{
+    QFETCH(HardwareModel_t, model);
+    const auto description = HardwareModelFactory::getHardwareModel(model);
+    const SimulatedCalibration calibration(description, 7, 3);
+    const CalibrationData data = host(model, calibration.recordBytes());
+    for (int i = 0; i < description->getNumDCcurrentRanges(); ++i) {
+        for (const double share : {-1.0, -0.1, 0.0, 0.37, 1.0}) {
+            const DcSample sample{123456789012,
+                                  share * description->getVMax(false),
+                                  share * calibration.fullScale(currentRange_t(i)),
+                                  -0.321,
+                                  12.5,
+                                  24.75};
+            const ProcessedDCData read = data.ProcessDCDataPoint(ExperimentalDcData(
+                calibration.toRecord(sample, currentRange_t(i), calibration.rangeForVoltage(sample.voltage))));
+            QVERIFY(std::abs(read.current - sample.current) < 2e-6 * calibration.fullScale(currentRange_t(i)));
+            QVERIFY(std::abs(read.workingElectrodeVoltage - sample.voltage) < 1e-6 * description->getVMax(true));
+            QVERIFY(std::abs(read.counterElectrodeVoltage - sample.counterElectrode) < 2e-5);
+            QCOMPARE(read.charge, 12.5);
+            QCOMPARE(read.timestamp, 1234.56789012);
+            QCOMPARE(std::isnan(read.temperature), !description->supportsTemperature());
+            QVERIFY(std::isnan(read.temperature) || read.temperature == 24.75);
+        }
+    }
+}
+
+void TestSimulatedCalibration::hostChoosesTheSameRanges_data()
+{
+    addModels();
+}
+
+void TestSimulatedCalibration::hostChoosesTheSameRanges()
+{
+    QFETCH(HardwareModel_t, model);
+    const auto description = HardwareModelFactory::getHardwareModel(model);
+    const SimulatedCalibration calibration(description, 1, 0);
+    const CalibrationData data = host(model, calibration.recordBytes());
+    for (int i = 0; i < description->getNumDCcurrentRanges(); ++i) {
+        const double current = -0.999 * calibration.fullScale(currentRange_t(i));
+        QCOMPARE(index(data.getMinCurrentRange_dc(float(current))), i);
+        QCOMPARE(index(calibration.rangeForCurrent(current)), i);
+    }
+    for (int i = 0; i < description->getNumVoltageRanges(); ++i) {
+        const double voltage = 0.99 * calibration.fullScale(voltageRange_t(i));
+        QCOMPARE(index(data.getMinVoltageRange(float(voltage))), i);
+        QCOMPARE(index(calibration.rangeForVoltage(voltage)), i);
+    }
+}
+
+/// A record with one term changed reads at least 0.1 % of the range off: a host that forgets one would be found out.
+void TestSimulatedCalibration::everyTermMatters()
+{
+    const auto model = HardwareModelFactory::getHardwareModel(HardwareModel_t::Alder_2_5);
+    const SimulatedCalibration calibration(model, 1, 0);
+    const currentRange_t range = currentRange_t(1);
+    const DcSample sample{0, 0.8, 0.05, 0.5, 0.0, 25.0};
+    const ExperimentalDcData raw(calibration.toRecord(sample, range, voltageRange_t(2)));
+    const int weGain = index(raw.main().weGain);
+    const int iGain = index(raw.main().iGain);
+    using Spoil = std::function<void(cal_v4 &)>;
+    const QList<Spoil> currentTerms = {
+        [](cal_v4 &r) { r.iRefCoeff = 0; },          [](cal_v4 &r) { r.currentOffset[1] = 0; },
+        [](cal_v4 &r) { r.highSideCMCoeff = 0; },    [iGain](cal_v4 &r) { r.iStageOffset[iGain] = 0; },
+        [](cal_v4 &r) { r.iStage1Gain[2] = 10.0f; }, [](cal_v4 &r) { std::swap(r.currentGain[1], r.currentGain[2]); },
+    };
+    const QList<Spoil> voltageTerms = {
+        [](cal_v4 &r) { r.eweRefCoeff = 0; },
+        [weGain](cal_v4 &r) { r.eweOffset[weGain] = 0; },
+        [](cal_v4 &r) { r.weStage1Gain[2] = 10.0f; },
+    };
+    const auto spoilt = [&](const Spoil &spoil) {
+        cal_v4 record = calibration.record();
+        spoil(record);
+        const QByteArray bytes(reinterpret_cast<const char *>(&record), sizeof record);
+        return host(HardwareModel_t::Alder_2_5, bytes).ProcessDCDataPoint(raw);
+    };
+    for (const Spoil &spoil : currentTerms)
+        QVERIFY(std::abs(spoilt(spoil).current - sample.current) > 4e-5);
+    for (const Spoil &spoil : voltageTerms)
+        QVERIFY(std::abs(spoilt(spoil).workingElectrodeVoltage - sample.voltage) > 8e-4);
+}
+
+void TestSimulatedCalibration::followsFromSeedAndChannel()
+{
+    const auto model = HardwareModelFactory::getHardwareModel(HardwareModel_t::Alder_2_5);
+    const QByteArray record = SimulatedCalibration(model, 1, 0).recordBytes();
+    QCOMPARE(SimulatedCalibration(model, 1, 0).recordBytes(), record);
+    QVERIFY(SimulatedCalibration(model, 1, 1).recordBytes() != record);
+    QVERIFY(SimulatedCalibration(model, 2, 0).recordBytes() != record);
+}
+
+void TestSimulatedCalibration::codesStandForSetPoints()
+{
+    const auto model = HardwareModelFactory::getHardwareModel(HardwareModel_t::Alder_2_5);
+    const SimulatedCalibration calibration(model, 1, 0);
+    const CalibrationData data = host(HardwareModel_t::Alder_2_5, calibration.recordBytes());
+    const int currentCode = data.GetBINCurrentForDAC(currentRange_t(2), 4e-3);
+    QVERIFY(std::abs(calibration.currentFromCode(currentCode, currentRange_t(2)) - 4e-3) < 1e-2 / 30000);
+    const int voltageCode = data.GetBINVoltageForDAC(-3.0, voltageRange_t(1));
+    QVERIFY(std::abs(calibration.voltageFromCode(voltageCode, voltageRange_t(1)) + 3.0) < 5.2 / 30000);
+}
+
+NIMBRELLE_TEST_MAIN(TestSimulatedCalibration)
+#include "TestSimulatedCalibration.moc"

@@ -1,0 +1,533 @@
+#include "simulator/SimulatedInstrument.h"
+
+#include "elements/NodeMakers.h"
+#include "link/SerialCommunicator.h"
+#include "simulator/Payload.h"
+#include "simulator/cells/CellFactory.h"
+
+#include "support/TestMain.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+struct Packet {
+    Notifications_t type;
+    unsigned int channel;
+    QByteArray payload;
+};
+
+/// An instrument and a host on the two ends of one terminal, both served by the test's event loop.
+class Bench : public QObject
+{
+public:
+    explicit Bench(const QStringList &faults = {}, int channels = 1, double speed = 0.0,
+                   HardwareModel_t model = HardwareModel_t::Alder_2_5)
+    {
+        SimulatedInstrument::Setup setup;
+        setup.speed = speed;
+        setup.model = model;
+        setup.name = QStringLiteral("Bench");
+        for (const QString &fault : faults)
+            setup.faults.add(fault);
+        std::vector<std::unique_ptr<Cell>> cells;
+        for (int i = 0; i < channels; ++i)
+            cells.push_back(makeCell(QStringLiteral("resistor:R=1000")).cell);
+        instrument = std::make_unique<SimulatedInstrument>(setup, std::move(cells));
+        host = std::make_unique<SerialCommunicator>(instrument->portName());
+        connect(host.get(), &SerialCommunicator::ResponseReceived, this,
+                [this](Notifications_t type, unsigned int channel, const QByteArray &payload) {
+                    packets.append({type, channel, payload});
+                });
+        connect(host.get(), &SerialCommunicator::deviceDisconnected, this, [this] { ++losses; });
+        host->Start(true);
+    }
+
+    int count(Notifications_t type) const
+    {
+        return int(std::count_if(packets.begin(), packets.end(), [type](const Packet &p) { return p.type == type; }));
+    }
+    bool await(Notifications_t type, int number = 1, int patienceMs = 5000)
+    {
+        return QTest::qWaitFor([&] { return count(type) >= number; }, patienceMs);
+    }
+    QByteArray payload(Notifications_t type, int number = 0) const
+    {
+        for (const Packet &packet : packets)
+            if (packet.type == type && number-- == 0)
+                return packet.payload;
+        return QByteArrayLiteral("nothing came");
+    }
+    /// Sends a command and returns the code of its acknowledgement; -2 if none comes.
+    int acknowledged(PCcommand_t command, const QByteArray &data = QByteArray(), quint8 channel = 0)
+    {
+        const int before = count(NT_GENERAL_ACK);
+        host->SendCommand(command, channel, data);
+        if (!await(NT_GENERAL_ACK, before + 1) || quint8(payload(NT_GENERAL_ACK, before).at(0)) != quint8(command))
+            return -2;
+        return payload(NT_GENERAL_ACK, before).at(1);
+    }
+    void upload(const QVector<ExpNode_t> &nodes, quint8 channel = 0)
+    {
+        const int before = count(NT_NODE_APPENDED);
+        host->SendCommand(PC_NODE_LIST_BEGIN, channel, packed(quint16(nodes.size())));
+        for (const ExpNode_t &node : nodes)
+            host->SendCommand(PC_NODE_APPEND, channel, packed(node));
+        host->SendCommand(PC_NODE_LIST_END, channel);
+        QVERIFY(await(NT_NODE_APPENDED, before + nodes.size()));
+    }
+    QVector<int> types() const
+    {
+        QVector<int> all;
+        for (const Packet &packet : packets)
+            all += packet.type;
+        return all;
+    }
+
+    std::unique_ptr<SimulatedInstrument> instrument;
+    std::unique_ptr<SerialCommunicator> host;
+    QVector<Packet> packets;
+    int losses = 0;
+};
+
+ExpNode_t endNode()
+{
+    ExpNode_t node;
+    std::memset(static_cast<void *>(&node), 0, sizeof node);
+    return node;
+}
+
+ExpNode_t current(float amperes, float seconds, float interval)
+{
+    ExpNode_t node = Vek_Node_Constant_Current(interval, amperes, 0.0f);
+    Vek_Node_SetTimeLimit(node, seconds, true);
+    return node;
+}
+
+} // namespace
+
+class TestSimulatedInstrument : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answersTheHandshake();
+    void staysSilentOnTheEchoTest();
+    void reportsARunInOrder();
+    void refusesNodes_data();
+    void refusesNodes();
+    void refusesWhatTheStateForbids();
+    void pausesAndResumes();
+    void stopsOnRequest();
+    void runsChannelsAgainstEachOtherInTime();
+    void samplesIdly();
+    void obeysByHand();
+    void judgesManualSettings();
+    void endsAnExperimentWithoutAThermocouple();
+    void keepsALimitOfTheTemperature();
+    void widensAFixedRange();
+    void namesTheChannelsOfTheSdCard();
+    void runsAtItsSpeed();
+    void waitsForASlowReader();
+    void faultsOfAnswers_data();
+    void faultsOfAnswers();
+    void losesAcknowledgements();
+    void framesSurviveGarbageAndSplitting_data();
+    void framesSurviveGarbageAndSplitting();
+    void raisesAlarms();
+    void pullsTheCable();
+    void givesTheSameBytesForTheSameSeed();
+};
+
+void TestSimulatedInstrument::answersTheHandshake()
+{
+    Bench bench({}, 3);
+    for (const PCcommand_t command :
+         {PC_PING, PC_READ_HARDWARE_VERSION, PC_READ_CHANNEL_COUNT, PC_READ_FIRMWARE_CHECKSUM, PC_READ_FIRMWARE_VERSION,
+          PC_READ_DEVICE_STATUS, PC_READ_META_DATA, PC_READ_GROUND_FLOAT, PC_ERASE_MEMORY_DATA})
+        bench.host->SendCommand(command);
+    bench.host->SendCommand(PC_READ_MEMORY_DATA, 0, packed(quint8(1)));
+    bench.host->SendCommand(PC_READ_FLASH_CAL, 2);
+    QVERIFY(bench.await(NT_RAW_CAL_DATA));
+    QCOMPARE(bench.types(),
+             (QVector<int>{NT_PING_REPLY, NT_HARDWARE_VERSION, NT_CHANNEL_COUNT, NT_FIRMWARE_CHECKSUM,
+                           NT_FIRMWARE_VERSION, NT_DEVICE_STATUS, NT_TIME_REQUEST, NT_META_DATA, NT_GROUND_FLOAT,
+                           NT_MEMORY_DATA_ERASED, NT_MEMORY_DATA_START, NT_RAW_CAL_DATA}));
+    QCOMPARE(bench.payload(NT_HARDWARE_VERSION).size(), 256);
+    QCOMPARE(bench.payload(NT_HARDWARE_VERSION).left(7), QByteArray("\x23"
+                                                                    "Bench\n"));
+    QCOMPARE(bench.payload(NT_CHANNEL_COUNT), QByteArray("\x03"));
+    QCOMPARE(bench.payload(NT_META_DATA).size(), 56);
+    QCOMPARE(bench.payload(NT_RAW_CAL_DATA).size(), 376);
+    QCOMPARE(bench.packets.last().channel, 2u);
+}
+
+void TestSimulatedInstrument::staysSilentOnTheEchoTest()
+{
+    Bench bench;
+    bench.host->SendCommand(PC_ECHO_TEST);
+    bench.host->SendCommand(PC_PING);
+    QVERIFY(bench.await(NT_PING_REPLY));
+    QCOMPARE(bench.packets.size(), 1);
+}
+
+void TestSimulatedInstrument::reportsARunInOrder()
+{
+    Bench bench;
+    bench.upload({current(1e-3f, 2.0f, 1.0f), endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.types(),
+             (QVector<int>{NT_NODE_APPENDED, NT_NODE_APPENDED, NT_GENERAL_ACK, NT_DATA_BEGIN, NT_NODE_BEGIN, NT_DC_DATA,
+                           NT_DC_DATA, NT_NODE_DONE, NT_NODE_BEGIN, NT_EXPERIMENT_DONE}));
+    const QByteArray start = bench.payload(NT_DATA_BEGIN);
+    QCOMPARE(start.size(), 8);
+    QCOMPARE(bench.payload(NT_NODE_BEGIN), start + QByteArray(2, '\0'));
+    QCOMPARE(bench.payload(NT_DC_DATA).size(), 44);
+    QCOMPARE(readAt<quint64>(bench.payload(NT_DC_DATA, 1), 24) - readAt<quint64>(start, 0), quint64(2e8));
+    QCOMPARE(bench.payload(NT_NODE_DONE).size(), 12);
+    QCOMPARE(bench.payload(NT_EXPERIMENT_DONE).size(), 9);
+    QCOMPARE(bench.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_COMPLETED));
+}
+
+void TestSimulatedInstrument::refusesNodes_data()
+{
+    QTest::addColumn<int>("announced");
+    QTest::addColumn<QByteArray>("record");
+    QTest::addColumn<int>("code");
+    ExpNode_t unknown = current(1.0f, 1.0f, 1.0f);
+    unknown.type = 22;
+    QTest::newRow("good") << 1 << packed(endNode()) << int(FW_SUCCESS);
+    QTest::newRow("beyond the announced number") << 0 << packed(endNode()) << int(FW_NODE_NOT_APPENDED);
+    QTest::newRow("unannounced") << -1 << packed(endNode()) << int(FW_NODE_NOT_APPENDED);
+    QTest::newRow("type without a meaning") << 1 << packed(unknown) << int(FW_NODE_NOT_APPENDED);
+    QTest::newRow("short record") << 1 << QByteArray(63, '\0') << int(FW_BAD_PARAMETERS);
+}
+
+void TestSimulatedInstrument::refusesNodes()
+{
+    QFETCH(int, announced);
+    QFETCH(QByteArray, record);
+    Bench bench;
+    if (announced >= 0)
+        bench.host->SendCommand(PC_NODE_LIST_BEGIN, 0, packed(quint16(announced)));
+    bench.host->SendCommand(PC_NODE_APPEND, 0, record);
+    QVERIFY(bench.await(NT_NODE_APPENDED));
+    QTEST(int(bench.payload(NT_NODE_APPENDED).at(0)), "code");
+}
+
+void TestSimulatedInstrument::refusesWhatTheStateForbids()
+{
+    Bench bench({}, 1, 1.0);
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_START), int(FW_NO_EXPERIMENT));
+    for (const PCcommand_t command : {PC_EXPERIMENT_STOP, PC_EXPERIMENT_PAUSE, PC_EXPERIMENT_RESUME, PC_SKIP_STEP,
+                                      PC_MANUAL_OCP, PC_MANUAL_GALVANO_SETPOINT})
+        QCOMPARE(bench.acknowledged(command), int(FW_BAD_CHANNEL_STATE));
+    bench.host->SendCommand(PC_NODE_LIST_BEGIN, 0, packed(quint16(2)));
+    bench.host->SendCommand(PC_NODE_APPEND, 0, packed(endNode()));
+    bench.host->SendCommand(PC_NODE_LIST_END);
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_START), int(FW_NO_EXPERIMENT)); // one node is missing
+    bench.upload({current(1e-3f, 1000.0f, 1.0f), endNode()});
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_START), int(FW_SUCCESS));
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_START), int(FW_CHANNEL_NOT_IDLE));
+    QCOMPARE(bench.acknowledged(PC_DEFAULT_SAMPLING), int(FW_CHANNEL_NOT_IDLE));
+    QCOMPARE(bench.acknowledged(PC_MANUAL_START), int(FW_MANUAL_START_FAILED));
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_RESUME), int(FW_BAD_CHANNEL_STATE));
+    QCOMPARE(bench.acknowledged(PC_FF_IMPEDANCE, QByteArray(4, '\0')), int(FW_NOT_SUPPORTED));
+    bench.host->SendCommand(PC_NODE_APPEND, 0, packed(endNode()));
+    QVERIFY(bench.await(NT_NODE_APPENDED, 4));
+    QCOMPARE(bench.payload(NT_NODE_APPENDED, 3).at(0), char(FW_CHANNEL_NOT_IDLE));
+}
+
+void TestSimulatedInstrument::pausesAndResumes()
+{
+    Bench bench({}, 1, 100.0);
+    bench.upload({current(1e-3f, 60.0f, 1.0f), endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_DC_DATA, 3));
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_PAUSE), int(FW_SUCCESS));
+    QVERIFY(bench.await(NT_EXPERIMENT_PAUSED));
+    const int sent = bench.count(NT_DC_DATA);
+    QCOMPARE(bench.acknowledged(PC_SKIP_STEP), int(FW_BAD_CHANNEL_STATE));
+    QTest::qWait(50); // five seconds of the instrument's time
+    QCOMPARE(bench.count(NT_DC_DATA), sent);
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_RESUME), int(FW_SUCCESS));
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.count(NT_EXPERIMENT_RESUMED), 1);
+    QCOMPARE(bench.count(NT_DC_DATA), 60);
+}
+
+void TestSimulatedInstrument::stopsOnRequest()
+{
+    Bench bench({}, 1, 100.0);
+    bench.upload({current(1e-3f, 6000.0f, 1.0f), endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_DC_DATA, 3));
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_STOP), int(FW_SUCCESS));
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_BY_USER));
+    QCOMPARE(bench.packets.at(bench.packets.size() - 2).type, NT_NODE_DONE);
+}
+
+void TestSimulatedInstrument::runsChannelsAgainstEachOtherInTime()
+{
+    Bench bench({}, 2, 100.0);
+    for (const quint8 channel : {quint8(0), quint8(1)})
+        bench.upload({current(1e-3f, 20.0f, 1.0f), endNode()}, channel);
+    bench.host->SendCommand(PC_EXPERIMENT_START, 255);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE, 2));
+    quint64 latest = 0;
+    for (const Packet &packet : bench.packets) {
+        if (packet.type != NT_DC_DATA)
+            continue;
+        const quint64 tick = readAt<quint64>(packet.payload, 24);
+        QVERIFY(tick >= latest);
+        latest = tick;
+    }
+    QCOMPARE(bench.count(NT_DC_DATA), 40);
+}
+
+void TestSimulatedInstrument::samplesIdly()
+{
+    Bench bench({}, 1, 200.0);
+    QCOMPARE(bench.acknowledged(PC_DEFAULT_SAMPLING), int(FW_SUCCESS));
+    QVERIFY(bench.await(NT_DC_DATA, 3));
+    QCOMPARE(bench.count(NT_DATA_BEGIN), 0);
+    bench.host->SendCommand(PC_READ_HARDWARE_VERSION); // a new connection
+    QVERIFY(bench.await(NT_HARDWARE_VERSION));
+    const int sent = bench.count(NT_DC_DATA);
+    QTest::qWait(50);
+    QCOMPARE(bench.count(NT_DC_DATA), sent);
+}
+
+void TestSimulatedInstrument::obeysByHand()
+{
+    Bench bench({}, 1, 200.0);
+    QCOMPARE(bench.acknowledged(PC_MANUAL_START), int(FW_SUCCESS));
+    QVERIFY(bench.await(NT_DATA_BEGIN));
+    QCOMPARE(bench.acknowledged(PC_MANUAL_SAMPLING_PARAMS, packed(0.5f)), int(FW_SUCCESS));
+    QCOMPARE(bench.acknowledged(PC_MANUAL_GALVANO_SETPOINT, packed(1e-3f)), int(FW_SUCCESS));
+    QVERIFY(bench.await(NT_DC_DATA, bench.count(NT_DC_DATA) + 3));
+    const QByteArray earlier = bench.payload(NT_DC_DATA, bench.count(NT_DC_DATA) - 2);
+    const QByteArray later = bench.payload(NT_DC_DATA, bench.count(NT_DC_DATA) - 1);
+    QCOMPARE(readAt<quint64>(later, 24) - readAt<quint64>(earlier, 24), quint64(5e7));
+    QVERIFY(std::abs(readAt<double>(later, 16) - readAt<double>(earlier, 16) - 0.5e-3) < 1e-9);
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_STOP), int(FW_SUCCESS));
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_BY_USER));
+}
+
+void TestSimulatedInstrument::judgesManualSettings()
+{
+    Bench bench({}, 1, 1.0);
+    QCOMPARE(bench.acknowledged(PC_MANUAL_START), int(FW_SUCCESS));
+    const auto code = [&bench](PCcommand_t command, const QByteArray &data) {
+        return bench.acknowledged(command, data);
+    };
+    QCOMPARE(code(PC_CURRENT_RANGE, packed(quint8(9))), int(FW_SUCCESS));
+    QCOMPARE(code(PC_CURRENT_RANGE, packed(quint8(10))), int(FW_SUCCESS));
+    QCOMPARE(code(PC_CURRENT_RANGE, packed(quint8(11))), int(FW_BAD_CURRENT_RANGE));
+    QCOMPARE(code(PC_VOLTAGE_RANGE, packed(quint8(5))), int(FW_SUCCESS));
+    QCOMPARE(code(PC_VOLTAGE_RANGE, packed(quint8(4))), int(FW_BAD_VOLTAGE_RANGE));
+    QCOMPARE(code(PC_COMP_RANGE, packed(quint8(11), quint8(0))), int(FW_BAD_BANDWIDTH_INDEX));
+    QCOMPARE(code(PC_COMP_RANGE, packed(quint8(0), quint8(11))), int(FW_BAD_STABILITY_INDEX));
+    QCOMPARE(code(PC_IR_COMP, packed(-1.0f, 0.5f)), int(FW_BAD_PARAMETERS));
+    QCOMPARE(code(PC_MANUAL_POTENTIO_SETPOINT, packed(11.0f)), int(FW_BAD_PARAMETERS));
+    QCOMPARE(code(PC_MANUAL_SAMPLING_PARAMS, packed(0.0f)), int(FW_BAD_PARAMETERS));
+    QCOMPARE(code(PC_MANUAL_GALVANO_RAW, packed(qint32(100), quint8(10))), int(FW_BAD_CURRENT_RANGE));
+    QCOMPARE(code(PC_MANUAL_POTENTIO_RAW, packed(qint32(100), quint8(0))), int(FW_SUCCESS));
+    QCOMPARE(code(PC_CHANNEL_LIMITS, QByteArray(16, '\0')), int(FW_BAD_PARAMETERS));
+}
+
+void TestSimulatedInstrument::endsAnExperimentWithoutAThermocouple()
+{
+    Bench bench;
+    constexpr float none = std::numeric_limits<float>::infinity();
+    QCOMPARE(bench.acknowledged(PC_CHANNEL_LIMITS, packed(-none, none, -none, none, 40.0f)), int(FW_SUCCESS));
+    bench.upload({current(1e-3f, 2.0f, 0.1f), endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_NO_TEMPERATURE));
+    QCOMPARE(bench.count(NT_DC_DATA), 1);
+}
+
+void TestSimulatedInstrument::keepsALimitOfTheTemperature()
+{
+    Bench bench({}, 1, 0.0, HardwareModel_t::Heron_2_4);
+    constexpr float none = std::numeric_limits<float>::infinity();
+    bench.upload({current(1e-3f, 2.0f, 1.0f), endNode()});
+    QCOMPARE(bench.acknowledged(PC_CHANNEL_LIMITS, packed(-none, none, -none, none, 25.5f)), int(FW_SUCCESS));
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_COMPLETED));
+    QCOMPARE(bench.acknowledged(PC_CHANNEL_LIMITS, packed(-none, none, -none, none, -20.0f)), int(FW_SUCCESS));
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE, 2));
+    QCOMPARE(bench.payload(NT_EXPERIMENT_DONE, 1).at(8), char(STOP_TEMPERATURE_MAX));
+}
+
+void TestSimulatedInstrument::widensAFixedRange()
+{
+    Bench bench;
+    ExpNode_t node = current(5e-3f, 2.0f, 1.0f);
+    Vek_Node_SetCurrentRange(node, currentRange_t(4)); // 0.1 mA
+    bench.upload({node, endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.count(NT_CURRENT_RANGE_UP), 1);
+    QCOMPARE(bench.payload(NT_CURRENT_RANGE_UP).at(0), char(2)); // 10 mA
+    QCOMPARE(readAt<quint8>(bench.payload(NT_DC_DATA), 40), quint8(2));
+}
+
+void TestSimulatedInstrument::namesTheChannelsOfTheSdCard()
+{
+    SdCard card(3);
+    card.setStream(0, QByteArray(5000, 'a'));
+    card.setStream(2, QByteArray(100, 'c'));
+    QList<int> headers;
+    for (int i = 0; i < 3; ++i)
+        headers += card.nextHeader().channel;
+    QCOMPARE(headers, (QList<int>{0, 1, 2}));
+    const SdCard::Packet first = card.nextData();
+    const SdCard::Packet second = card.nextData();
+    const SdCard::Packet third = card.nextData();
+    QCOMPARE((QList<int>{first.channel, second.channel, third.channel}), (QList<int>{0, 2, 0}));
+    QCOMPARE(first.bytes.size() + third.bytes.size(), 5000);
+    QCOMPARE(second.bytes, QByteArray(100, 'c'));
+    QCOMPARE(readAt<qint32>(card.nextHeader().bytes, 4), 5000);
+}
+
+void TestSimulatedInstrument::runsAtItsSpeed()
+{
+    Bench bench({}, 1, 20.0);
+    bench.upload({current(1e-3f, 10.0f, 1.0f), endNode()});
+    QElapsedTimer timer;
+    timer.start();
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QVERIFY(timer.elapsed() >= 490);
+}
+
+/// Nothing is dropped, and the queue stays bounded, while nobody reads.
+void TestSimulatedInstrument::waitsForASlowReader()
+{
+    Bench bench;
+    bench.upload({current(1e-3f, 200.0f, 0.01f), endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_DATA_BEGIN));
+    QTest::qSleep(100);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE, 1, 30000));
+    QCOMPARE(bench.count(NT_DC_DATA), 20000);
+    quint64 before = readAt<quint64>(bench.payload(NT_DATA_BEGIN), 0);
+    for (const Packet &packet : bench.packets) {
+        if (packet.type != NT_DC_DATA)
+            continue;
+        QVERIFY(readAt<quint64>(packet.payload, 24) - before < quint64(1.5e6));
+        before = readAt<quint64>(packet.payload, 24);
+    }
+}
+
+void TestSimulatedInstrument::faultsOfAnswers_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<int>("command");
+    QTest::addColumn<int>("reply");
+    QTest::addColumn<int>("size"); // of the reply; -1: none comes
+    QTest::newRow("silence") << "silence" << int(PC_PING) << int(NT_PING_REPLY) << -1;
+    QTest::newRow("echo") << "echo" << int(PC_ECHO_TEST) << int(NT_ECHO) << 0;
+    QTest::newRow("no ping") << "no-reply:ping" << int(PC_PING) << int(NT_PING_REPLY) << -1;
+    QTest::newRow("no checksum") << "no-reply:checksum" << int(PC_READ_FIRMWARE_CHECKSUM) << int(NT_FIRMWARE_CHECKSUM)
+                                 << -1;
+    QTest::newRow("no calibration") << "no-calibration:0" << int(PC_READ_FLASH_CAL) << int(NT_RAW_CAL_DATA) << -1;
+    QTest::newRow("calibration of another channel missing")
+        << "no-calibration:1" << int(PC_READ_FLASH_CAL) << int(NT_RAW_CAL_DATA) << 376;
+    QTest::newRow("short") << "short-reply:hardware" << int(PC_READ_HARDWARE_VERSION) << int(NT_HARDWARE_VERSION)
+                           << 255;
+    QTest::newRow("late") << "late:150" << int(PC_READ_CHANNEL_COUNT) << int(NT_CHANNEL_COUNT) << 1;
+}
+
+void TestSimulatedInstrument::faultsOfAnswers()
+{
+    QFETCH(QString, fault);
+    QFETCH(int, command);
+    QFETCH(int, reply);
+    QFETCH(int, size);
+    Bench bench({fault});
+    QElapsedTimer timer;
+    timer.start();
+    bench.host->SendCommand(PCcommand_t(command));
+    QCOMPARE(bench.await(Notifications_t(reply), 1, size < 0 ? 100 : 5000), size >= 0);
+    if (size >= 0)
+        QCOMPARE(bench.payload(Notifications_t(reply)).size(), size);
+    if (fault.startsWith(QLatin1String("late")))
+        QVERIFY(timer.elapsed() >= 150);
+}
+
+void TestSimulatedInstrument::losesAcknowledgements()
+{
+    Bench bench({QStringLiteral("lost-acks:2")});
+    bench.host->SendCommand(PC_NODE_LIST_BEGIN, 0, packed(quint16(4)));
+    for (int i = 0; i < 4; ++i)
+        bench.host->SendCommand(PC_NODE_APPEND, 0, packed(endNode()));
+    bench.host->SendCommand(PC_PING);
+    QVERIFY(bench.await(NT_PING_REPLY));
+    QCOMPARE(bench.count(NT_NODE_APPENDED), 2);
+}
+
+void TestSimulatedInstrument::framesSurviveGarbageAndSplitting_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::newRow("garbage") << "garbage:3";
+    QTest::newRow("split") << "split:17";
+}
+
+void TestSimulatedInstrument::framesSurviveGarbageAndSplitting()
+{
+    QFETCH(QString, fault);
+    Bench bench({fault});
+    bench.upload({current(1e-3f, 5.0f, 0.1f), endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.count(NT_DC_DATA), 50);
+}
+
+void TestSimulatedInstrument::raisesAlarms()
+{
+    Bench bench({QStringLiteral("stop:9@3"), QStringLiteral("alarm:oscillation@1.5"), QStringLiteral("alarm:text")});
+    bench.upload({current(1e-3f, 50.0f, 1.0f), endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.types().mid(5), (QVector<int>{NT_ERROR_TEXT, NT_DC_DATA, NT_OSCILLATION, NT_DC_DATA, NT_DC_DATA,
+                                                 NT_NODE_DONE, NT_EXPERIMENT_DONE}));
+    QCOMPARE(bench.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_OVERHEATED));
+}
+
+void TestSimulatedInstrument::pullsTheCable()
+{
+    Bench bench({QStringLiteral("disconnect:5records")});
+    bench.upload({current(1e-3f, 1000.0f, 1.0f), endNode()});
+    QSignalSpy unplugged(bench.instrument.get(), &SimulatedInstrument::unplugged);
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QTRY_COMPARE(bench.losses, 1);
+    QCOMPARE(unplugged.size(), 1);
+}
+
+void TestSimulatedInstrument::givesTheSameBytesForTheSameSeed()
+{
+    QVector<QVector<QByteArray>> runs;
+    for (int i = 0; i < 2; ++i) {
+        Bench bench;
+        bench.upload({current(1e-3f, 20.0f, 0.1f), endNode()});
+        bench.host->SendCommand(PC_EXPERIMENT_START);
+        QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+        QVector<QByteArray> payloads;
+        for (const Packet &packet : bench.packets)
+            payloads += packet.payload;
+        runs += payloads;
+    }
+    QCOMPARE(runs.first(), runs.last());
+}
+
+NIMBRELLE_TEST_MAIN(TestSimulatedInstrument)
+#include "TestSimulatedInstrument.moc"
