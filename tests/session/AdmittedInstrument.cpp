@@ -45,8 +45,4 @@ void AdmittedInstrument::answerStartUp()
     reply(PC_READ_DEVICE_STATUS, NT_DEVICE_STATUS, QByteArray(2, '\0'));
     reply(PC_CHANNEL_LIMITS, NT_GENERAL_ACK, QByteArray(1, char(PC_CHANNEL_LIMITS)) + '\0');
     reply(PC_READ_GROUND_FLOAT, NT_GROUND_FLOAT, QByteArray(1, '\1'));
-    on(PC_SD_CAL_HEADER_READ, [this](const Command &) {
-        for (quint8 channel = 0; channel < 16; ++channel) // the request names no channel
-            send(NT_SD_CAL_HEADER, channel, QByteArray(256, '\0'));
-    });
 }

@@ -6,7 +6,8 @@
 /**
  * A fake that a host admits and starts up: it answers every question of the handshake as the right instrument would.
  *
- * Its calibration records are empty but for their tags. Spoil single answers with on() and reply().
+ * Its calibration records are empty but for their tags, and of an SD card it knows nothing: a start-up that wants to read
+ * one waits in vain. Spoil single answers with on() and reply().
  */
 class AdmittedInstrument : public FakeInstrument
 {
