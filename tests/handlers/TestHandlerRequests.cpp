@@ -33,7 +33,6 @@ std::shared_ptr<ListExperiment> complaining()
 } // namespace
 
 Q_DECLARE_METATYPE(Request)
-Q_DECLARE_METATYPE(PCcommand_t)
 Q_DECLARE_METATYPE(Codes)
 
 class TestHandlerRequests : public QObject
