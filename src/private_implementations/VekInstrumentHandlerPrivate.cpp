@@ -100,7 +100,9 @@ VekErrorCode VekInstrumentHandlerPrivate::uploadExperimentToChannel(unsigned cha
     const ErrorStringList complaints = experiment->validateInput(_info.hardware);
     if (const VekErrorCode refusal = invalidUnlessEmpty(complaints.getErrorListSingleString(model()->getVanityName())))
         return refusal;
-    const NodeList nodes = experiment->GetNodesData(calibrationOf(channel), _info.hardware);
+    const NodeList nodes = askCalibration(channel, [&](const CalibrationData &calibration) {
+        return experiment->GetNodesData(calibration, _info.hardware);
+    });
     if (nodes.isEmpty())
         return VekErrorCode::ExperimentIsEmpty;
     if (!_op->uploadExperimentToInstrument(channel, nodes.getHWNodeList(), modelNumber()))
@@ -239,10 +241,14 @@ VekErrorCode VekInstrumentHandlerPrivate::setManualModeCurrentRange(unsigned cha
 {
     if (const VekErrorCode refusal = checkManual(channel))
         return refusal;
-    const auto rangeByte = static_cast<quint8>(range); // deliberate: cut before it is checked
-    if (rangeByte > automaticCurrentRange)
+    return sendCurrentRange(channel, static_cast<quint8>(range)); // deliberate: cut before it is checked
+}
+
+VekErrorCode VekInstrumentHandlerPrivate::sendCurrentRange(unsigned char channel, quint8 range)
+{
+    if (range > automaticCurrentRange)
         return VekErrorCode::InvalidParameters;
-    return successIf(_op->setCurrentRangingMode(channel, currentRange_t(rangeByte)), VekErrorCode::CommandNotSent);
+    return successIf(_op->setCurrentRangingMode(channel, currentRange_t(range)), VekErrorCode::CommandNotSent);
 }
 
 VekErrorCode VekInstrumentHandlerPrivate::setManualModeVoltageRange(unsigned char channel, int range)
@@ -267,14 +273,18 @@ bool VekInstrumentHandlerPrivate::isValidVoltageRangeIndex(unsigned char channel
 VekInstrumentHandlerPrivate::RangeList
 VekInstrumentHandlerPrivate::getManualModeVoltageRangeList(unsigned char channel) const
 {
-    return isValidChannel(channel) ? calibrationOf(channel).getVoltageMinMaxList() : RangeList();
+    if (!isValidChannel(channel))
+        return {};
+    return askCalibration(channel,
+                          [](const CalibrationData &calibration) { return calibration.getVoltageMinMaxList(); });
 }
 
 VekInstrumentHandlerPrivate::RangeList VekInstrumentHandlerPrivate::getFullCurrentRangeList(unsigned char channel)
 {
     if (!isValidChannel(channel))
         return {};
-    RangeList ranges = calibrationOf(channel).getCurrentMinMaxList();
+    RangeList ranges =
+        askCalibration(channel, [](const CalibrationData &calibration) { return calibration.getCurrentMinMaxList(); });
     for (auto &[lowest, highest] : ranges) {
         lowest = std::max(lowest, model()->getIMin());
         highest = std::min(highest, model()->getIMax());
@@ -399,7 +409,9 @@ VekErrorCode VekInstrumentHandlerPrivate::resetChannelLimits(unsigned char chann
 bool VekInstrumentHandlerPrivate::sendLimits(unsigned char channel)
 {
     const ChannelLimit limits = channelAt(channel)->getLimits();
-    const double temperatureRatio = calibrationOf(channel).getTemperatureToRatio(float(limits.temperatureMax));
+    const double temperatureRatio = askCalibration(channel, [&limits](const CalibrationData &calibration) {
+        return calibration.getTemperatureToRatio(float(limits.temperatureMax));
+    });
     return _op->setChannelLimits(channel, limits.iMin, limits.iMax, limits.vMin, limits.vMax, temperatureRatio);
 }
 
@@ -545,12 +557,12 @@ ChannelHandler *VekInstrumentHandlerPrivate::channelAt(unsigned char channel) co
 const CalibrationData &VekInstrumentHandlerPrivate::calibrationOf(unsigned char channel) const
 {
     static const CalibrationData none;
-    return channel < _info.calibration.size() ? _info.calibration.at(channel) : none;
+    return hasCalibration(channel) ? _info.calibration.at(channel) : none;
 }
 
-CalibrationData *VekInstrumentHandlerPrivate::calibrationAt(unsigned char channel)
+bool VekInstrumentHandlerPrivate::hasCalibration(unsigned char channel) const
 {
-    return channel < _info.calibration.size() ? &_info.calibration[channel] : nullptr;
+    return channel < _info.calibration.size();
 }
 
 std::shared_ptr<const HardwareModel> VekInstrumentHandlerPrivate::model() const
@@ -584,4 +596,6 @@ VekErrorCode VekInstrumentHandlerPrivate::checkManual(unsigned char channel) con
     return successIf(isManualExperimentRun(channel), VekErrorCode::ManualExperimentNotRunning);
 }
 
-void VekInstrumentHandlerPrivate::loadCalibrationTables(unsigned char) {}
+void VekInstrumentHandlerPrivate::loadCalibrationTables(unsigned char)
+{
+}

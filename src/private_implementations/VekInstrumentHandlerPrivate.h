@@ -13,6 +13,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QReadWriteLock>
 
 #include <memory>
 #include <unordered_map>
@@ -201,9 +202,24 @@ protected:
     void shutDown();
 
     ChannelHandler *channelAt(unsigned char channel) const; ///< null for an invalid channel
-    /// Calibration of a channel; one that converts nothing where there is none.
+    bool hasCalibration(unsigned char channel) const;
+    /// Calibration of a channel, one that converts nothing where there is none. On the handler's thread only.
     const CalibrationData &calibrationOf(unsigned char channel) const;
-    CalibrationData *calibrationAt(unsigned char channel); ///< null where there is none
+    /// Asks the calibration of a channel something on any thread.
+    template <typename Question>
+    auto askCalibration(unsigned char channel, Question question) const
+    {
+        const QReadLocker locker(&_calibrationLock);
+        return question(calibrationOf(channel));
+    }
+    /// Changes the calibration of a channel that has one. On the handler's thread only.
+    template <typename Change>
+    void changeCalibration(unsigned char channel, Change change)
+    {
+        const QWriteLocker locker(&_calibrationLock);
+        if (hasCalibration(channel))
+            change(_info.calibration[channel]);
+    }
     HardwareModel_t modelNumber() const { return _info.hardware.hwModel; }
     InstrumentLine line() const { return instrumentLineOf(modelNumber()); }
     std::shared_ptr<const HardwareModel> model() const;
@@ -216,6 +232,8 @@ protected:
 
     /// Sends all limits of a channel. @return whether the instrument answered
     bool sendLimits(unsigned char channel);
+    /// Sends a current range; InvalidParameters above 10.
+    VekErrorCode sendCurrentRange(unsigned char channel, quint8 range);
     /// Loads the tables of earlier SD card transfers from the disk.
     void loadCalibrationTables(unsigned char channel);
 
@@ -247,4 +265,7 @@ private:
                           VekErrorCode::ErrorCode failure);
 
     std::shared_ptr<HandlerLink> _link;
+    // Guards the calibration. The handler's thread alone changes it, hence reads without the lock: a tare may arrive
+    // while a client asks for ranges.
+    mutable QReadWriteLock _calibrationLock;
 };

@@ -273,7 +273,9 @@ void VekInstrumentHandlerPrivate::onCalibrationHeaderReceived(unsigned char chan
     handler->setSDCardStatus(ChannelHandler::SD_IDLE);
 }
 
-void VekInstrumentHandlerPrivate::onCalibrationDataReceived(unsigned char, const QByteArray &) {}
+void VekInstrumentHandlerPrivate::onCalibrationDataReceived(unsigned char, const QByteArray &)
+{
+}
 
 // Acknowledgements
 

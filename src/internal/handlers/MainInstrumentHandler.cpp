@@ -166,10 +166,7 @@ void MainInstrumentHandler::onExperimentDCDataReceived(unsigned char channel, co
         return;
     const ProcessedDCData point = calibrationOf(channel).ProcessDCDataPoint(ExperimentalDcData::fromPayload(payload));
     handler->capacity.onDcDataReceived(point.charge); // before any filter: charge counts when samples are dropped
-    VekDCData data = DcOutputData(point);
-    const CumulativeCapacityTracker::Snapshot charge = handler->capacity.getSnapshot_C();
-    data.cumulativeChargeAbs = charge.experimentAbs;
-    data.cumulativeChargeNet = charge.experimentNet;
+    const VekDCData data = withCharge(DcOutputData(point), handler->capacity);
     if (hasExperimentData(*handler))
         reportExperimentData(channel, data);
     else

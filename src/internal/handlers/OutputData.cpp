@@ -1,5 +1,7 @@
 #include "handlers/OutputData.h"
 
+#include "handlers/CumulativeCapacityTracker.h"
+
 VekDCData DcOutputData(const ProcessedDCData &point)
 {
     VekDCData data;
@@ -8,6 +10,14 @@ VekDCData DcOutputData(const ProcessedDCData &point)
     data.counterElectrodeVoltage = point.counterElectrodeVoltage;
     data.current = point.current;
     data.temperature = point.temperature;
+    return data;
+}
+
+VekDCData withCharge(VekDCData data, const CumulativeCapacityTracker &capacity)
+{
+    const CumulativeCapacityTracker::Snapshot charge = capacity.getSnapshot_C();
+    data.cumulativeChargeAbs = charge.experimentAbs;
+    data.cumulativeChargeNet = charge.experimentNet;
     return data;
 }
 

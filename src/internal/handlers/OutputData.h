@@ -5,8 +5,13 @@
 #include "calibration/DataRecords.h"
 #include "nimbrellelibrary/ComplexDataPoint.h"
 
+class CumulativeCapacityTracker;
+
 /// A sample as clients see it, on the instrument's clock and without charge.
 VekDCData DcOutputData(const ProcessedDCData &point);
+
+/// The same sample with the charge of its experiment.
+VekDCData withCharge(VekDCData data, const CumulativeCapacityTracker &capacity);
 
 /// An impedance point as clients see it, on the instrument's clock.
 VekACData AcOutputData(const ComplexDataPoint_t &point);
