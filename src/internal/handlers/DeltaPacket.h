@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QByteArray>
+
+/**
+ * Unpacks one AC packet of a battery cycler: eight pairs of signed 32-bit words, current before voltage.
+ *
+ * The first pair travels as it is, each later one as the difference from the pair before. The length of the packet tells
+ * how many bytes a difference takes: 50 bytes three, 36 two, 22 one, any other four. A packet that is too short is
+ * filled up with zeros; sums wrap.
+ *
+ * @return the pairs as 64 bytes, little-endian
+ */
+QByteArray unpackDeltaEncodedCompression(const QByteArray &packet);

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "private_implementations/VekInstrumentHandlerPrivate.h"
+
+/**
+ * The handler of the battery cyclers. Their channels sit two to a board and can be joined: in parallel, or as a bipolar
+ * pair of an even channel and the odd one above it, in series. A group runs one experiment, which is uploaded to and
+ * started on one of its channels, the master of that run.
+ *
+ * @thread As its base. Groups change on the client's thread, and only while none of their channels is busy.
+ */
+class GaleInstrumentHandler : public VekInstrumentHandlerPrivate
+{
+    Q_OBJECT
+
+public:
+    explicit GaleInstrumentHandler(const InstrumentInfo &info);
+    ~GaleInstrumentHandler() override;
+
+    static constexpr int getNumberofChannelperBoard() { return 2; }
+
+    VekErrorCode uploadExperimentToChannel(unsigned char channel,
+                                           std::shared_ptr<AbstractExperiment> experiment) override;
+    /// @return of a group whose start could not be sent: Unknown, and its channels stay marked as running
+    VekErrorCode startUploadedExperiment(unsigned char channel) override;
+    void softReset() override;
+    /// @return the lowest channel of the new group, or -1; earlier groups of the channels may be gone even then
+    int setLinkedChannels(std::vector<unsigned char> channels, bool bipolar) override;
+    bool hasBipolarMode(unsigned char channel) override;
+    VekErrorCode setFanSpeedVariable(bool variable) override;
+    VekErrorCode setManualModeConstantVoltage(unsigned char channel, double volts) override;
+    VekErrorCode setManualModeConstantVoltage(unsigned char channel, double volts, int currentRange) override;
+    VekErrorCode setManualModeConstantCurrent(unsigned char channel, double amperes) override;
+    /// @param index into the list that getDCCurrentRangeList() last returned; 10: automatic
+    VekErrorCode setManualModeCurrentRange(unsigned char channel, int index) override;
+    /// The ranges that lie within the limits of the channel's board, clipped to them.
+    RangeList getDCCurrentRangeList(unsigned char channel) override;
+    VekErrorCode setLoadImpedance(unsigned char channel, const float &ohms) override;
+    bool isValidVoltageRangeIndex(unsigned char channel, int range) override;
+
+    /// Dissolves the whole group of a channel; the group's list takes in the channel that is to lead the next one.
+    void clearLinkedChannels(unsigned char channel, unsigned char newPrimary);
+
+public Q_SLOTS:
+    void sendInitialDefaults() override;
+    void onExperimentCompleted(unsigned char channel, const QByteArray &payload) override;
+    void onExperimentDataBeginning(unsigned char channel, const QByteArray &payload) override;
+    void onExperimentNodeBeginning(unsigned char channel, const QByteArray &payload) override;
+    void onExperimentNodeCompleted(unsigned char channel, const QByteArray &payload) override;
+    void onExperimentDCDataReceived(unsigned char channel, const QByteArray &payload) override;
+    void onExperimentACDataReceived(unsigned char channel, const QByteArray &payload) override;
+    /// On this line the notification opens an AC batch.
+    void onACDataInvalidated(unsigned char channel, const QByteArray &payload) override;
+    void TareCurrentReceived(unsigned char channel, const QByteArray &payload) override;
+    void TareVoltageReceived(unsigned char channel, const QByteArray &payload) override;
+    void onConfigReceived(unsigned char channel, const QByteArray &payload) override;
+
+private:
+    using Group = std::vector<ChannelHandler *>;
+
+    /// The channels of a channel's group, or the channel alone.
+    Group groupOf(ChannelHandler &channel) const;
+    bool areAllFree(const std::vector<unsigned char> &channels) const;
+    bool fitTogether(const std::vector<unsigned char> &channels) const;
+    VekErrorCode startGroup(unsigned char channel);
+
+    void joinGroupSample(ChannelHandler &channel, const ProcessedDCData &point);
+    void postProcessDataAndEmit(unsigned char channel, const ProcessedDCData &point);
+    static qint64 packetsAwaitedBy(const Group &group);
+    std::vector<ComplexDataPoint_t> analyseBatch(const ChannelHandler &channel, const Group &group) const;
+
+    std::vector<unsigned char> _manualRangeIndices; // current range behind each entry of the list last returned
+};
