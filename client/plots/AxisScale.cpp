@@ -12,6 +12,8 @@ struct Row {
     const char *symbol;
 };
 
+constexpr double almost = 1.001; ///< 0.9999 V is drawn in volts
+
 constexpr Row prefixRows[] = {
     {1e9, 1e9, "G"},   {1e6, 1e6, "M"},   {1e3, 1e3, "k"},   {1.0, 1.0, ""},
     {1e-3, 1e-3, "m"}, {1e-6, 1e-6, "µ"}, {1e-9, 1e-9, "n"}, {0.0, 1e-12, "p"},
@@ -28,7 +30,7 @@ template <std::size_t count>
 const Row &choose(const Row (&rows)[count], double largest)
 {
     for (const Row &row : rows) {
-        if (std::abs(largest) >= row.from)
+        if (std::abs(largest) * almost >= row.from)
             return row;
     }
     return rows[count - 1];

@@ -14,6 +14,7 @@ namespace client {
 namespace {
 
 constexpr int margin = 12;
+constexpr int panelGap = 10;
 constexpr int titleHeight = 26;
 constexpr int pixelRatio = 2;
 
@@ -58,7 +59,7 @@ QSize Figure::size() const
 {
     const int count = static_cast<int>(_panels.size());
     const int title = _title.isEmpty() ? 0 : titleHeight;
-    return {_panelSize.width() + 2 * margin, _panelSize.height() * count + 2 * margin + title};
+    return {_panelSize.width() + 2 * margin, _panelSize.height() * count + panelGap * (count - 1) + 2 * margin + title};
 }
 
 /// Gives all vertical axes the width of the widest.
@@ -86,9 +87,10 @@ void Figure::draw(QPainter &painter) const
     }
     QwtPlotRenderer renderer;
     renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground);
+    renderer.setLayoutFlag(QwtPlotRenderer::FrameWithScales);
     for (const auto &panel : _panels) {
         renderer.render(panel.get(), &painter, area);
-        area.translate(0, area.height());
+        area.translate(0, area.height() + panelGap);
     }
 }
 

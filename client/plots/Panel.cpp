@@ -2,17 +2,20 @@
 
 #include "plots/Decimation.h"
 
+#include <qwt_legend.h>
 #include <qwt_plot_curve.h>
 #include <qwt_plot_grid.h>
 #include <qwt_plot_layout.h>
-#include <qwt_plot_legenditem.h>
 #include <qwt_plot_marker.h>
+#include <qwt_plot_zoneitem.h>
+#include <qwt_scale_draw.h>
 #include <qwt_scale_engine.h>
 #include <qwt_symbol.h>
 #include <qwt_text.h>
 
 #include <QFrame>
 
+#include <algorithm>
 #include <cmath>
 
 namespace client {
@@ -21,6 +24,7 @@ namespace {
 
 constexpr int mostPointsOfCurve = 8000;
 constexpr double curveWidth = 1.3;
+constexpr double flatness = 1e-9; ///< relative range below which a curve counts as a constant
 constexpr int symbolSize = 5;
 const QColor gridColour(225, 225, 225);
 const QColor boundaryColour(150, 150, 150);
@@ -29,6 +33,20 @@ QFont fontOf(int points)
 {
     return QFont(QStringLiteral("DejaVu Sans"), points);
 }
+
+/// Writes numbers as print has them: a decimal point in every locale, thousands in one piece.
+class NumberedScale : public QwtScaleDraw
+{
+public:
+    QwtText label(double value) const override { return QString::number(value, 'g', 6); }
+};
+
+class Band : public QwtPlotZoneItem
+{
+public:
+    explicit Band(const QString &name) { setTitle(name); }
+    QwtGraphic legendIcon(int, const QSizeF &size) const override { return defaultIcon(brush(), size); }
+};
 
 QwtText titleText(const QString &title)
 {
@@ -51,10 +69,12 @@ Panel::Panel()
     setAutoReplot(false);
     setCanvasBackground(Qt::white);
     if (auto *frame = qobject_cast<QFrame *>(canvas()))
-        frame->setFrameStyle(QFrame::Box | QFrame::Plain);
+        frame->setFrameStyle(QFrame::NoFrame); // the renderer draws the axes as a frame
     plotLayout()->setAlignCanvasToScales(true);
-    for (const int axis : {QwtPlot::yLeft, QwtPlot::xBottom})
+    for (const int axis : {QwtPlot::yLeft, QwtPlot::xBottom}) {
+        setAxisScaleDraw(axis, new NumberedScale);
         setAxisFont(axis, fontOf(9));
+    }
     auto *grid = new QwtPlotGrid;
     grid->setMajorPen(gridColour, 0.6);
     grid->attach(this);
@@ -96,47 +116,57 @@ void Panel::addCurve(const QString &name, const QVector<QPointF> &points, const 
         curve->setLegendAttribute(QwtPlotCurve::LegendShowSymbol);
         curve->setSymbol(new QwtSymbol(QwtSymbol::Ellipse, colour, Qt::NoPen, QSize(symbolSize, symbolSize)));
     }
+    curve->setItemAttribute(QwtPlotItem::Legend, !name.isEmpty());
     curve->attach(this);
+    growVertically(scaled);
 }
 
-void Panel::markBoundary(double horizontal)
+/// Keeps a twentieth of the range free above and below, so that no curve runs along the frame.
+void Panel::growVertically(const QVector<QPointF> &points)
 {
-    auto *marker = new QwtPlotMarker;
-    marker->setLineStyle(QwtPlotMarker::VLine);
-    marker->setLinePen(boundaryColour, 0.8, Qt::DashLine);
-    marker->setXValue(horizontal / _horizontal.divisor);
-    marker->setItemAttribute(QwtPlotItem::Legend, false);
-    marker->attach(this);
+    for (const QPointF &point : points) {
+        _lowest = std::min(_lowest, point.y());
+        _highest = std::max(_highest, point.y());
+    }
+    if (_lowest > _highest)
+        return;
+    const bool isFlat = _highest - _lowest <= flatness * std::max(std::abs(_lowest), std::abs(_highest));
+    const double margin = isFlat ? std::max(std::abs(_highest), 1.0) / 20.0 : (_highest - _lowest) / 20.0;
+    setAxisScale(QwtPlot::yLeft, _lowest - margin, _highest + margin);
 }
 
-void Panel::labelSpan(double from, double to, const QString &text)
+void Panel::markSpan(double from, double to, const QColor &colour, const QString &name)
 {
-    QwtText label(text);
-    label.setFont(fontOf(8));
-    label.setColor(QColor(90, 90, 90));
-    auto *marker = new QwtPlotMarker;
-    marker->setLabel(label);
-    marker->setLabelAlignment(Qt::AlignHCenter | Qt::AlignBottom);
-    marker->setLineStyle(QwtPlotMarker::NoLine);
-    marker->setXValue((from + to) / 2.0 / _horizontal.divisor);
-    marker->setYValue(axisInterval(QwtPlot::yLeft).maxValue());
-    marker->attach(this);
+    auto *band = new Band(name);
+    band->setOrientation(Qt::Vertical);
+    band->setInterval(from / _horizontal.divisor, to / _horizontal.divisor);
+    band->setBrush(colour);
+    band->setPen(QPen(Qt::NoPen));
+    band->setItemAttribute(QwtPlotItem::Legend, !name.isEmpty());
+    band->attach(this);
+    auto *line = new QwtPlotMarker;
+    line->setLineStyle(QwtPlotMarker::VLine);
+    line->setLinePen(boundaryColour, 0.8, Qt::DashLine);
+    line->setXValue(from / _horizontal.divisor);
+    line->setZ(band->z() + 1); // under the curves
+    line->attach(this);
 }
 
 void Panel::showLegend()
 {
-    auto *legend = new QwtPlotLegendItem;
-    legend->setAlignment(Qt::AlignRight | Qt::AlignBottom);
+    auto *legend = new QwtLegend;
     legend->setFont(fontOf(9));
-    legend->setBackgroundBrush(QColor(255, 255, 255, 220));
-    legend->setBorderPen(QPen(gridColour));
-    legend->setMargin(4);
-    legend->attach(this);
+    insertLegend(legend, QwtPlot::TopLegend);
 }
 
 void Panel::setHorizontalRange(double from, double to)
 {
     setAxisScale(QwtPlot::xBottom, from / _horizontal.divisor, to / _horizontal.divisor);
+}
+
+void Panel::hideHorizontalTitle()
+{
+    setAxisTitle(QwtPlot::xBottom, QString());
 }
 
 } // namespace client

@@ -9,6 +9,8 @@
 
 #include <qwt_plot.h>
 
+#include <limits>
+
 namespace client {
 
 /// The colours of curves, in the order of their use; told apart in print and by colour-blind readers too.
@@ -30,16 +32,20 @@ public:
     void makeLogarithmic(int axis);
     /// Points in base units. Long curves are thinned to what print resolves; points that are no numbers are left out.
     void addCurve(const QString &name, const QVector<QPointF> &points, const QColor &colour, Style style = Style::Line);
-    /// A thin vertical line.
-    void markBoundary(double horizontal);
-    /// A text at the upper edge, centred between two positions.
-    void labelSpan(double from, double to, const QString &text);
-    /// Names the curves inside the coordinate system.
+    /// A light band with a thin line at its beginning; a name goes into the legend.
+    void markSpan(double from, double to, const QColor &colour, const QString &name);
+    /// Names what has a name above the coordinate system.
     void showLegend();
-    /// Ends the axis with the data.
+    /// Fixes the horizontal axis; the vertical one takes the range of its curves and a margin.
     void setHorizontalRange(double from, double to);
+    /// For a panel that shares its horizontal axis with the one below.
+    void hideHorizontalTitle();
 
 private:
+    void growVertically(const QVector<QPointF> &points);
+
+    double _lowest = std::numeric_limits<double>::infinity(); // of all curves, in the units of the axis
+    double _highest = -std::numeric_limits<double>::infinity();
     AxisScale _horizontal;
     AxisScale _vertical;
 };

@@ -4,12 +4,22 @@
 #include "plots/RunData.h"
 #include "plots/Series.h"
 
+#include <QSet>
+
+#include <algorithm>
+
 namespace client {
 
 namespace {
 
-constexpr int mostBoundaries = 60; ///< more would hide the curves
-constexpr int mostLabels = 5;
+constexpr int mostSpans = 60; ///< more bands would hide the curves
+constexpr int mostNamed = 6;  ///< elements that a legend can name
+
+/// Light, so that curves and grid stay readable on it.
+QColor bandColour(int step)
+{
+    return QColor::fromHsv((35 + step * 137) % 360, 22, 252);
+}
 
 /// A stretch of rows that belong to one step of one cycle.
 struct Span {
@@ -33,21 +43,18 @@ std::vector<Span> spansOf(const RunData &run)
     return spans;
 }
 
-void markSpans(Panel &panel, const std::vector<Span> &spans)
+/// Bands of one colour for each step; names only where the panel shows a legend.
+void markSpans(Panel &panel, const std::vector<Span> &spans, const QStringList &elements, bool isNamed)
 {
-    if (spans.size() > mostBoundaries)
+    if (spans.size() > mostSpans)
         return;
-    for (std::size_t index = 1; index < spans.size(); ++index)
-        panel.markBoundary(spans[index].from);
-}
-
-void labelSpans(Panel &panel, const std::vector<Span> &spans, const QStringList &elements)
-{
-    if (spans.size() > mostLabels)
-        return;
-    panel.updateAxes();
-    for (const Span &span : spans)
-        panel.labelSpan(span.from, span.to, elements.value(span.step - 1));
+    QSet<int> named;
+    for (const Span &span : spans) {
+        const bool takesName = isNamed && !named.contains(span.step);
+        named.insert(span.step);
+        const QString name = QStringLiteral("%1 %2").arg(QString::number(span.step), elements.value(span.step - 1));
+        panel.markSpan(span.from, span.to, bandColour(span.step), takesName ? name : QString());
+    }
 }
 
 Panel &addPanel(Figure &figure, const RunData &run, const QString &heading, const QString &quantity,
@@ -58,8 +65,8 @@ Panel &addPanel(Figure &figure, const RunData &run, const QString &heading, cons
     Panel &panel = figure.addPanel();
     panel.setHorizontalScale(timeScale(largestMagnitude(time)));
     panel.setVerticalScale(prefixedScale(quantity, unit, largestMagnitude(values)));
-    panel.addCurve(quantity, pointsOf(time, values), colour);
-    panel.setHorizontalRange(time.front(), time.back());
+    panel.addCurve({}, pointsOf(time, values), colour);
+    panel.setHorizontalRange(std::min(0.0, time.front()), time.back());
     return panel;
 }
 
@@ -74,9 +81,12 @@ bool drawTimePlot(const RunData &run, const QString &path)
     Panel &current = addPanel(figure, run, QStringLiteral("Current / A"), QStringLiteral("Current"),
                               QStringLiteral("A"), curveColour(1));
     const std::vector<Span> spans = spansOf(run);
-    markSpans(voltage, spans);
-    markSpans(current, spans);
-    labelSpans(voltage, spans, run.elements);
+    const bool hasLegend = run.elements.size() <= mostNamed && spans.size() <= mostSpans;
+    markSpans(voltage, spans, run.elements, hasLegend);
+    markSpans(current, spans, run.elements, false);
+    if (hasLegend)
+        voltage.showLegend();
+    voltage.hideHorizontalTitle();
     return figure.save(path);
 }
 

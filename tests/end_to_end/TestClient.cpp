@@ -1,0 +1,379 @@
+#include "support/ClientProcess.h"
+#include "support/SimulatorProcess.h"
+#include "support/TestMain.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <csignal>
+#include <unistd.h>
+
+namespace {
+
+constexpr int NoConnection = 3; // exit codes of the program
+constexpr int Refused = 4;
+constexpr int Interrupted = 130;
+
+using Rows = QVector<QVector<double>>;
+
+enum Column { Time, Voltage, Current, CounterVoltage, Temperature, Charge, NetCharge, Step, Cycle };
+
+/// All complete rows of a CSV file behind its headings.
+Rows rowsOf(const QString &path)
+{
+    Rows rows;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return rows;
+    file.readLine();
+    for (QByteArray line = file.readLine(); line.endsWith('\n'); line = file.readLine()) {
+        QVector<double> row;
+        for (const QByteArray &field : line.trimmed().split(','))
+            row.append(field.toDouble());
+        rows.append(row);
+    }
+    return rows;
+}
+
+QJsonObject summaryOf(const QString &folder)
+{
+    QFile file(folder + "/run.json");
+    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
+}
+
+QString simulated(const char *text)
+{
+    return QStringLiteral("A connection with the device could not be successfully established because ") +
+           QString::fromLatin1(text);
+}
+
+} // namespace
+
+class TestClient : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void showsTheInstrument();
+    void tellsEachRefusalWithCodeAndText_data();
+    void tellsEachRefusalWithCodeAndText();
+    void runsAndRecordsWhatTheCellDoes();
+    void refusesABadFileBeforeThePort();
+    void refusesWhatTheModelCannotDo();
+    void aSafetyLimitEndsTheRun();
+    void anInterruptionStopsTheInstrumentAndKeepsTheData();
+    void aKilledClientLosesNothingOlderThanASecond();
+    void aLostDeviceIsToldOnce();
+    void runsSeveralChannelsAtOnce();
+    void doesNotOverwriteARun();
+    void monitorsAnIdleChannel();
+    void holdsASetPointByHand();
+    void examinesAPort();
+    void answersWrongUsage_data();
+    void answersWrongUsage();
+
+private:
+    QString writeExperiment(const QByteArray &elements);
+    QString freshFolder() { return _home.filePath(QString("run-%1").arg(++_count)); }
+
+    QTemporaryDir _home;
+    int _count = 0;
+};
+
+QString TestClient::writeExperiment(const QByteArray &elements)
+{
+    const QString path = _home.filePath(QString("experiment-%1.json").arg(++_count));
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write("{\"schemaVersion\": 1, \"name\": \"Test\", \"elements\": [\n" + elements + "\n]}\n");
+    return path;
+}
+
+void TestClient::showsTheInstrument()
+{
+    SimulatorProcess simulator({"--model", "Ibis_2_4", "--channels", "3", "--name", "Ibis-0007"});
+    ClientProcess client({"info", simulator.portName(), "--json"});
+    QCOMPARE(client.finish(), 0);
+    const QJsonObject info = QJsonDocument::fromJson(client.output()).object();
+    QCOMPARE(info["name"].toString(), QStringLiteral("Ibis-0007"));
+    QCOMPARE(info["model"].toString(), QStringLiteral("Ibis"));
+    QCOMPARE(info["modelNumber"].toInt(), 32);
+    QCOMPARE(info["channels"].toInt(), 3);
+    QCOMPARE(info["port"].toString(), simulator.portName());
+    QVERIFY(!info["firmwareVersion"].toString().isEmpty());
+}
+
+void TestClient::tellsEachRefusalWithCodeAndText_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<QString>("refusal");
+
+    const QString silent = QStringLiteral("code 1: The Nimbrelle is not connecting to the selected USB port, and the "
+                                          "initialization ping has failed.");
+    const auto notReceived = [](const char *what) {
+        return QStringLiteral("code 1: ") + simulated(what) +
+               QStringLiteral(" was not received. Please try to reconnect after restarting the device.");
+    };
+    QTest::newRow("silent port") << "silence" << silent;
+    QTest::newRow("echoing port") << "echo"
+                                  << "code 255: Unknown error occurred";
+    QTest::newRow("no ping") << "no-reply:ping" << silent;
+    QTest::newRow("no hardware record") << "no-reply:hardware" << notReceived("hardware version");
+    QTest::newRow("unknown model")
+        << "unknown-model"
+        << "code 1: " + simulated("hardware version is invalid. Please try to reconnect after writing correct hardware "
+                                  "information.");
+    QTest::newRow("no channel count") << "no-reply:channels" << notReceived("total number of channels");
+    const QString firmware =
+        "code 2: " +
+        simulated("device firmware did not match with API version. Please update device firmware using "
+                  "updateFirmwareOnComPort or updateFirmwareOnAllAvailableDevices or use utility application which is "
+                  "provided with library.");
+    QTest::newRow("wrong firmware") << "wrong-firmware" << firmware;
+    QTest::newRow("no checksum") << "no-reply:checksum" << firmware;
+    QTest::newRow("no firmware version") << "no-reply:firmware" << notReceived("firmware version");
+    QTest::newRow("no calibration") << "no-calibration:0" << notReceived("DC calibration data");
+}
+
+void TestClient::tellsEachRefusalWithCodeAndText()
+{
+    QFETCH(QString, fault);
+    QFETCH(QString, refusal);
+    SimulatorProcess simulator({"--fault", fault});
+    ClientProcess client({"info", simulator.portName()});
+    QCOMPARE(client.finish(), NoConnection);
+    const QString expected = QStringLiteral("nimbrelle: %1: %2").arg(simulator.portName(), refusal);
+    const QString errors = client.errors();
+    QVERIFY2(errors.startsWith(expected), qPrintable(errors));
+    QCOMPARE(errors.count('\n'), 1);
+    QCOMPARE(client.output(), QByteArray());
+}
+
+// A resistor of 1 kOhm: V = IR in every row, the charge is the integral of the current.
+void TestClient::runsAndRecordsWhatTheCellDoes()
+{
+    SimulatorProcess simulator({"--channels", "8", "--cell", "resistor:R=1000", "--speed", "100"});
+    const QString folder = freshFolder();
+    const QString file = writeExperiment(
+        "{\"element\": \"OpenCircuit\", \"maxDuration\": 2, \"samplingInterval\": 0.5},\n"
+        "{\"repeats\": 3, \"group\": [\n"
+        "{\"element\": \"ConstantCurrent\", \"current\": \"2 mA\", \"samplingInterval\": 0.01, \"maxDuration\": 5},\n"
+        "{\"element\": \"ConstantPot\", \"potential\": -1, \"samplingInterval\": 0.01, \"maxDuration\": 5}]}");
+    ClientProcess client({"run", file, "--port", simulator.portName(), "--channel", "5", "--out", folder});
+    QCOMPARE(client.finish(), 0);
+    QCOMPARE(client.output().trimmed(), folder.toLocal8Bit());
+
+    const Rows rows = rowsOf(folder + "/dc.csv");
+    QVERIFY(rows.size() >= 4 + 6 * 499);
+    double integral = 0.0;
+    for (int index = 1; index < rows.size(); ++index) {
+        const QVector<double> &row = rows[index];
+        QVERIFY(row[Time] > rows[index - 1][Time]);
+        if (row[Step] > 1)
+            QVERIFY(qAbs(row[Voltage] - 1000.0 * row[Current]) < 1e-4 * qAbs(row[Voltage]));
+        integral += row[Current] * (row[Time] - rows[index - 1][Time]);
+    }
+    // 3 x (2 mA x 5 s - 1 mA x 5 s)
+    QVERIFY(qAbs(rows.last()[NetCharge] - 0.015) < 1e-4 * 0.015);
+    QVERIFY(qAbs(integral - rows.last()[NetCharge]) < 5e-3 * 0.015); // rows begin a sample late
+    QVERIFY(qAbs(rows.last()[Charge] - 0.045) < 1e-4 * 0.045);
+
+    const QJsonObject summary = summaryOf(folder);
+    QCOMPARE(summary["state"].toString(), QStringLiteral("completed"));
+    QCOMPARE(summary["endMessage"].toString(), QStringLiteral("Experiment completed"));
+    QCOMPARE(summary["counts"].toObject()["dcRows"].toInt(), rows.size());
+    QStringList elements;
+    for (const QJsonValue &each : summary["elements"].toArray())
+        elements << QString("%1/%2").arg(each["stepNumber"].toInt()).arg(each["cycleNumber"].toInt());
+    QCOMPARE(elements, QStringList({"1/1", "2/1", "3/1", "2/2", "3/2", "2/3", "3/3"}));
+}
+
+void TestClient::refusesABadFileBeforeThePort()
+{
+    const QString file = writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": \"2 V\"}");
+    ClientProcess client({"run", file, "--port", "/dev/nowhere"});
+    QCOMPARE(client.finish(), 2);
+    const QStringList lines = client.errors().trimmed().split('\n');
+    QCOMPARE(lines.size(), 2);
+    for (const QString &line : lines)
+        QVERIFY2(line.startsWith(file + ":2: "), qPrintable(line));
+}
+
+void TestClient::refusesWhatTheModelCannotDo()
+{
+    SimulatorProcess simulator({"--model", "Cedar_2_0"});
+    const QString folder = freshFolder();
+    const QString file = writeExperiment(
+        "\n{\"element\": \"ConstantCurrent\", \"current\": 0.5, \"samplingInterval\": 1, \"maxDuration\": 1}");
+    ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder});
+    QCOMPARE(client.finish(), 2);
+    QVERIFY(client.errors().contains("code 54: Constant Current, Advanced::"));
+    QVERIFY(client.errors().contains(file + ":3: Constant Current, Advanced::"));
+    QVERIFY(!QFile::exists(folder));
+}
+
+void TestClient::aSafetyLimitEndsTheRun()
+{
+    SimulatorProcess simulator({"--cell", "resistor:R=1000", "--speed", "100"});
+    const QString folder = freshFolder();
+    const QString file = writeExperiment(
+        "{\"element\": \"ConstantPot\", \"potential\": 1, \"samplingInterval\": 0.1, \"maxDuration\": 5},\n"
+        "{\"element\": \"ConstantPot\", \"potential\": 3, \"samplingInterval\": 0.1, \"maxDuration\": 5}");
+    ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder, "--max-voltage", "2000 mV"});
+    QCOMPARE(client.finish(), Refused);
+    const QString reason = "Experiment stopped: voltage exceeded user specified Voltage Max safety limit";
+    QCOMPARE(client.errors(), "nimbrelle: channel 0: " + reason + "\n");
+    QCOMPARE(summaryOf(folder)["state"].toString(), QStringLiteral("stopped"));
+    QCOMPARE(summaryOf(folder)["endMessage"].toString(), reason);
+}
+
+void TestClient::anInterruptionStopsTheInstrumentAndKeepsTheData()
+{
+    SimulatorProcess simulator({"--speed", "10"});
+    const QString folder = freshFolder();
+    const QString file =
+        writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 36000, \"samplingInterval\": 0.1}");
+    ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder});
+    QTRY_VERIFY_WITH_TIMEOUT(rowsOf(folder + "/dc.csv").size() > 10, 20000);
+    client.sendSignal(SIGINT);
+    QCOMPARE(client.finish(), Interrupted);
+    const QJsonObject summary = summaryOf(folder);
+    QCOMPARE(summary["state"].toString(), QStringLiteral("interrupted"));
+    QCOMPARE(summary["endMessage"].toString(), QStringLiteral("Experiment stopped by user"));
+    QCOMPARE(summary["counts"].toObject()["dcRows"].toInt(), rowsOf(folder + "/dc.csv").size());
+}
+
+void TestClient::aKilledClientLosesNothingOlderThanASecond()
+{
+    SimulatorProcess simulator({"--speed", "1"});
+    const QString folder = freshFolder();
+    const QString file =
+        writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 36000, \"samplingInterval\": 0.01}");
+    ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder});
+    QTRY_VERIFY_WITH_TIMEOUT(rowsOf(folder + "/dc.csv").size() > 10, 20000);
+    const int before = rowsOf(folder + "/dc.csv").size();
+    QTest::qWait(2000); // the measurement itself: 200 samples
+    client.sendSignal(SIGKILL);
+    client.finish();
+    QVERIFY(rowsOf(folder + "/dc.csv").size() >= before + 100);
+    QCOMPARE(summaryOf(folder)["state"].toString(), QStringLiteral("running"));
+}
+
+void TestClient::aLostDeviceIsToldOnce()
+{
+    SimulatorProcess simulator({"--channels", "2", "--speed", "10"});
+    const QString folder = freshFolder();
+    const QString file =
+        writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 36000, \"samplingInterval\": 0.1}");
+    ClientProcess client({"run", file, "--port", simulator.portName(), "--channel", "0,1", "--out", folder});
+    QTRY_VERIFY_WITH_TIMEOUT(rowsOf(folder + "/channel-1/dc.csv").size() > 10, 20000);
+    simulator.kill();
+    QCOMPARE(client.finish(), NoConnection);
+    QCOMPARE(client.errors(), QStringLiteral("nimbrelle: The connection to the instrument was lost.\n"));
+    for (const char *channel : {"/channel-0", "/channel-1"}) {
+        const QJsonObject summary = summaryOf(folder + channel);
+        QCOMPARE(summary["state"].toString(), QStringLiteral("device lost"));
+        QCOMPARE(summary["counts"].toObject()["dcRows"].toInt(), rowsOf(folder + channel + "/dc.csv").size());
+    }
+}
+
+void TestClient::runsSeveralChannelsAtOnce()
+{
+    SimulatorProcess simulator(
+        {"--channels", "4", "--cell", "resistor:R=100", "--cell", "3=resistor:R=400", "--speed", "100"});
+    const QString folder = freshFolder();
+    const QString first = writeExperiment(
+        "{\"element\": \"ConstantCurrent\", \"current\": 0.001, \"samplingInterval\": 0.1, \"maxDuration\": 2}");
+    const QString second = writeExperiment(
+        "{\"element\": \"ConstantCurrent\", \"current\": 0.002, \"samplingInterval\": 0.1, \"maxDuration\": 4}");
+    ClientProcess client(
+        {"run", first, second, "--port", simulator.portName(), "--channel", "1,3", "--out", folder, "--json"});
+    QCOMPARE(client.finish(), 0);
+    QCOMPARE(QJsonDocument::fromJson(client.output()).array().size(), 2);
+    QVERIFY(qAbs(rowsOf(folder + "/channel-1/dc.csv").last()[Voltage] - 0.1) < 1e-4 * 0.1);
+    QVERIFY(qAbs(rowsOf(folder + "/channel-3/dc.csv").last()[Voltage] - 0.8) < 1e-4 * 0.8);
+    QCOMPARE(ClientProcess::run({"run", first, "--port", simulator.portName(), "--channel", "4"}), 2);
+}
+
+void TestClient::doesNotOverwriteARun()
+{
+    SimulatorProcess simulator({"--speed", "max"});
+    const QString folder = freshFolder();
+    const QString file =
+        writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 2, \"samplingInterval\": 0.5}");
+    const QStringList arguments{"run", file, "--port", simulator.portName(), "--out", folder};
+    QCOMPARE(ClientProcess::run(arguments), 0);
+    const int rows = rowsOf(folder + "/dc.csv").size();
+    ClientProcess second(arguments);
+    QCOMPARE(second.finish(), 1);
+    QVERIFY(second.errors().contains("dc.csv"));
+    QCOMPARE(rowsOf(folder + "/dc.csv").size(), rows);
+}
+
+void TestClient::monitorsAnIdleChannel()
+{
+    SimulatorProcess simulator({"--cell", "battery:Q=36,soc=0.5", "--speed", "100"});
+    ClientProcess client({"monitor", simulator.portName(), "--count", "3"});
+    QCOMPARE(client.finish(), 0);
+    const QByteArrayList lines = client.output().trimmed().split('\n');
+    QCOMPARE(lines.size(), 4);
+    QVERIFY(lines.first().startsWith("Time / s,Voltage / V,"));
+    QVERIFY(lines.last().split(',').at(Voltage).toDouble() > 2.0); // a battery at rest
+}
+
+void TestClient::holdsASetPointByHand()
+{
+    SimulatorProcess simulator({"--cell", "resistor:R=1000"});
+    ClientProcess client(
+        {"manual", simulator.portName(), "--voltage", "-500 mV", "--interval", "50 ms", "--duration", "2 s"});
+    QCOMPARE(client.finish(), 0);
+    const QByteArrayList last = client.output().trimmed().split('\n').last().split(',');
+    QVERIFY(qAbs(last.at(Voltage).toDouble() + 0.5) < 1e-3);
+    QVERIFY(qAbs(last.at(Current).toDouble() + 0.0005) < 1e-6);
+    // The channel is free again for the next one.
+    QCOMPARE(ClientProcess::run({"monitor", simulator.portName(), "--count", "1"}), 0);
+}
+
+void TestClient::examinesAPort()
+{
+    SimulatorProcess simulator({});
+    ClientProcess good({"doctor", simulator.portName(), "--json"});
+    QCOMPARE(good.finish(), 0);
+    QCOMPARE(QJsonDocument::fromJson(good.output()).array().last()["level"].toString(), QStringLiteral("ok"));
+
+    SimulatorProcess old({"--fault", "wrong-firmware"});
+    ClientProcess bad({"doctor", old.portName()});
+    QCOMPARE(bad.finish(), NoConnection);
+    QVERIFY(bad.output().contains("Try: nimbrelle update " + old.portName().toLocal8Bit()));
+    QCOMPARE(ClientProcess::run({"doctor", "/dev/nowhere"}), NoConnection);
+}
+
+void TestClient::answersWrongUsage_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("nothing") << QStringList() << 2;
+    QTest::newRow("unknown command") << QStringList{"rnu"} << 2;
+    QTest::newRow("unknown option") << QStringList{"list", "--sloow"} << 2;
+    QTest::newRow("unknown model") << QStringList{"plan", "x.json", "--model", "Alder_2_6"} << 2;
+    QTest::newRow("missing file") << QStringList{"plan", "/nowhere/x.json", "--model", "Alder_2_5"} << 2;
+    QTest::newRow("bad unit") << QStringList{"manual", "x", "--voltage", "1 A"} << 2;
+    QTest::newRow("two set points") << QStringList{"manual", "x", "--voltage", "1", "--current", "1"} << 2;
+    QTest::newRow("no such port") << QStringList{"info", "/dev/nowhere"} << 3;
+    QTest::newRow("no run to draw") << QStringList{"plot", "/nowhere"} << 1;
+    QTest::newRow("help") << QStringList{"run", "--help"} << 0;
+    QTest::newRow("version") << QStringList{"--version"} << 0;
+}
+
+void TestClient::answersWrongUsage()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    ClientProcess client(arguments);
+    QCOMPARE(client.finish(), exitCode);
+    QCOMPARE(client.errors().isEmpty(), exitCode == 0);
+}
+
+NIMBRELLE_TEST_MAIN(TestClient)
+#include "TestClient.moc"
