@@ -1,5 +1,6 @@
 #include "private_implementations/VekInstrumentHandlerFactoryPrivate.h"
 
+#include "handlers/GaleInstrumentHandler.h"
 #include "handlers/MainInstrumentHandler.h"
 #include "session/InstrumentInfo.h"
 
@@ -11,6 +12,11 @@
 namespace {
 
 constexpr int startUpTimeoutMs = 5000;
+
+bool isGale(const InstrumentInfo &info)
+{
+    return instrumentLineOf(info.hardware.hwModel) == InstrumentLine::Gale;
+}
 
 void startUp(VekInstrumentHandlerPrivate *handler)
 {
@@ -26,6 +32,8 @@ void startUp(VekInstrumentHandlerPrivate *handler)
 
 VekInstrumentHandlerPrivate *makeInstrumentHandler(const InstrumentInfo &info)
 {
+    if (isGale(info))
+        return new GaleInstrumentHandler(info);
     return new MainInstrumentHandler(info);
 }
 
@@ -33,6 +41,8 @@ VekInstrumentHandlerPrivate *
 VekInstrumentHandlerFactoryPrivate::createInstrumentHandler(const InstrumentInfo &info) const
 {
     VekInstrumentHandlerPrivate *handler = makeInstrumentHandler(info);
+    if (isGale(info))
+        return handler;
     if (handler->thread() == QThread::currentThread()) // it has no thread of its own if its port could not be opened
         qWarning("Factory called from the instrument handler's worker thread.");
     startUp(handler);
