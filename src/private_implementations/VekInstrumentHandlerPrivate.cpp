@@ -508,12 +508,10 @@ bool VekInstrumentHandlerPrivate::isSDCardWriting(unsigned char channel) const
 
 std::vector<unsigned char> VekInstrumentHandlerPrivate::getFreeChannels() const
 {
-    std::vector<unsigned char> free;
-    for (const auto &[number, handler] : _channels) {
-        if (handler->getExperimentStatus() == ChannelHandler::EXPERIMENT_STOPPED)
-            free.push_back(number);
-    }
-    std::sort(free.begin(), free.end());
+    std::vector<unsigned char> free = channelNumbers();
+    free.erase(
+        std::remove_if(free.begin(), free.end(), [this](unsigned char channel) { return isChannelBusy(channel); }),
+        free.end());
     return free;
 }
 
@@ -547,6 +545,15 @@ float VekInstrumentHandlerPrivate::getLoadImpedance(unsigned char channel) const
 }
 
 // What requests and slots build on
+
+std::vector<unsigned char> VekInstrumentHandlerPrivate::channelNumbers() const
+{
+    std::vector<unsigned char> numbers;
+    for (const auto &[number, handler] : _channels)
+        numbers.push_back(number);
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
 
 ChannelHandler *VekInstrumentHandlerPrivate::channelAt(unsigned char channel) const
 {

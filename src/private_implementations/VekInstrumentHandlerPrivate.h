@@ -201,6 +201,7 @@ protected:
      */
     void shutDown();
 
+    std::vector<unsigned char> channelNumbers() const;      ///< ascending
     ChannelHandler *channelAt(unsigned char channel) const; ///< null for an invalid channel
     bool hasCalibration(unsigned char channel) const;
     /// Calibration of a channel, one that converts nothing where there is none. On the handler's thread only.

@@ -49,8 +49,8 @@ GaleInstrumentHandler::~GaleInstrumentHandler()
 
 void GaleInstrumentHandler::sendInitialDefaults()
 {
-    for (int channel = 0; channel < getNumberOfChannels(); ++channel)
-        resetChannelLimits(static_cast<unsigned char>(channel));
+    for (const unsigned char channel : channelNumbers())
+        resetChannelLimits(channel);
     _op->requestGroundFloatState();
     Q_EMIT initialConnectionRequestFinished(_op->isConnected());
 }

@@ -75,11 +75,10 @@ void MainInstrumentHandler::readCalibrationTables()
 {
     const bool isOnSdCard = model()->sdCardHasCalData();
     std::set<unsigned char> pending;
-    for (int channel = 0; channel < getNumberOfChannels(); ++channel) {
-        const auto number = static_cast<unsigned char>(channel);
-        loadCalibrationTables(number);
-        if (isOnSdCard && requestSdCardCalibrationData(number) == VekErrorCode::Success)
-            pending.insert(number);
+    for (const unsigned char channel : channelNumbers()) {
+        loadCalibrationTables(channel);
+        if (isOnSdCard && requestSdCardCalibrationData(channel) == VekErrorCode::Success)
+            pending.insert(channel);
     }
     if (!pending.empty())
         waitForSdCard(pending);
@@ -126,12 +125,11 @@ void MainInstrumentHandler::warnOfUnreadTables(const std::set<unsigned char> &ch
 bool MainInstrumentHandler::resetLimitsOfIdleChannels()
 {
     bool isExperimentRunning = false;
-    for (int channel = 0; channel < getNumberOfChannels(); ++channel) {
-        const auto number = static_cast<unsigned char>(channel);
-        if (channelAt(number)->isActiveRecoverExperiment())
+    for (const unsigned char channel : channelNumbers()) {
+        if (channelAt(channel)->isActiveRecoverExperiment())
             isExperimentRunning = true; // it goes on under the limits that it was started with
         else
-            resetChannelLimits(number);
+            resetChannelLimits(channel);
     }
     return isExperimentRunning;
 }
