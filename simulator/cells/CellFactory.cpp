@@ -2,6 +2,7 @@
 
 #include "simulator/cells/BatteryCell.h"
 #include "simulator/cells/RcCell.h"
+#include "simulator/cells/RedoxCell.h"
 #include "simulator/cells/ResistorCell.h"
 
 #include <QMap>
@@ -58,6 +59,23 @@ std::unique_ptr<Cell> makeBattery(const Values &values)
     return std::make_unique<BatteryCell>(parameters);
 }
 
+std::unique_ptr<Cell> makeRedox(const Values &values)
+{
+    RedoxCell::Parameters parameters;
+    parameters.formalPotential = values[QStringLiteral("E0")];
+    parameters.electrons = values[QStringLiteral("n")];
+    parameters.reduced = values[QStringLiteral("cR")];
+    parameters.oxidised = values[QStringLiteral("cO")];
+    parameters.diffusivity = values[QStringLiteral("D")];
+    parameters.area = values[QStringLiteral("A")];
+    parameters.rate = values[QStringLiteral("k0")];
+    parameters.transfer = values[QStringLiteral("alpha")];
+    parameters.series = values[QStringLiteral("Rs")];
+    parameters.capacitance = values[QStringLiteral("C")];
+    parameters.temperature = values[QStringLiteral("T")];
+    return std::make_unique<RedoxCell>(parameters);
+}
+
 const QVector<CellKind> &cellKinds()
 {
     // clang-format off
@@ -67,6 +85,10 @@ const QVector<CellKind> &cellKinds()
         {"battery", {{"Q", 36.0, Bound::Positive}, {"soc", 0.5, Bound::Share}, {"Rs", 0.5, Bound::Positive},
                      {"R", 0.25, Bound::Positive}, {"C", 80.0, Bound::Positive}, {"efficiency", 1.0, Bound::Share}},
          makeBattery},
+        {"redox", {{"E0", 0.2, Bound::Any}, {"n", 1.0, Bound::Positive}, {"cR", 1.0, Bound::Positive},
+                   {"cO", 1e-4, Bound::Positive}, {"D", 1e-9, Bound::Positive}, {"A", 1e-5, Bound::Positive},
+                   {"k0", 1e-2, Bound::Positive}, {"alpha", 0.5, Bound::Share}, {"Rs", 5.0, Bound::Positive},
+                   {"C", 0.0, Bound::NotNegative}, {"T", 298.15, Bound::Positive}}, makeRedox},
     };
     // clang-format on
     return kinds;
