@@ -10,7 +10,8 @@ namespace client {
 
 namespace {
 
-constexpr int answerTimeoutMs = 10000;
+constexpr int beginTimeoutMs = 30000; ///< the first element is announced at once, however slow its samples are
+constexpr int endTimeoutMs = 10000;
 constexpr int flushPeriodMs = 500;
 constexpr double nothingYet = std::numeric_limits<double>::quiet_NaN();
 
@@ -21,7 +22,6 @@ ExperimentRun::ExperimentRun(const VekInstrumentHandler &handler, unsigned char 
       _lastFrequency(nothingYet)
 {
     _overdue.setSingleShot(true);
-    _overdue.setInterval(answerTimeoutMs);
     _flush.setInterval(flushPeriodMs);
     connect(&_overdue, &QTimer::timeout, this, &ExperimentRun::onAnswerOverdue);
     connect(&_flush, &QTimer::timeout, this, &ExperimentRun::onFlushDue);
@@ -32,7 +32,7 @@ VekErrorCode ExperimentRun::start()
     connectSignals();
     const VekErrorCode result = _handler.startUploadedExperiment(_channel);
     if (result == VekErrorCode::Success) {
-        _overdue.start();
+        _overdue.start(beginTimeoutMs);
         _flush.start();
     } else {
         disconnect(&_handler, nullptr, this, nullptr);
@@ -46,7 +46,7 @@ void ExperimentRun::interrupt()
         return;
     _isInterrupted = true;
     _handler.stopExperiment(_channel);
-    _overdue.start();
+    _overdue.start(endTimeoutMs);
 }
 
 QString ExperimentRun::progressText() const
@@ -81,8 +81,7 @@ void ExperimentRun::onExperimentStarting(unsigned char channel)
     if (channel != _channel || _hasStarted)
         return;
     _hasStarted = true;
-    if (!_isInterrupted)
-        _overdue.stop();
+    noteSignOfLife();
     const double seconds = _handler.getExperimentUTCStartTime(_channel);
     _recorder.setStart(seconds > 0.0 ? QDateTime::fromMSecsSinceEpoch(qRound64(seconds * 1000.0), Qt::UTC)
                                      : QDateTime::currentDateTimeUtc());
@@ -90,8 +89,10 @@ void ExperimentRun::onExperimentStarting(unsigned char channel)
 
 void ExperimentRun::onElementStarting(unsigned char channel, const VekExperimentNode &node)
 {
-    if (channel == _channel)
-        _recorder.beginElement(node);
+    if (channel != _channel)
+        return;
+    noteSignOfLife();
+    _recorder.beginElement(node);
 }
 
 void ExperimentRun::onDcDataReady(unsigned char channel, const VekDCData &data)
@@ -142,13 +143,22 @@ void ExperimentRun::onDeviceDisconnected()
 
 void ExperimentRun::onAnswerOverdue()
 {
-    const QString seconds = QString::number(answerTimeoutMs / 1000);
+    const auto silence = [](const char *text, int timeoutMs) {
+        return QString::fromLatin1(text).arg(timeoutMs / 1000);
+    };
     if (_isInterrupted)
         return finish(RunState::Interrupted,
-                      QStringLiteral("The instrument did not confirm the end within %1 s.").arg(seconds), Interrupted);
+                      silence("The instrument did not confirm the end within %1 s.", endTimeoutMs), Interrupted);
     _handler.stopExperiment(_channel);
-    finish(RunState::Stopped, QStringLiteral("The instrument did not begin the experiment within %1 s.").arg(seconds),
+    finish(RunState::Stopped, silence("The instrument did not begin the experiment within %1 s.", beginTimeoutMs),
            Refused);
+}
+
+/// The instrument has begun, so it owes nothing but its end.
+void ExperimentRun::noteSignOfLife()
+{
+    if (!_isInterrupted)
+        _overdue.stop();
 }
 
 void ExperimentRun::onFlushDue()

@@ -56,6 +56,7 @@ private Q_SLOTS:
 
 private:
     void connectSignals();
+    void noteSignOfLife();
     void finish(RunState state, const QString &message, ExitCode exitCode);
 
     const VekInstrumentHandler &_handler;
@@ -71,7 +72,7 @@ private:
     double _lastVoltage;
     double _lastCurrent;
     double _lastFrequency;
-    QTimer _overdue; // runs while the instrument owes its first data, or its end
+    QTimer _overdue; // runs while the instrument owes its first announcement, or its end
     QTimer _flush;
 };
 

@@ -69,8 +69,9 @@ QString setPointText(const VekPlannedNode &node)
     if (std::isnan(node.startValue))
         return node.loopTarget < 0 ? QString() : QStringLiteral("back to node %1").arg(node.loopTarget);
     const Dimension dimension = dimensionOf(node.unit);
+    const bool isVersusOcp = node.isVersusOcp && dimension == Dimension::Voltage;
     const QString start =
-        formatQuantity(node.startValue, dimension) + (node.isVersusOcp ? QStringLiteral(" vs OCP") : QString());
+        formatQuantity(node.startValue, dimension) + (isVersusOcp ? QStringLiteral(" vs OCP") : QString());
     if (node.startValue == node.endValue)
         return start;
     return QStringLiteral("%1 to %2").arg(start, formatQuantity(node.endValue, dimension));
@@ -81,6 +82,17 @@ QString rowsText(double rows)
     if (std::isnan(rows))
         return QStringLiteral("-");
     return std::isinf(rows) ? QStringLiteral("unlimited") : QString::number(rows, 'f', 0);
+}
+
+/// Sampling, duration, charge and rows; blank for steps that only direct the others.
+QStringList measureCells(const VekPlannedNode &node)
+{
+    if (node.expectedDuration == 0.0)
+        return {QString(), QString(), QString(), QString()};
+    const bool isSampled = node.samplingInterval > 0.0;
+    return {isSampled ? formatQuantity(node.samplingInterval, Dimension::Time) : QString(),
+            formatQuantity(node.expectedDuration, Dimension::Time),
+            formatQuantity(node.expectedCharge, Dimension::Charge), rowsText(node.expectedRows)};
 }
 
 void printRow(const QStringList &cells)
@@ -99,12 +111,10 @@ void printTable(const VekExperimentPlan &plan)
               QStringLiteral("RUNS")});
     int position = 0;
     for (const VekPlannedNode &node : plan.nodes()) {
-        const bool isSampled = node.samplingInterval > 0.0;
-        printRow({QString::number(position++), QString::number(node.stepNumber), node.typeName, setPointText(node),
-                  isSampled ? formatQuantity(node.samplingInterval, Dimension::Time) : QString(),
-                  formatQuantity(node.expectedDuration, Dimension::Time),
-                  formatQuantity(node.expectedCharge, Dimension::Charge), rowsText(node.expectedRows),
-                  QString::number(node.loopTarget < 0 ? node.runs : double(node.repeats), 'f', 0)});
+        const double runs = node.loopTarget < 0 ? node.runs : double(node.repeats);
+        printRow(QStringList{QString::number(position++), QString::number(node.stepNumber), node.typeName,
+                             setPointText(node)} +
+                 measureCells(node) + QStringList{QString::number(runs, 'f', 0)});
     }
     std::printf("Total: %s, %s, %s rows; limits of voltage or current may end a step earlier.\n",
                 qPrintable(formatQuantity(plan.expectedDuration(), Dimension::Time)),

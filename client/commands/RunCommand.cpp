@@ -232,7 +232,7 @@ ExitCode RunCommand::report() const
         if (severity(task.run->exitCode()) > severity(result))
             result = task.run->exitCode();
         if (_plots && !drawRun(task.recorder->folder()))
-            Console::instance().error(QStringLiteral("%1: nothing to draw").arg(task.recorder->folder()));
+            Console::instance().note(QStringLiteral("%1: nothing to draw").arg(task.recorder->folder()));
         list.push_back(summaryOf(task));
         if (!_wantsJson)
             std::printf("%s\n", qPrintable(task.recorder->folder()));

@@ -1,5 +1,6 @@
 #include "plots/Figure.h"
 
+#include <qwt_painter.h>
 #include <qwt_plot_renderer.h>
 #include <qwt_scale_draw.h>
 
@@ -85,6 +86,7 @@ void Figure::draw(QPainter &painter) const
         painter.drawText(QRectF(margin, margin / 2.0, _panelSize.width(), titleHeight), Qt::AlignCenter, _title);
         area.translate(0, titleHeight);
     }
+    QwtPainter::setRoundingAlignment(false); // whole pixels of a screen would turn slopes into stairs
     QwtPlotRenderer renderer;
     renderer.setDiscardFlag(QwtPlotRenderer::DiscardBackground);
     renderer.setLayoutFlag(QwtPlotRenderer::FrameWithScales);

@@ -10,6 +10,7 @@
 #include <qwt_plot_zoneitem.h>
 #include <qwt_scale_draw.h>
 #include <qwt_scale_engine.h>
+#include <qwt_scale_widget.h>
 #include <qwt_symbol.h>
 #include <qwt_text.h>
 
@@ -26,6 +27,7 @@ constexpr int mostPointsOfCurve = 8000;
 constexpr double curveWidth = 1.3;
 constexpr double flatness = 1e-9; ///< relative range below which a curve counts as a constant
 constexpr int symbolSize = 5;
+constexpr int titleSpacing = 5;
 const QColor gridColour(225, 225, 225);
 const QColor boundaryColour(150, 150, 150);
 
@@ -39,6 +41,19 @@ class NumberedScale : public QwtScaleDraw
 {
 public:
     QwtText label(double value) const override { return QString::number(value, 'g', 6); }
+};
+
+/// Writes powers of ten as such; a short axis has other numbers between them.
+class DecadeScale : public QwtScaleDraw
+{
+public:
+    QwtText label(double value) const override
+    {
+        const double exponent = std::round(std::log10(value));
+        if (std::abs(value / std::pow(10.0, exponent) - 1.0) > 1e-6)
+            return QString::number(value, 'g', 4);
+        return QwtText(QStringLiteral("10<sup>%1</sup>").arg(exponent), QwtText::RichText);
+    }
 };
 
 class Band : public QwtPlotZoneItem
@@ -74,6 +89,7 @@ Panel::Panel()
     for (const int axis : {QwtPlot::yLeft, QwtPlot::xBottom}) {
         setAxisScaleDraw(axis, new NumberedScale);
         setAxisFont(axis, fontOf(9));
+        axisWidget(axis)->setSpacing(titleSpacing);
     }
     auto *grid = new QwtPlotGrid;
     grid->setMajorPen(gridColour, 0.6);
@@ -95,6 +111,8 @@ void Panel::setVerticalScale(const AxisScale &scale)
 void Panel::makeLogarithmic(int axis)
 {
     setAxisScaleEngine(axis, new QwtLogScaleEngine);
+    setAxisScaleDraw(axis, new DecadeScale);
+    _isLogarithmic = _isLogarithmic || axis == QwtPlot::yLeft;
 }
 
 void Panel::addCurve(const QString &name, const QVector<QPointF> &points, const QColor &colour, Style style)
@@ -118,21 +136,52 @@ void Panel::addCurve(const QString &name, const QVector<QPointF> &points, const 
     }
     curve->setItemAttribute(QwtPlotItem::Legend, !name.isEmpty());
     curve->attach(this);
-    growVertically(scaled);
+    _points += decimate(scaled, mostPointsOfCurve);
+    leaveMargin();
+}
+
+QwtInterval Panel::rangeOf(double (QPointF::*coordinate)() const) const
+{
+    if (_points.isEmpty())
+        return {};
+    const double first = (_points.first().*coordinate)();
+    QwtInterval range(first, first);
+    for (const QPointF &point : _points)
+        range |= (point.*coordinate)();
+    return range;
 }
 
 /// Keeps a twentieth of the range free above and below, so that no curve runs along the frame.
-void Panel::growVertically(const QVector<QPointF> &points)
+void Panel::leaveMargin()
 {
-    for (const QPointF &point : points) {
-        _lowest = std::min(_lowest, point.y());
-        _highest = std::max(_highest, point.y());
-    }
-    if (_lowest > _highest)
+    const QwtInterval range = rangeOf(&QPointF::y);
+    if (_isLogarithmic || !range.isValid())
         return;
-    const bool isFlat = _highest - _lowest <= flatness * std::max(std::abs(_lowest), std::abs(_highest));
-    const double margin = isFlat ? std::max(std::abs(_highest), 1.0) / 20.0 : (_highest - _lowest) / 20.0;
-    setAxisScale(QwtPlot::yLeft, _lowest - margin, _highest + margin);
+    const double magnitude = std::max(std::abs(range.minValue()), std::abs(range.maxValue()));
+    const bool isFlat = range.width() <= flatness * magnitude;
+    const double margin = (isFlat ? std::max(magnitude, 1.0) : range.width()) / 20.0;
+    setAxisScale(QwtPlot::yLeft, range.minValue() - margin, range.maxValue() + margin);
+}
+
+void Panel::makeAxesEqual()
+{
+    const QwtInterval horizontal = rangeOf(&QPointF::x);
+    const QwtInterval vertical = rangeOf(&QPointF::y);
+    if (!horizontal.isValid())
+        return;
+    updateLayout();
+    plotLayout()->activate(this, rect(), QwtPlotLayout::IgnoreFrames | QwtPlotLayout::IgnoreScrollbars);
+    const QRectF canvasArea = plotLayout()->canvasRect();
+    const double unitsPerPixel =
+        1.1 * std::max(horizontal.width() / canvasArea.width(), vertical.width() / canvasArea.height());
+    const auto anchor = [unitsPerPixel](const QwtInterval &range, double pixels) {
+        const double from = range.minValue() - range.width() * 0.05;
+        return QwtInterval(from, from + unitsPerPixel * pixels);
+    };
+    const QwtInterval x = anchor(horizontal, canvasArea.width());
+    const QwtInterval y = anchor(vertical, canvasArea.height());
+    setAxisScale(QwtPlot::xBottom, x.minValue(), x.maxValue());
+    setAxisScale(QwtPlot::yLeft, y.minValue(), y.maxValue());
 }
 
 void Panel::markSpan(double from, double to, const QColor &colour, const QString &name)

@@ -7,9 +7,8 @@
 #include <QString>
 #include <QVector>
 
+#include <qwt_interval.h>
 #include <qwt_plot.h>
-
-#include <limits>
 
 namespace client {
 
@@ -29,7 +28,10 @@ public:
     /// Curves appended later are divided by the scale's factor.
     void setHorizontalScale(const AxisScale &scale);
     void setVerticalScale(const AxisScale &scale);
+    /// Decades instead of a linear axis; before the first curve.
     void makeLogarithmic(int axis);
+    /// Gives both axes the same length for each unit; after the last curve.
+    void makeAxesEqual();
     /// Points in base units. Long curves are thinned to what print resolves; points that are no numbers are left out.
     void addCurve(const QString &name, const QVector<QPointF> &points, const QColor &colour, Style style = Style::Line);
     /// A light band with a thin line at its beginning; a name goes into the legend.
@@ -42,10 +44,11 @@ public:
     void hideHorizontalTitle();
 
 private:
-    void growVertically(const QVector<QPointF> &points);
+    QwtInterval rangeOf(double (QPointF::*coordinate)() const) const;
+    void leaveMargin();
 
-    double _lowest = std::numeric_limits<double>::infinity(); // of all curves, in the units of the axis
-    double _highest = -std::numeric_limits<double>::infinity();
+    QVector<QPointF> _points;    // of all curves, thinned, in the units of the axes
+    bool _isLogarithmic = false; // the vertical axis
     AxisScale _horizontal;
     AxisScale _vertical;
 };

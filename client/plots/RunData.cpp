@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <limits>
@@ -14,8 +15,8 @@ namespace client {
 namespace {
 
 const QStringList dcColumns{
-    QStringLiteral("Test Time / s"), QStringLiteral("Voltage / V"),    QStringLiteral("Current / A"),
-    QStringLiteral("Charge / C"),    QStringLiteral("Step Count / 1"), QStringLiteral("Cycle Count / 1"),
+    QStringLiteral("Test Time / s"),  QStringLiteral("Voltage / V"),    QStringLiteral("Current / A"),
+    QStringLiteral("Net Charge / C"), QStringLiteral("Step Count / 1"), QStringLiteral("Cycle Count / 1"),
 };
 
 const QStringList acColumns{
@@ -54,31 +55,47 @@ void readLine(const QByteArray &line, const std::vector<Column *> &columns)
     }
 }
 
-/// Appends the class names of a list of elements, groups opened up.
-void appendElements(const Json &list, QStringList &names)
+/// From the announcements that the record kept.
+std::vector<Segment> announcedSegments(const Json &marks, std::size_t rowCount)
 {
-    for (const Json &item : list) {
-        if (item.contains("group"))
-            appendElements(item["group"], names);
-        else
-            names.append(QString::fromStdString(item.value("element", std::string())));
+    std::vector<Segment> segments;
+    for (const Json &mark : marks) {
+        const auto begin = std::min(mark.value("firstDcRow", std::size_t(0)), rowCount);
+        if (!segments.empty())
+            segments.back().end = begin;
+        segments.push_back({QString::fromStdString(mark.value("stepName", std::string())), mark.value("stepNumber", 0),
+                            mark.value("cycleNumber", 0), mark.value("substepNumber", 0), begin, rowCount});
     }
+    segments.erase(
+        std::remove_if(segments.begin(), segments.end(), [](const Segment &each) { return each.begin >= each.end; }),
+        segments.end());
+    return segments;
 }
 
-bool readSummary(const QString &path, RunData &run)
+/// From the rows alone, for the record of a run that was cut off.
+std::vector<Segment> countedSegments(const Table &dc)
+{
+    const Column &step = dc.column("Step Count / 1");
+    const Column &cycle = dc.column("Cycle Count / 1");
+    std::vector<Segment> segments;
+    for (std::size_t row = 0; row < step.size(); ++row) {
+        if (row == 0 || step[row] != step[row - 1] || cycle[row] != cycle[row - 1])
+            segments.push_back({QString(), static_cast<int>(step[row]), static_cast<int>(cycle[row]), 0, row, row});
+        segments.back().end = row + 1;
+    }
+    return segments;
+}
+
+std::optional<Json> readSummary(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return false;
+        return std::nullopt;
     const QByteArray bytes = file.readAll();
-    const Json summary = Json::parse(bytes.begin(), bytes.end(), nullptr, false);
-    if (!summary.contains("experiment"))
-        return false;
-    const Json &experiment = summary["experiment"];
-    run.title = QString::fromStdString(experiment.value("name", std::string()));
-    if (experiment.contains("content") && experiment["content"].contains("elements"))
-        appendElements(experiment["content"]["elements"], run.elements);
-    return true;
+    Json summary = Json::parse(bytes.begin(), bytes.end(), nullptr, false);
+    if (!summary.is_object() || !summary.contains("experiment"))
+        return std::nullopt;
+    return summary;
 }
 
 } // namespace
@@ -88,10 +105,10 @@ bool Table::isEmpty() const
     return columns.isEmpty() || columns.begin()->empty();
 }
 
-const Column &Table::column(const QString &heading) const
+const Column &Table::column(const char *heading) const
 {
     static const Column none;
-    const auto found = columns.constFind(heading);
+    const auto found = columns.constFind(QString::fromUtf8(heading));
     return found == columns.constEnd() ? none : *found;
 }
 
@@ -107,15 +124,28 @@ std::optional<Table> readTable(const QString &path, const QStringList &headings)
     return table;
 }
 
+const FileElement *RunData::element(int step) const
+{
+    const auto index = static_cast<std::size_t>(step - 1);
+    return step >= 1 && index < experiment.elements.size() ? &experiment.elements[index] : nullptr;
+}
+
 std::optional<RunData> readRun(const QString &folder)
 {
-    RunData run;
     const QDir directory(folder);
     const std::optional<Table> dc = readTable(directory.filePath(QStringLiteral("dc.csv")), dcColumns);
-    if (!dc || !readSummary(directory.filePath(QStringLiteral("run.json")), run))
+    const std::optional<Json> summary = readSummary(directory.filePath(QStringLiteral("run.json")));
+    if (!dc || !summary)
         return std::nullopt;
+    RunData run;
     run.dc = *dc;
     run.ac = readTable(directory.filePath(QStringLiteral("ac.csv")), acColumns).value_or(Table());
+    const Json &experiment = (*summary)["experiment"];
+    run.title = QString::fromStdString(experiment.value("name", std::string()));
+    run.experiment = parseExperiment(QByteArray::fromStdString(experiment.value("content", Json()).dump()), folder);
+    run.segments = announcedSegments(summary->value("elements", Json::array()), run.dc.column("Test Time / s").size());
+    if (run.segments.empty())
+        run.segments = countedSegments(run.dc);
     return run;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ExperimentFile.h"
+
 #include <QHash>
 #include <QString>
 #include <QStringList>
@@ -17,7 +19,7 @@ struct Table {
 
     bool isEmpty() const;
     /// Empty for a heading that the table does not have.
-    const Column &column(const QString &heading) const;
+    const Column &column(const char *heading) const;
 };
 
 /**
@@ -30,12 +32,26 @@ struct Table {
  */
 std::optional<Table> readTable(const QString &path, const QStringList &headings);
 
+/// A stretch of samples between two announcements of the instrument.
+struct Segment {
+    QString stepName; ///< empty where the record does not have it
+    int step = 0;     ///< number of the element, from 1
+    int cycle = 0;
+    int substep = 0;
+    std::size_t begin = 0; ///< first row among the DC samples
+    std::size_t end = 0;   ///< the row behind the last one
+};
+
 /// What pictures are drawn from: the record of one run.
 struct RunData {
-    QString title;        ///< the experiment's name
-    QStringList elements; ///< the element classes of the experiment, by step number from 1
+    QString title; ///< the experiment's name
+    ExperimentFile experiment;
     Table dc;
     Table ac;
+    std::vector<Segment> segments; ///< of the DC samples, in their order; none is empty
+
+    /// The element of a step number, from 1; null without one.
+    const FileElement *element(int step) const;
 };
 
 /// Reads the folder of a run. @return nothing when it holds none

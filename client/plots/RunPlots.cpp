@@ -1,7 +1,10 @@
 #include "plots/RunPlots.h"
 
+#include "plots/Cycling.h"
+#include "plots/Impedance.h"
 #include "plots/RunData.h"
 #include "plots/TimePlot.h"
+#include "plots/Voltammogram.h"
 
 #include <QDir>
 
@@ -10,10 +13,12 @@ namespace client {
 bool drawRun(const QString &folder)
 {
     const std::optional<RunData> run = readRun(folder);
-    if (!run || run->dc.isEmpty())
+    if (!run || (run->dc.isEmpty() && run->ac.isEmpty()))
         return false;
-    const QDir directory(folder);
-    return drawTimePlot(*run, directory.filePath(QStringLiteral("time")));
+    bool isDrawn = run->dc.isEmpty() || drawTimePlot(*run, QDir(folder).filePath(QStringLiteral("time")));
+    for (const auto &draw : {drawVoltammograms, drawImpedance, drawCycling})
+        isDrawn = draw(*run, folder) && isDrawn;
+    return isDrawn;
 }
 
 } // namespace client

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+
+#include <map>
+
+namespace client {
+
+struct RunData;
+
+/// What one cycle of a battery moved, in coulombs without sign.
+struct CycleCharge {
+    double charged = 0.0;
+    double discharged = 0.0;
+};
+
+/// By cycle number, from 1; from the net charge of all rows of the cycle.
+std::map<int, CycleCharge> chargeByCycle(const RunData &run);
+
+/**
+ * Capacity and coulombic efficiency against the cycle number, as "cycling", for runs of two cycles and more that both
+ * charge and discharge by elements of constant current, power or resistance.
+ *
+ * @return false when the picture could not be written; other runs have none
+ */
+bool drawCycling(const RunData &run, const QString &folder);
+
+} // namespace client
