@@ -52,7 +52,7 @@ public:
     const QList<ImportedFiles> &files() const { return importedFiles; }
 
 private:
-    void removeOldFiles() const;
+    void prepareDirectory() const;
     ImportedFiles writeFile(const QString &name, const QByteArray &contents) const;
 
     QList<ImportedFiles> importedFiles;

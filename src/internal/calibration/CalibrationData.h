@@ -148,8 +148,8 @@ private:
     void takeMainRecord();
     void forgetTables();
     void loadSweepTables();
-    std::complex<double> stageResponse(const QString &key, int entry, double frequency) const;
-    std::complex<double> currentPathResponse(currentRange_t range, double frequency) const;
+    std::complex<double> stageResponse(const QString &stage, int setting, double frequency) const;
+    std::complex<double> dividedByCurrentPath(std::complex<double> z, currentRange_t range, double frequency) const;
 
     qint32 calVersion = 0;
     std::shared_ptr<const HardwareModel> hardwareModel; ///< never null

@@ -46,7 +46,7 @@ public:
 private:
     std::vector<double> coefficients; ///< picofarads over the code, highest power first
     bool isZero = true;               ///< no coefficient differs from 0
-    double referenceCorner = 0.0;     ///< seconds in radians: 2 pi R C at code 2048, with R = 1000 ohms
+    double referenceCorner = 0.0;     ///< 2 pi R C at code 2048, with R = 1000 ohms
 };
 
 /// The measured parallel impedance of the cable, by current range. A value; const operations run on any thread.
