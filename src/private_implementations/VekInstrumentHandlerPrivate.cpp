@@ -204,7 +204,3 @@ VekErrorCode VekInstrumentHandlerPrivate::checkManual(unsigned char channel) con
         return VekErrorCode::InvalidChannel;
     return isManualExperimentRun(channel) ? VekErrorCode::Success : VekErrorCode::ManualExperimentNotRunning;
 }
-
-void VekInstrumentHandlerPrivate::loadCalibrationTables(unsigned char)
-{
-}

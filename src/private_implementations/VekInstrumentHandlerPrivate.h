@@ -261,6 +261,7 @@ private:
     void connectWithOperatorSignals();
     void startThread();
     static Node nodeAt(const ChannelHandler &channel, int index);
+    CSVdataImporter &importerOf(unsigned char channel);
     QString lineOfLog(int channel, const QString &text) const;
     VekErrorCode setLimit(unsigned char channel, void (ChannelHandler::*store)(double), double value,
                           VekErrorCode::ErrorCode failure);

@@ -8,6 +8,7 @@
 #include "session/InstrumentOperator.h"
 
 #include <QDebug>
+#include <QStandardPaths>
 
 #include <cmath>
 #include <stdexcept>
@@ -264,17 +265,52 @@ void VekInstrumentHandlerPrivate::onReceivedMetaData(const QByteArray &payload)
 
 // Calibration from the SD card
 
-void VekInstrumentHandlerPrivate::onCalibrationHeaderReceived(unsigned char channel, const QByteArray &)
+CSVdataImporter &VekInstrumentHandlerPrivate::importerOf(unsigned char channel)
+{
+    return *_info.calibration[channel].getDataImporter(); // no lock: no other thread has to do with it
+}
+
+void VekInstrumentHandlerPrivate::onCalibrationHeaderReceived(unsigned char channel, const QByteArray &payload)
 {
     ChannelHandler *const handler = channelAt(channel);
-    if (!handler)
+    if (!handler || !hasCalibration(channel))
         return;
-    qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error loading calibration data."));
+    const auto header = recordFromBytes<csvDataHeader_t>(payload);
+    if (header.payloadSize < 1) {
+        qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error loading calibration data."));
+        handler->setSDCardStatus(ChannelHandler::SD_IDLE);
+        return;
+    }
+    importerOf(channel).setCSVDataHeader(header);
+    _op->requestNextCalibrationData();
+}
+
+void VekInstrumentHandlerPrivate::onCalibrationDataReceived(unsigned char channel, const QByteArray &payload)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler || !hasCalibration(channel))
+        return;
+    CSVdataImporter &importer = importerOf(channel);
+    if (!importer.appendCSVRawData(payload)) {
+        handler->setSDCardStatus(ChannelHandler::SD_IDLE);
+        qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error loading calibration data."));
+    }
+    if (!importer.isCSVDataPayloadFull()) {
+        _op->requestNextCalibrationData(); // deliberate: also after a refused packet
+        return;
+    }
+    if (!importer.validateCSVFiles())
+        qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error in calibration data."));
+    loadCalibrationTables(channel);
     handler->setSDCardStatus(ChannelHandler::SD_IDLE);
 }
 
-void VekInstrumentHandlerPrivate::onCalibrationDataReceived(unsigned char, const QByteArray &)
+void VekInstrumentHandlerPrivate::loadCalibrationTables(unsigned char channel)
 {
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    changeCalibration(channel, [&](CalibrationData &calibration) {
+        calibration.importCalData(documents + QStringLiteral("/Brenmoor Apparatus"), _info.deviceName);
+    });
 }
 
 // Acknowledgements

@@ -3,7 +3,8 @@
 #include "handlers/MainInstrumentHandler.h"
 #include "link/FanCtrlMode.h"
 
-#include <QRegularExpression>
+#include <QDir>
+#include <QStandardPaths>
 
 namespace {
 
@@ -43,6 +44,9 @@ private Q_SLOTS:
 
     void startUpLeavesRunningExperimentsAlone_data();
     void startUpLeavesRunningExperimentsAlone();
+    void readsTablesFromTheCard_data();
+    void readsTablesFromTheCard();
+    void silentCardDoesNotHoldTheStartUpForLong();
     void fanFollowsTheModel();
     void idleSamplesKeepTheInstrumentsClock();
     void convertsAndRebasesSamples();
@@ -62,7 +66,8 @@ private Q_SLOTS:
 
 private:
     using Bench = HandlerBench<MainInstrumentHandler>;
-    void makeBench(HardwareModel_t model);
+    void makeBench(HardwareModel_t model, int channels = 2);
+    bool startUp(int timeoutMs);
     void start(std::initializer_list<Node> nodes);
     void sendSample(double seconds, double volts, double coulombs = 0.0)
     {
@@ -87,12 +92,23 @@ void TestMainInstrumentHandler::init()
     makeBench(HardwareModel_t::Birch_2_2);
 }
 
-void TestMainInstrumentHandler::makeBench(HardwareModel_t model)
+void TestMainInstrumentHandler::makeBench(HardwareModel_t model, int channels)
 {
-    _bench = std::make_unique<Bench>(model, 2, roundMainRecord());
+    _bench = std::make_unique<Bench>(model, channels, roundMainRecord());
     _active = std::make_unique<QSignalSpy>(_bench->device.get(), &VekInstrumentHandler::activeDCDataReady);
     _idle = std::make_unique<QSignalSpy>(_bench->device.get(), &VekInstrumentHandler::idleDCDataReady);
     _nodes = std::make_unique<QSignalSpy>(_bench->device.get(), &VekInstrumentHandler::experimentNewElementStarting);
+}
+
+/// Runs the start-up to its end. @return whether it came in time and found the device connected
+bool TestMainInstrumentHandler::startUp(int timeoutMs)
+{
+    bool connected = false;
+    QObject context;
+    connect(_bench->handler.get(), &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, &context,
+            [&connected](bool isConnected) { connected = isConnected; });
+    QMetaObject::invokeMethod(_bench->handler.get(), "sendInitialDefaults", Qt::QueuedConnection);
+    return QTest::qWaitFor([&connected] { return connected; }, timeoutMs);
 }
 
 /// Uploads and starts nodes on channel 0; the data begin at 10 s of the instrument's clock.
@@ -124,11 +140,7 @@ void TestMainInstrumentHandler::startUpLeavesRunningExperimentsAlone()
     QFETCH(QByteArray, status);
     FakeInstrument &instrument = _bench->instrument;
     instrument.reply(PC_READ_DEVICE_STATUS, NT_DEVICE_STATUS, status);
-    bool connected = false;
-    connect(_bench->handler.get(), &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, this,
-            [&connected](bool isConnected) { connected = isConnected; });
-    QMetaObject::invokeMethod(_bench->handler.get(), "sendInitialDefaults", Qt::QueuedConnection);
-    QTRY_VERIFY(connected);
+    QVERIFY(startUp(2000));
     QTRY_COMPARE(instrument.count(PC_READ_GROUND_FLOAT), 1); // the last command
     QTEST(instrument.count(PC_CHANNEL_LIMITS), "limits");
     QTEST(instrument.count(PC_FAN_MODE), "fans");
@@ -136,6 +148,55 @@ void TestMainInstrumentHandler::startUpLeavesRunningExperimentsAlone()
     QCOMPARE(instrument.count(PC_READ_META_DATA), 1);
     QCOMPARE(_bench->handler->getChannelHandlers().at(1)->isRecoverDataAvailable(),
              (status.at(0) & 2) && status.size() == 2 && status.at(1) == 1);
+}
+
+void TestMainInstrumentHandler::readsTablesFromTheCard_data()
+{
+    QTest::addColumn<QByteArray>("payload");
+    QTest::addColumn<int>("announcedSize");
+    QTest::addColumn<QByteArray>("warning");
+    QTest::addColumn<bool>("isWritten");
+
+    const QByteArray table = "V_inputBuffer.csv,frequency,magnitude,phase\n1,1,0\n1000,0.5,-3";
+    QTest::newRow("good table") << table << table.size() << QByteArray() << true;
+    QTest::newRow("ragged table") << table + "\n2" << table.size() + 2
+                                  << QByteArray("Bench-1 channel 0: Error in calibration data.") << true;
+    QTest::newRow("nothing announced") << QByteArray() << 0
+                                       << QByteArray("Bench-1 channel 0: Error loading calibration data.") << false;
+}
+
+void TestMainInstrumentHandler::readsTablesFromTheCard()
+{
+    QFETCH(QByteArray, payload);
+    QFETCH(int, announcedSize);
+    QFETCH(QByteArray, warning);
+    QFETCH(bool, isWritten);
+    QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) +
+                QStringLiteral("/Brenmoor Apparatus/Calibration files/Bench-1"));
+    folder.removeRecursively();
+    makeBench(HardwareModel_t::Alder_2_5, 1);
+    FakeInstrument &instrument = _bench->instrument;
+    csvDataHeader_t header;
+    header.magic = csvDataHeader_t::expectedMagic;
+    header.payloadSize = announcedSize;
+    instrument.reply(PC_SD_CAL_HEADER_READ, NT_SD_CAL_HEADER, bytesOfRecord(header));
+    int position = 0;
+    instrument.on(PC_SD_CAL_DATA_NEXT, [&](const FakeInstrument::Command &) {
+        instrument.send(NT_SD_CAL_DATA, 0, payload.mid(position, 20));
+        position += 20;
+    });
+    if (!warning.isEmpty())
+        QTest::ignoreMessage(QtWarningMsg, warning.constData());
+    QVERIFY(startUp(2000));
+    QVERIFY(!_bench->handler->isSDCardReading(0));
+    QCOMPARE(folder.exists(QStringLiteral("V_inputBuffer.csv")), isWritten);
+}
+
+void TestMainInstrumentHandler::silentCardDoesNotHoldTheStartUpForLong()
+{
+    makeBench(HardwareModel_t::Alder_2_5);
+    QTest::ignoreMessage(QtWarningMsg, "[Bench-1] SD calibration read timed out on channel(s): 0, 1");
+    QVERIFY(startUp(10000));
 }
 
 void TestMainInstrumentHandler::fanFollowsTheModel()

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr double degreesPerRadian = 180.0 / 3.141592653589793;
+constexpr double pi = 3.141592653589793;
 
 }
 
@@ -23,7 +23,7 @@ ComplexDataPoint_t AcDataAverage::getDataPoint() const
     for (const ComplexDataPoint_t &point : _points)
         average.numPeriods += point.numPeriods;
     average.absZ = std::sqrt(average.realZ * average.realZ + average.imagZ * average.imagZ);
-    average.phaseDeg = std::atan2(average.imagZ, average.realZ) * degreesPerRadian;
+    average.phaseDeg = std::atan2(average.imagZ, average.realZ) * 180.0 / pi;
     const ComplexDataPoint_t &first = _points.front(); // its voltage range is not carried over: nothing reads it
     average.frequency = first.frequency;
     average.currentRange = first.currentRange;
