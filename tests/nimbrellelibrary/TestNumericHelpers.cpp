@@ -147,6 +147,7 @@ void TestNumericHelpers::manualSamplingIsSplit_data()
     QTest::newRow("ten seconds") << 10.0 << QByteArray::fromHex("0000803f") << 10u;
     QTest::newRow("a part more") << 1.5 << QByteArray::fromHex("0000403f") << 2u; // twice 0.75 s
     QTest::newRow("nothing") << 0.0 << QByteArray::fromHex("acc52737") << 1u;     // 1e-5 s
+    QTest::newRow("not a number") << qQNaN() << QByteArray::fromHex("acc52737") << 1u;
 }
 
 void TestNumericHelpers::manualSamplingIsSplit()

@@ -43,8 +43,8 @@ unsigned downsamplingFactor(float sampling, float maxPeriod)
 
 std::tuple<float, unsigned> NimbrelleLib::calcNewSamplingAndDownSampling(float sampling, float maxPeriod)
 {
-    const float interval = std::max(sampling, shortestInterval);
-    const unsigned factor = downsamplingFactor(interval, std::max(maxPeriod, shortestInterval));
+    const float interval = std::max(shortestInterval, sampling); // in this order NaN gives the shortest one
+    const unsigned factor = downsamplingFactor(interval, std::max(shortestInterval, maxPeriod));
     return {interval / static_cast<float>(factor), factor};
 }
 
