@@ -26,7 +26,7 @@ public:
     VekCompRange &operator=(const VekCompRange &other);
     ~VekCompRange();
 
-    /// Index of the loop's bandwidth; 0 is the slowest.
+    /// Index of the loop's bandwidth.
     unsigned char getBandwidthIndex() const;
     /// Sets the index of the loop's bandwidth; valid values are 0 to 10.
     void setBandwidthIndex(unsigned char index);
