@@ -4,17 +4,30 @@
 #include <QList>
 #include <QString>
 
+#include <complex>
 #include <tuple>
+#include <utility>
+#include <vector>
 
+enum class ADC_src_t : quint8;
 enum class HardwareModel_t : quint8;
 enum class currentRange_t : quint8;
-struct Node;
+class CalibrationData;
+struct ComplexDataPoint_t;
 struct ExpNode_t;
+struct Gale_AC_Header_t;
+struct Node;
+
+/// Options of the instrument's sampling, kept as they come; no analysis reads them.
+struct DataSampleOption {
+    quint8 bytes[16] = {};
+};
 
 /**
- * Static helpers that several rooms share: values in messages, frequency lists, sampling intervals.
+ * Static helpers that several rooms share: values in messages, frequency lists, sampling intervals; and the analysis of
+ * AC records, see nimbrellelibrary/ComplexDataPoint.h for its result.
  *
- * @thread Pure functions, hence free of any thread.
+ * @thread Pure functions, hence free of any thread; but setDataSampleOptions() is for one thread at a time.
  */
 class NimbrelleLib
 {
@@ -57,6 +70,62 @@ public:
     static void NUI_Node_set_downsampling(Node &node, float maxPeriod);
     /// The interval between two reported samples in seconds; 0.0 if the node has none.
     static float NUI_Node_get_original_sampling(const Node &node);
+
+    /**
+     * One impedance point from a mainline AC record, payload of NT_AC_DATA. Model and path take no part.
+     *
+     * @failure A record without samples, or of another length than its head says, gives a point of zeros and a debug
+     *          line. Without current the impedance is infinite.
+     */
+    static ComplexDataPoint_t AnalyzeFRA(const QByteArray &packet, const CalibrationData *cal, HardwareModel_t model,
+                                         QString path);
+    /**
+     * Impedance points from the batches of a battery cycler, one for each tone of the drive.
+     *
+     * The vectors run in parallel, one entry for each channel that takes part.
+     *
+     * @param data       each batch's words, current and voltage in turn, and how many words there are
+     * @param bipolar    the channels are a pair in series, not parallel ones
+     * @param channels   0-based numbers for the debug file
+     * @param debugPath  folder, with its closing separator, for a file of the samples; empty: none is written
+     * @param startTime  seconds of the instrument's clock at which that file's time begins
+     * @failure Without samples: no point, and a debug line.
+     */
+    static std::vector<ComplexDataPoint_t> AnalyzeFRA(std::vector<Gale_AC_Header_t> headers,
+                                                      std::vector<std::pair<int *, int>> &data,
+                                                      std::vector<const CalibrationData *> &cals, bool bipolar,
+                                                      std::vector<unsigned char> channels, QString debugPath,
+                                                      double startTime);
+    /// One impedance point from a record of stored data, whose transform the instrument has run; otherwise as above.
+    static ComplexDataPoint_t AnalyzeFourierOnRecover(const QByteArray &packet, const CalibrationData *cal,
+                                                      HardwareModel_t model, QString path);
+
+    /**
+     * Integrates over as many whole periods as the data hold; frequencies in hertz.
+     *
+     * @return harmonics + 2 entries: twice the mean, then the conjugate phasors of the fundamental and its harmonics;
+     *         empty for fewer than two samples
+     */
+    static std::vector<std::complex<double>> MultiFrequencyFourier(const std::vector<float> &data,
+                                                                   double sampleFrequency, double signalFrequency,
+                                                                   int harmonics);
+    /// Samples per period of the alias under which a frequency is sampled; negative when the alias runs backwards.
+    static double getRelativePeriod(double sampleFrequency, double frequency);
+    static double getRelativePeriod_pos(double sampleFrequency, double frequency); ///< its magnitude
+
+    /// Amplitude and phase at (harmonic + 1) periods per `period` samples, over the first `length` samples.
+    static ComplexDataPoint_t SingleFrequencyFourier(const std::vector<double> &data, double length, double period,
+                                                     int harmonic);
+    /// The same over as many whole periods as the data hold.
+    static ComplexDataPoint_t SingleFrequencyFourier(const std::vector<double> &data, double period, int harmonic);
+    /// Where samples begin to stay at the end of the converter's span; their count if they never do.
+    static int catchClipping(const std::vector<double> &data, double unused, ADC_src_t source);
+    /// The mean impedance; NaN without points, and zero in all other fields.
+    static ComplexDataPoint_t getAvgComplexDataPoint(const std::vector<ComplexDataPoint_t> &points);
+    static void setDataSampleOptions(const DataSampleOption &options);
+
+private:
+    static DataSampleOption _dataSamplingOptions;
 };
 
 /**

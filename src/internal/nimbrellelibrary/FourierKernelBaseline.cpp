@@ -1,0 +1,2 @@
+#define SUM_HARMONIC sumHarmonicBaseline
+#include "nimbrellelibrary/FourierKernelLoop.h"
