@@ -1,0 +1,53 @@
+#pragma once
+
+#include "support/SimulatorProcess.h"
+
+#include <VekDeviceTracker.h>
+#include <VekInstrumentHandler.h>
+
+#include <QElapsedTimer>
+#include <QtTest>
+
+/**
+ * A simulated instrument in a process of its own, connected through the public interface.
+ *
+ * Keeps what the instrument tells: samples, announcements, ends. Check isReady() before anything else.
+ *
+ * @thread The test's.
+ */
+class ConnectedInstrument : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ConnectedInstrument(const QString &name, const QStringList &simulatorArguments);
+    ~ConnectedInstrument() override;
+
+    bool isReady() const { return _handler != nullptr; }
+    const VekInstrumentHandler &handler() const { return *_handler; }
+    SimulatorProcess &simulator() { return _simulator; }
+
+    struct Sample {
+        int channel;
+        VekDCData data;
+    };
+    struct Announcement {
+        int channel;
+        VekExperimentNode node;
+        int samplesBefore; ///< samples of all channels that had come when it came
+    };
+    std::vector<Sample> samples;
+    std::vector<Announcement> announcements;
+    QStringList ends;
+    int losses = 0;
+
+    /// Runs the event loop until so many experiments have ended; false when that takes longer.
+    bool waitForEnds(int count, int timeoutMs);
+
+private:
+    void connectThroughTracker(const QString &name);
+    void listen();
+
+    SimulatorProcess _simulator;
+    const VekInstrumentHandler *_handler = nullptr;
+};

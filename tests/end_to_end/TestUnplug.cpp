@@ -1,0 +1,61 @@
+#include "ConnectedInstrument.h"
+
+#include "support/TestMain.h"
+
+#include <VekConstantCurrentElement.h>
+#include <VekExperiment.h>
+
+#include <QDir>
+#include <QRandomGenerator>
+
+class TestUnplug : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyKillIsToldOnceAndLeavesNoThread();
+};
+
+namespace {
+
+int threadCount()
+{
+    return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
+}
+
+VekExperiment longRun()
+{
+    VekConstantCurrentElement element(1e-3, 0.001, 3600.0);
+    VekExperiment experiment;
+    experiment.appendElement(element, 1);
+    return experiment;
+}
+
+} // namespace
+
+void TestUnplug::everyKillIsToldOnceAndLeavesNoThread()
+{
+    constexpr int kills = 20; // of the library; the client's own test adds its share
+    QRandomGenerator random(20261124);
+    const int threadsBefore = threadCount();
+    for (int i = 0; i < kills; ++i) {
+        QSignalSpy trackerLosses(VekDeviceTracker::Instance(), &VekDeviceTracker::deviceDisconnected);
+        const QString name = QStringLiteral("Kill%1").arg(i);
+        ConnectedInstrument instrument(name, {"--channels", "2", "--speed", "max", "--cell", "resistor:R=1000"});
+        QVERIFY(instrument.isReady());
+        QCOMPARE(instrument.handler().uploadExperimentToChannel(0, longRun()), VekErrorCode(VekErrorCode::Success));
+        QCOMPARE(instrument.handler().startUploadedExperiment(0), VekErrorCode(VekErrorCode::Success));
+        QTest::qWait(int(random.bounded(120)));
+        instrument.simulator().kill();
+        QTRY_COMPARE(instrument.losses, 1);
+        QTRY_COMPARE(trackerLosses.size(), 1);
+        QCOMPARE(instrument.handler().startUploadedExperiment(0), VekErrorCode(VekErrorCode::DeviceNotFound));
+        QVERIFY(VekDeviceTracker::Instance()->getConnectedDevices().empty());
+        QTRY_COMPARE(threadCount(), threadsBefore);
+        QCOMPARE(instrument.losses, 1);
+    }
+    VekDeviceTracker::Instance()->purgeStaleDevices();
+}
+
+NIMBRELLE_TEST_MAIN(TestUnplug)
+#include "TestUnplug.moc"
