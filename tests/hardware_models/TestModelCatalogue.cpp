@@ -6,6 +6,8 @@
 #include <cmath>
 
 using ModelPointer = std::shared_ptr<const HardwareModel>;
+Q_DECLARE_METATYPE(ModelPointer)
+Q_DECLARE_METATYPE(HardwareModel_t)
 
 namespace {
 
@@ -199,9 +201,6 @@ void TestModelCatalogue::driftIsCalibratedFromTheSmallestRange()
     QCOMPARE(ranges.last(), currentRange_t(0));
     QVERIFY(modelOf(HardwareModel_t::Alder_2_4)->getCurrentRangeListForOffsetDriftCalibration().isEmpty());
 }
-
-Q_DECLARE_METATYPE(ModelPointer)
-Q_DECLARE_METATYPE(HardwareModel_t)
 
 NIMBRELLE_TEST_MAIN(TestModelCatalogue)
 #include "TestModelCatalogue.moc"
