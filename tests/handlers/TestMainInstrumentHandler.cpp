@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QStandardPaths>
+#include <QtMath>
 
 namespace {
 
@@ -20,6 +21,24 @@ MainDcRecord_t dcRecord(double seconds, double volts, double amperes, double cou
     record.charge = coulombs;
     record.currentRange = currentRange_t(2);
     return record;
+}
+
+/// A record in current range 2 at gain 1 whose sine of 1,000 counts is 0.5 V and 5 mA, in phase: 100 ohms. It holds five
+/// periods.
+QByteArray acRecord(double seconds)
+{
+    constexpr int samples = 81;
+    P24ExperimentalAcData head = {};
+    head.tick = quint64(seconds * double(ticksPerSecond));
+    head.frequency = 64.0f;
+    head.samplePeriod = 1.0f / 1024.0f;
+    head.samplesPerSignal = samples;
+    head.flags = 3; // floats of the external converter
+    head.currentRange = currentRange_t(2);
+    QByteArray signal;
+    for (int i = 0; i < samples; ++i)
+        signal += wire(1000.0f * float(qSin(2.0 * M_PI * i / 16.0)));
+    return bytesOfRecord(head) + signal + signal;
 }
 
 QByteArray nodeBegin(quint16 index)
@@ -57,6 +76,8 @@ private Q_SLOTS:
     void manualSamplesBeginWithTheFirstOfAGroup();
     void announcesNodes();
     void clampsTheIndexOfANode();
+    void averagesTheRecordsOfAnImpedancePoint();
+    void finishesImpedancePointsOnlyInARun();
     void dropsPacketsThatDoNotFit();
     void modelsOfNoLineStaySilent();
     void endsExperiments_data();
@@ -340,6 +361,58 @@ void TestMainInstrumentHandler::clampsTheIndexOfANode()
     QVERIFY(_bench->settle());
     QCOMPARE(_nodes->size(), 2);
     QCOMPARE(_nodes->at(1).at(1).value<VekExperimentNode>().stepName, QStringLiteral("last"));
+}
+
+void TestMainInstrumentHandler::averagesTheRecordsOfAnImpedancePoint()
+{
+    QSignalSpy points(_bench->device.get(), &VekInstrumentHandler::activeACDataReady);
+    start({makeNode(int(NodeType_t::EisVoltage), QStringLiteral("Potentiostatic EIS"), 1)});
+    for (const double seconds : {11.0, 11.25, 11.5})
+        _bench->instrument.send(NT_AC_DATA, 0, acRecord(seconds));
+    QVERIFY(_bench->settle());
+    QVERIFY(points.isEmpty());
+    _bench->instrument.send(NT_AC_SAMPLE_DONE, 0);
+    _bench->instrument.send(NT_AC_SAMPLE_DONE, 0); // nothing measured: a point of zeros
+    QVERIFY(_bench->settle());
+    QCOMPARE(points.size(), 2);
+    const auto point = points.at(0).at(1).value<VekACData>();
+    QCOMPARE(point.timestamp, 1.5);
+    QCOMPARE(point.frequency, 64.0);
+    QVERIFY(qAbs(point.absoluteImpedance - 100.0) < 1e-3);
+    QVERIFY(qAbs(point.realImpedance - 100.0) < 1e-3);
+    QVERIFY(qAbs(point.phaseAngle) < 1e-3);
+    QVERIFY(qAbs(point.voltageAmplitude - 0.5) < 1e-4);
+    QVERIFY(qAbs(point.currentAmplitude - 0.005) < 1e-6);
+    QCOMPARE(point.numberOfCycles, 15.0);
+    const auto zeros = points.at(1).at(1).value<VekACData>();
+    QCOMPARE(zeros.timestamp, -10.0);
+    QCOMPARE(zeros.absoluteImpedance, 0.0);
+}
+
+void TestMainInstrumentHandler::finishesImpedancePointsOnlyInARun()
+{
+    QSignalSpy points(_bench->device.get(), &VekInstrumentHandler::activeACDataReady);
+    QSignalSpy recovered(_bench->device.get(), &VekInstrumentHandler::recoveryACDataReady);
+    const ChannelHandler &channel = *_bench->handler->getChannelHandlers().at(0);
+    _bench->instrument.send(NT_AC_DATA, 0, acRecord(1.0));
+    _bench->instrument.send(NT_AC_SAMPLE_DONE, 0);
+    QVERIFY(_bench->settle());
+    QCOMPARE(channel.ac.points.size(), std::size_t(1));
+
+    start({makeNode(int(NodeType_t::EisVoltage), QStringLiteral("Potentiostatic EIS"), 1)});
+    _bench->instrument.send(NT_EXPERIMENT_PAUSED, 0);
+    _bench->instrument.send(NT_AC_SAMPLE_DONE, 0);
+    _bench->instrument.send(NT_EXPERIMENT_RESUMED, 0);
+    QVERIFY(_bench->settle());
+    QVERIFY(channel.ac.points.empty());
+    QVERIFY(points.isEmpty());
+
+    _bench->handler->getChannelHandlers().at(0)->setRunningExperimentMode(ChannelHandler::MODE_RECOVERY);
+    _bench->instrument.send(NT_AC_DATA, 0, acRecord(12.0));
+    _bench->instrument.send(NT_AC_SAMPLE_DONE, 0);
+    QVERIFY(_bench->settle());
+    QVERIFY(points.isEmpty());
+    QCOMPARE(recovered.size(), 1);
 }
 
 void TestMainInstrumentHandler::dropsPacketsThatDoNotFit()

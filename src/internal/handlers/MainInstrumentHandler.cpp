@@ -1,8 +1,10 @@
 #include "handlers/MainInstrumentHandler.h"
 
 #include "calibration/RecordBytes.h"
+#include "handlers/AcDataAverage.h"
 #include "handlers/OutputData.h"
 #include "hardware_models/HardwareModel.h"
+#include "nimbrellelibrary/NimbrelleLib.h"
 #include "session/InstrumentOperator.h"
 
 #include <QDebug>
@@ -183,8 +185,25 @@ void MainInstrumentHandler::reportExperimentData(unsigned char channel, VekDCDat
         emitDCData(channel, data);
 }
 
-void MainInstrumentHandler::onExperimentACDataReceived(unsigned char, const QByteArray &)
+void MainInstrumentHandler::onExperimentACDataReceived(unsigned char channel, const QByteArray &payload)
 {
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler || line() != InstrumentLine::Main)
+        return;
+    handler->ac.points.push_back(
+        NimbrelleLib::AnalyzeFRA(payload, &calibrationOf(channel), modelNumber(), _info.deviceName));
+}
+
+void MainInstrumentHandler::onACDataSampleFinshed(unsigned char channel)
+{
+    if (line() != InstrumentLine::Main || !isChannelBusy(channel))
+        return;
+    ChannelHandler *const handler = channelAt(channel);
+    const ComplexDataPoint_t average = AcDataAverage(handler->ac.points).getDataPoint();
+    handler->ac.points.clear();
+    handler->startClockOnce(average.timestamp);
+    if (!isChannelPause(channel)) // a point that is finished in a pause is lost
+        emitACData(channel, average);
 }
 
 void MainInstrumentHandler::onACDataInvalidated(unsigned char, const QByteArray &)

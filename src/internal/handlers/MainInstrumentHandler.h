@@ -28,6 +28,7 @@ public Q_SLOTS:
     void onExperimentNodeCompleted(unsigned char channel, const QByteArray &payload) override;
     void onExperimentDCDataReceived(unsigned char channel, const QByteArray &payload) override;
     void onExperimentACDataReceived(unsigned char channel, const QByteArray &payload) override;
+    void onACDataSampleFinshed(unsigned char channel) override;
     void onACDataInvalidated(unsigned char channel, const QByteArray &payload) override;
     /// Takes in which channels hold recovery data and which still run an experiment.
     void channelstatusInformation(const QByteArray &payload);
