@@ -50,11 +50,3 @@ void GaleInstrumentHandler::postProcessDataAndEmit(unsigned char channel, const 
     data.timestamp -= handler->startTimestamp;
     emitDCData(channel, data);
 }
-
-void GaleInstrumentHandler::onACDataInvalidated(unsigned char, const QByteArray &)
-{
-}
-
-void GaleInstrumentHandler::onExperimentACDataReceived(unsigned char, const QByteArray &)
-{
-}

@@ -1,0 +1,76 @@
+#include "handlers/GaleInstrumentHandler.h"
+
+#include "calibration/RecordBytes.h"
+#include "handlers/DeltaPacket.h"
+#include "nimbrellelibrary/NimbrelleLib.h"
+
+#include <utility>
+
+namespace {
+
+constexpr quint32 samplesPerPacket = 8;
+
+/// Packets that carry so many samples, the last of them perhaps in part.
+qint32 packetsFor(quint32 samples)
+{
+    return qint32(samples / samplesPerPacket + (samples % samplesPerPacket != 0));
+}
+
+} // namespace
+
+void GaleInstrumentHandler::onACDataInvalidated(unsigned char channel, const QByteArray &payload)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler || line() != InstrumentLine::Gale)
+        return;
+    handler->ac.header = payload;
+    handler->ac.beginBatch(packetsFor(recordFromBytes<Gale_AC_Header_t>(payload).samplesPerSignal));
+}
+
+void GaleInstrumentHandler::onExperimentACDataReceived(unsigned char channel, const QByteArray &payload)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler || line() != InstrumentLine::Gale)
+        return;
+    handler->ac.data += unpackDeltaEncodedCompression(payload);
+    --handler->ac.packetsRemaining;
+    const Group group = groupOf(*handler);
+    if (packetsAwaitedBy(group) != 0)
+        return;
+    const std::vector<ComplexDataPoint_t> points = analyseBatch(*handler, group);
+    const bool isLinked = !handler->linkedChannels.empty();
+    ChannelHandler *const target = isLinked ? channelAt(handler->masterChannel) : handler;
+    if (points.empty() || !target)
+        return; // nothing is reset: the next header begins anew
+    target->startClockOnce(points.front().timestamp);
+    if (isChannelPause(channel)) // the channel that completed the batch, not the target
+        return;
+    for (const ComplexDataPoint_t &point : points)
+        emitACData(target->getChannelNumber(), point);
+    for (ChannelHandler *const member : group)
+        member->ac.packetsRemaining = member->ac.packetsTotal;
+}
+
+qint64 GaleInstrumentHandler::packetsAwaitedBy(const Group &group)
+{
+    qint64 awaited = 0;
+    for (const ChannelHandler *const member : group)
+        awaited += member->ac.packetsRemaining;
+    return awaited;
+}
+
+std::vector<ComplexDataPoint_t> GaleInstrumentHandler::analyseBatch(const ChannelHandler &channel,
+                                                                    const Group &group) const
+{
+    std::vector<Gale_AC_Header_t> headers;
+    std::vector<std::pair<int *, int>> words;
+    std::vector<const CalibrationData *> calibrations;
+    for (ChannelHandler *const member : group) {
+        QByteArray &data = member->ac.data;
+        headers.push_back(recordFromBytes<Gale_AC_Header_t>(member->ac.header));
+        words.emplace_back(reinterpret_cast<int *>(data.data()), data.size() / int(sizeof(int)));
+        calibrations.push_back(&calibrationOf(member->getChannelNumber()));
+    }
+    const bool bipolar = !channel.linkedChannels.empty() && channel.bipolar;
+    return NimbrelleLib::AnalyzeFRA(headers, words, calibrations, bipolar, {}, QString(), 0.0);
+}
