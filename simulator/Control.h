@@ -9,12 +9,13 @@ struct Control {
         CappedVoltage, ///< volts, with a current that never exceeds the cap
         Power,         ///< watts; positive charges the cell
         Resistance,    ///< ohms: the load that the cell sees
+        MaximumPower,  ///< whatever current takes the most power out of the cell, up to the cap
     };
 
     Law law = Law::OpenCircuit;
     double value = 0.0;
     double slope = 0.0; ///< of the value per second; of current and voltage alone
-    double cap = 0.0;   ///< amperes, with the sign that the current has then; of CappedVoltage alone
+    double cap = 0.0;   ///< amperes, with the sign that the current has then; of CappedVoltage and MaximumPower
 
     /// The same control some seconds later.
     Control after(double seconds) const

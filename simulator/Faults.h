@@ -2,11 +2,11 @@
 
 #include "link/Notifications.h"
 #include "link/PCcommand.h"
+#include "simulator/SdCard.h"
+#include "simulator/SimulatedChannel.h"
 
 #include <QSet>
 #include <QString>
-
-#include "simulator/SimulatedChannel.h"
 
 /**
  * What the instrument does wrong on purpose, as the user asked for it with `--fault KIND[:ARGUMENTS]`.
@@ -27,6 +27,7 @@ struct Faults {
     int pieceSize = 0;            ///< frames go out in pieces of so many bytes; 0: whole
     double disconnectAt = -1.0;   ///< seconds of instrument time after the first start; negative: never
     qint64 disconnectAfter = -1;  ///< DC records; negative: never
+    SdCardFaults sdCard;
     QVector<TimedEvent> events;
 
     /// Adds the fault that a text names. @return an empty text, or what is wrong with it

@@ -46,6 +46,9 @@ bool NodeProgram::isRunnable(NodeType_t type)
     case NodeType_t::PulseSqrCurrent:
     case NodeType_t::ConstantResistance:
     case NodeType_t::ConstantPower:
+    case NodeType_t::MaximumPowerPoint:
+    case NodeType_t::EisVoltage:
+    case NodeType_t::EisCurrent:
     case NodeType_t::StepVoltage:
     case NodeType_t::StepCurrent:
     case NodeType_t::PseudoConstantVoltage:
@@ -81,6 +84,12 @@ void NodeProgram::unfold(const ExpNode_t &node, double openCircuit)
         const double cap = std::copysign(at(node, 24), bitAt(node, 28) ? 1.0 : -1.0);
         return hold({cap == 0.0 ? Law::Voltage : Law::CappedVoltage, at(node, 12) + firstOcp, 0.0, cap});
     }
+    case NodeType_t::MaximumPowerPoint:
+        return hold({Law::MaximumPower});
+    case NodeType_t::EisVoltage:
+        return impedance({Law::Voltage, at(node, 8) + firstOcp}, node);
+    case NodeType_t::EisCurrent:
+        return impedance({Law::Current, at(node, 8)}, node);
     case NodeType_t::ConstantResistance:
         return hold({Law::Resistance, at(node, 12)});
     case NodeType_t::ConstantPower:
@@ -141,8 +150,8 @@ void NodeProgram::pulses(Control::Law law, const ExpNode_t &node, double start, 
     const NodeType_t type = node.nodeType();
     const double height = at(node, 16);
     const double step = std::copysign(at(node, 20), end - start);
-    const Segment base{{law}, at(node, 28), at(node, 24)};
-    const Segment pulse{{law}, at(node, 36), at(node, 32)};
+    const Segment base{{law}, at(node, 28), nullptr, at(node, 24)};
+    const Segment pulse{{law}, at(node, 36), nullptr, at(node, 32)};
     const bool isNormal = type == NodeType_t::PulseNormalVoltage || type == NodeType_t::PulseNormalCurrent;
     const bool isSquare = type == NodeType_t::PulseSqrVoltage || type == NodeType_t::PulseSqrCurrent;
     const double amplitude = std::copysign(height, end - start);
@@ -161,5 +170,21 @@ void NodeProgram::pulses(Control::Law law, const ExpNode_t &node, double start, 
         else
             segment.control.value = isPulse ? level + height : level;
         return segment;
+    };
+}
+
+void NodeProgram::impedance(const Control &bias, const ExpNode_t &node)
+{
+    const auto plans = std::make_shared<const std::vector<AcPlan>>(planImpedance(node));
+    _plans = plans;
+    _interval = 0.0;
+    _valid = !plans->empty();
+    _count = int(plans->size());
+    _duration = 0.0;
+    for (const AcPlan &plan : *plans)
+        _duration += plan.duration();
+    _segment = [plans, bias](int index) {
+        const AcPlan &plan = plans->at(std::size_t(index));
+        return Segment{bias, plan.duration(), &plan};
     };
 }

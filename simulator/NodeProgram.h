@@ -2,15 +2,18 @@
 
 #include "elements/ExpNode.h"
 #include "simulator/Control.h"
+#include "simulator/ImpedanceSweep.h"
 
 #include <functional>
 #include <limits>
+#include <memory>
 
 /// A stretch of a node during which one control holds.
 struct Segment {
     Control control;
     double duration = std::numeric_limits<double>::infinity(); ///< seconds
-    double span = 0.0; ///< of a pulse node: the last part of it, over which its one sample is averaged
+    const AcPlan *acPlan = nullptr; ///< of an impedance node: the record that ends with this segment
+    double span = 0.0;              ///< of a pulse node: the last part of it, over which its one sample is averaged
 };
 
 /**
@@ -23,6 +26,7 @@ struct Segment {
  *   at level + amplitude in the direction of the sweep, then the backward half at level - amplitude.
  * - The pseudo constant voltage is a voltage reached by steering the current, which never exceeds the given value; with
  *   a value of 0 it is a plain constant voltage.
+ * - Impedance nodes hold their bias; each segment ends with an AC record.
  */
 class NodeProgram
 {
@@ -47,6 +51,7 @@ public:
     double leastCurrentRate() const { return _leastCurrentRate; }
     /// False when the record makes no sense: no positive sampling interval, scan rate or duration.
     bool isValid() const { return _valid; }
+    bool isImpedance() const { return _plans != nullptr; }
 
 private:
     void unfold(const ExpNode_t &node, double openCircuit);
@@ -55,7 +60,10 @@ private:
     void staircase(Control::Law law, double start, double end, double step, double stepDuration, bool continues);
     void pulses(Control::Law law, const ExpNode_t &node, double start, double end);
 
+    void impedance(const Control &bias, const ExpNode_t &node);
+
     std::function<Segment(int)> _segment;
+    std::shared_ptr<const std::vector<AcPlan>> _plans; ///< of an impedance node
     int _count = 0;
     double _duration = std::numeric_limits<double>::infinity();
     double _interval = 0.0;

@@ -175,6 +175,8 @@ void NodeRunner::beginSegment(int index)
 {
     _segmentIndex = index;
     _segment = _program.segment(index);
+    if (_segment.control.law == Control::Law::MaximumPower)
+        _segment.control.cap = _currentLimit;
     _segmentStart = _time;
 }
 
@@ -216,20 +218,23 @@ void NodeRunner::step()
     if (!advanceTo(nextInstant()))
         return arrive();
     const Verdict verdict = judge();
-    report(_reading);
+    reportSample(_reading);
     finish(verdict);
 }
 
 void NodeRunner::arrive()
 {
-    const bool isEnd = _time >= _nodeEnd;
     const bool isSegmentEnd = _time >= _segmentStart + _segment.duration;
+    const bool isLastSegment = _segmentIndex + 1 >= _program.segmentCount();
+    const bool isEnd = _time >= _nodeEnd || (isSegmentEnd && isLastSegment);
     const bool isDue = _time >= nextSampleTime();
     if (isDue)
         ++_sampleCount;
     const std::optional<RunSample> before = _lastSample;
-    if (isEnd || isDue || (isSegmentEnd && _program.interval() <= 0.0))
+    if (isSegmentEnd && _program.interval() <= 0.0)
         report(_reading);
+    else if (isEnd || isDue)
+        reportSample(_reading);
     if (_over)
         return;
     if (isEnd || (isDue && before && hasSettled(*before)))
@@ -251,7 +256,19 @@ void NodeRunner::finish(const Verdict &verdict)
 void NodeRunner::report(const CellReading &reading)
 {
     _lastSample = RunSample{tickAt(_time), reading, _charge};
-    _observer.onSample(*_lastSample);
+    if (_segment.acPlan)
+        _observer.onAcRecord(*_lastSample, *_segment.acPlan,
+                             _regulator.cell().impedance(double(_segment.acPlan->frequency)));
+    else
+        _observer.onSample(*_lastSample);
+}
+
+/// An impedance node that is broken off has nothing to report: it has no DC samples, and half a record is none.
+void NodeRunner::reportSample(const CellReading &reading)
+{
+    const bool isReported = _lastSample && _lastSample->tick == tickAt(_time);
+    if (!_segment.acPlan && !isReported)
+        report(reading);
 }
 
 bool NodeRunner::hasSettled(const RunSample &before) const
@@ -378,7 +395,7 @@ void NodeRunner::skip(quint64 tick)
     catchUp(tick);
     if (_over)
         return;
-    report(_regulator.read(controlAt(_time)));
+    reportSample(_regulator.read(controlAt(_time)));
     closePass();
     _observer.onNodeSkipped();
     enter(_index + 1);
@@ -393,8 +410,7 @@ void NodeRunner::stop(quint64 tick, ExpStopType_t reason)
         catchUp(tick);
     if (_over)
         return;
-    if (!_lastSample || _lastSample->tick != tickAt(_time))
-        report(_regulator.read(wasPaused ? Control() : controlAt(_time)));
+    reportSample(_regulator.read(wasPaused ? Control() : controlAt(_time)));
     finish({false, reason});
 }
 

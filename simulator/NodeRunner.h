@@ -36,6 +36,8 @@ public:
     virtual ~RunObserver() = default;
     virtual void onNodeBegin(quint64 tick, int index) = 0;
     virtual void onSample(const RunSample &sample) = 0;
+    /// An AC record has been taken around this reading; the cell's impedance is that of the present state.
+    virtual void onAcRecord(const RunSample &sample, const AcPlan &plan, std::complex<double> impedance) = 0;
     virtual void onNodeDone(quint64 tick, int index) = 0;
     virtual void onNodeSkipped() = 0;
     /// The run is over; the observer may drop the runner after this call has returned to it.
@@ -114,6 +116,7 @@ private:
     Control controlAt(double time) const { return _segment.control.after(time - _segmentStart); }
     quint64 tickAt(double time) const;
     void report(const CellReading &reading);
+    void reportSample(const CellReading &reading);
     void catchUp(quint64 tick);
 
     Regulator &_regulator;

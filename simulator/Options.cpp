@@ -23,6 +23,7 @@ struct Words {
     double noise = 0.0;
     double temperature = 25.0;
     double counterResistance = 0.0;
+    std::vector<std::string> harmonics;
     std::string link;
     std::vector<std::string> faults;
     std::string truth;
@@ -59,6 +60,7 @@ void declare(CLI::App &app, Words &words)
     app.add_option("--counter-resistance", words.counterResistance, "Ohms between reference and counter electrode")
         ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
+    app.add_option("--harmonic", words.harmonics, "Harmonic of the current in AC records, ORDER=SHARE")->take_all();
     app.add_option("--link", words.link, "Path of a symbolic link to the port");
     app.add_option("--fault", words.faults, "Fault to simulate; may be given several times")->take_all();
     app.add_option("--truth", words.truth, "File for every DC record that is sent, in physical units");
@@ -117,6 +119,22 @@ std::vector<std::unique_ptr<Cell>> makeCells(const Words &words)
     return cells;
 }
 
+AcFrontEnd::Harmonics readHarmonics(const std::vector<std::string> &texts)
+{
+    AcFrontEnd::Harmonics harmonics;
+    for (const std::string &text : texts) {
+        const QStringList parts = QString::fromStdString(text).split(QLatin1Char('='));
+        bool isOrder = false;
+        bool isShare = false;
+        const int order = parts.first().toInt(&isOrder);
+        const double share = parts.last().toDouble(&isShare);
+        if (parts.size() != 2 || !isOrder || !isShare || order < 2 || order > 12)
+            throw Complaint(QStringLiteral("--harmonic takes ORDER=SHARE with an order from 2 to 12"));
+        harmonics[order] = share;
+    }
+    return harmonics;
+}
+
 Options understand(const Words &words)
 {
     Options options;
@@ -131,6 +149,7 @@ Options understand(const Words &words)
     options.instrument.channel.temperature = words.temperature;
     options.instrument.channel.counterResistance = words.counterResistance;
     options.instrument.channel.seed = words.seed;
+    options.instrument.channel.harmonics = readHarmonics(words.harmonics);
     for (const std::string &fault : words.faults) {
         const QString error = options.instrument.faults.add(QString::fromStdString(fault));
         if (!error.isEmpty())

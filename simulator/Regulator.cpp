@@ -103,6 +103,8 @@ double Regulator::currentUnder(const Control &control) const
         return currentAtPower(control.value);
     case Control::Law::Resistance:
         return currentAtLoad(control.value);
+    case Control::Law::MaximumPower:
+        return currentOfMaximumPower(control.cap);
     }
     return 0.0;
 }
@@ -142,4 +144,23 @@ double Regulator::currentAtLoad(double ohms) const
         current = next;
     }
     return current;
+}
+
+/// The power that a cell gives has one maximum between no current and the cap: ternary search.
+double Regulator::currentOfMaximumPower(double cap) const
+{
+    const double direction = _cell->openCircuitVoltage() >= 0.0 ? -1.0 : 1.0;
+    const auto power = [this, direction](double magnitude) {
+        return -_cell->voltageAt(direction * magnitude) * direction * magnitude;
+    };
+    double low = 0.0;
+    double high = cap;
+    while (high - low > 1e-9 * cap) {
+        const double third = (high - low) / 3.0;
+        if (power(low + third) < power(high - third))
+            low += third;
+        else
+            high -= third;
+    }
+    return direction * 0.5 * (low + high);
 }

@@ -39,6 +39,7 @@ private:
     double currentUnder(const Control &control) const;
     double currentAtPower(double watts) const;
     double currentAtLoad(double ohms) const;
+    double currentOfMaximumPower(double cap) const;
 
     std::unique_ptr<Cell> _cell;
 };

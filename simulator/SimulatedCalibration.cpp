@@ -13,8 +13,6 @@ constexpr double nominalGains[] = {1, 2, 5, 10, 20, 50, 100, 200, 500, 1000};
 constexpr double headroom = 1.06;     ///< what a range reads beyond its full scale
 constexpr double readingSpan = 32000; ///< raw counts at the headroom
 constexpr double settingSpan = 30000; ///< DAC counts at the full scale
-constexpr qint16 nominalVoltageReference = 731;
-constexpr qint16 nominalCurrentReference = -417;
 constexpr quint32 thermocoupleFault = 1u << 16;
 
 double nominalGain(ACgain_t gain)
@@ -161,11 +159,22 @@ double SimulatedCalibration::measuredGain(const float (&stage1)[3], float stage2
     return double(product);
 }
 
+double SimulatedCalibration::voltsPerRaw(ACgain_t gain) const
+{
+    return double(_record.eweGainBase) /
+           measuredGain(_record.weStage1Gain, _record.weStage2Gain, _record.weStage3Gain, gain);
+}
+
 double SimulatedCalibration::rawVoltage(double voltage, ACgain_t gain, qint16 reference) const
 {
-    const double ladder = measuredGain(_record.weStage1Gain, _record.weStage2Gain, _record.weStage3Gain, gain);
-    const double perCount = double(_record.eweGainBase) / ladder;
-    return (voltage - double(_record.eweOffset[index(gain)]) - reference * double(_record.eweRefCoeff)) / perCount;
+    const double offset = double(_record.eweOffset[index(gain)]) + reference * double(_record.eweRefCoeff);
+    return (voltage - offset) / voltsPerRaw(gain);
+}
+
+double SimulatedCalibration::amperesPerRaw(currentRange_t range, ACgain_t gain) const
+{
+    return double(_record.currentGain[index(range)]) /
+           measuredGain(_record.iStage1Gain, _record.iStage2Gain, _record.iStage3Gain, gain);
 }
 
 double SimulatedCalibration::rawCurrent(double current, currentRange_t range, ACgain_t gain, qint16 reference,
@@ -186,8 +195,8 @@ MainDcRecord_t SimulatedCalibration::toRecord(const DcSample &sample, currentRan
     MainDcRecord_t raw = {};
     raw.tick = sample.tick;
     raw.charge = sample.charge;
-    raw.voltageRef = nominalVoltageReference;
-    raw.currentRef = nominalCurrentReference;
+    raw.voltageRef = voltageReference;
+    raw.currentRef = currentReference;
     raw.temperature = temperatureWord(sample.temperature);
     raw.currentRange = currentRange;
     raw.voltageRange = voltageRange;

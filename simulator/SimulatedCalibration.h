@@ -45,6 +45,20 @@ public:
     currentRange_t rangeForCurrent(double current) const;
     voltageRange_t rangeForVoltage(double voltage) const;
 
+    /// What the converters read of their own references while they measure.
+    static constexpr qint16 voltageReference = 731;
+    static constexpr qint16 currentReference = -417;
+
+    /// The raw reading that stands for a voltage, and a raw unit's volts, at a gain of the voltage path.
+    double rawVoltage(double voltage, ACgain_t gain) const { return rawVoltage(voltage, gain, voltageReference); }
+    double voltsPerRaw(ACgain_t gain) const;
+    /// The same for a current; in AC records the common mode of the high-side ranges is left out.
+    double rawCurrentWithoutCommonMode(double current, currentRange_t range, ACgain_t gain) const
+    {
+        return rawCurrent(current, range, gain, currentReference, 0.0f);
+    }
+    double amperesPerRaw(currentRange_t range, ACgain_t gain) const;
+
     MainDcRecord_t toRecord(const DcSample &sample, currentRange_t currentRange, voltageRange_t voltageRange) const;
 
     /// The set points that a raw code of the host stands for.

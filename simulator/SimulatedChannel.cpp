@@ -36,10 +36,12 @@ const SimulatedChannel::CommandRow SimulatedChannel::commandRows[] = {
     {PC_CHANNEL_LIMITS, &SimulatedChannel::setSafetyLimits},
 };
 
-SimulatedChannel::SimulatedChannel(int number, std::shared_ptr<const HardwareModel> model, std::unique_ptr<Cell> cell,
+SimulatedChannel::SimulatedChannel(int number, std::shared_ptr<const HardwareModel> model,
+                                   std::shared_ptr<const AnalogResponse> response, std::unique_ptr<Cell> cell,
                                    const Setup &setup, ChannelOutput &output)
     : _number(number), _model(model), _output(output), _setup(setup), _random(setup.seed * 64 + quint64(number)),
-      _calibration(model, quint32(setup.seed), number), _regulator(std::move(cell))
+      _calibration(model, quint32(setup.seed), number),
+      _acFrontEnd(model, std::move(response), setup.harmonics, setup.noise), _regulator(std::move(cell))
 {
     if (!_model->supportsTemperature())
         _setup.temperature = std::numeric_limits<double>::quiet_NaN();
@@ -67,6 +69,12 @@ void SimulatedChannel::step()
         _runner->step();
     else if (_freeRun)
         stepFreeRun();
+    obeyPendingStop();
+}
+
+/// What an observer's call found out about the run waits until the run can be ended.
+void SimulatedChannel::obeyPendingStop()
+{
     if (_pendingStop && _mode == Mode::Experiment)
         _runner->stop(0, *_pendingStop);
     else if (_pendingStop && _mode == Mode::Manual)
@@ -124,6 +132,9 @@ void SimulatedChannel::onNodeBegin(quint64 tick, int index)
     _currentRangeSetting = currentNibble == automatic ? ::index(currentRange_t::Auto) : currentNibble;
     _voltageRangeSetting = voltageNibble == automatic ? ::index(voltageRange_t::Auto) : voltageNibble;
     send(NT_NODE_BEGIN, packed(tick, quint16(index)));
+    const bool isImpedance = node.nodeType() == NodeType_t::EisVoltage || node.nodeType() == NodeType_t::EisCurrent;
+    if (isImpedance && !_model->isSupportACExperiment())
+        _pendingStop = STOP_BAD_NODE;
 }
 
 void SimulatedChannel::onSample(const RunSample &sample)
@@ -134,6 +145,16 @@ void SimulatedChannel::onSample(const RunSample &sample)
     }
     chooseRanges(sample.reading);
     sendDcRecord(sample);
+}
+
+void SimulatedChannel::onAcRecord(const RunSample &sample, const AcPlan &plan, std::complex<double> impedance)
+{
+    meetEvents(sample.tick);
+    checkTemperature();
+    const AcMeasurement measurement{plan, sample.tick, sample.reading, impedance};
+    send(NT_AC_DATA, _acFrontEnd.record(measurement, _calibration, _random));
+    if (plan.isLast)
+        send(NT_AC_SAMPLE_DONE);
 }
 
 void SimulatedChannel::onNodeDone(quint64 tick, int index)
@@ -268,6 +289,7 @@ SimulatedChannel::Answer SimulatedChannel::startExperiment(const QByteArray &, q
                 _runner->setSafetyLimits(_limits);
                 _runner->setInstrumentLimits(toleratedOver * _model->getIMax(), toleratedOver * _model->getVMax(true));
                 _runner->start(now);
+                obeyPendingStop();
             }};
 }
 

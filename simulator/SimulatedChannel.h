@@ -3,6 +3,7 @@
 #include "link/FirmwareErrorCode.h"
 #include "link/Notifications.h"
 #include "link/PCcommand.h"
+#include "simulator/AcFrontEnd.h"
 #include "simulator/FreeRun.h"
 #include "simulator/NodeRunner.h"
 #include "simulator/NodeStore.h"
@@ -46,11 +47,13 @@ public:
         double temperature = 0.0;       ///< degrees Celsius; NaN without a thermocouple
         double counterResistance = 0.0; ///< ohms between reference and counter electrode
         quint64 seed = 1;
+        AcFrontEnd::Harmonics harmonics; ///< of the current in AC records
         QVector<TimedEvent> events;
     };
 
-    SimulatedChannel(int number, std::shared_ptr<const HardwareModel> model, std::unique_ptr<Cell> cell,
-                     const Setup &setup, ChannelOutput &output);
+    SimulatedChannel(int number, std::shared_ptr<const HardwareModel> model,
+                     std::shared_ptr<const AnalogResponse> response, std::unique_ptr<Cell> cell, const Setup &setup,
+                     ChannelOutput &output);
 
     /// When step() has something to do; the largest number if nothing.
     quint64 nextTick() const;
@@ -106,6 +109,7 @@ private:
 
     void onNodeBegin(quint64 tick, int index) override;
     void onSample(const RunSample &sample) override;
+    void onAcRecord(const RunSample &sample, const AcPlan &plan, std::complex<double> impedance) override;
     void onNodeDone(quint64 tick, int index) override;
     void onNodeSkipped() override;
     void onRunDone(quint64 tick, ExpStopType_t reason) override;
@@ -114,6 +118,7 @@ private:
     void begin(Mode mode, quint64 now);
     void endManual(quint64 tick, ExpStopType_t reason);
     void stepFreeRun();
+    void obeyPendingStop();
     void meetEvents(quint64 tick);
     void checkTemperature();
     void chooseRanges(const CellReading &reading);
@@ -127,6 +132,7 @@ private:
     Setup _setup;
     Random _random;
     SimulatedCalibration _calibration;
+    AcFrontEnd _acFrontEnd;
     Regulator _regulator;
     NodeStore _store;
     std::unique_ptr<NodeRunner> _runner; ///< kept after its end until the next start

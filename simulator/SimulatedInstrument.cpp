@@ -53,9 +53,12 @@ SimulatedInstrument::SimulatedInstrument(const Setup &setup, std::vector<std::un
 {
     _setup.channel.events = _setup.faults.events;
     ChannelOutput &output = *this;
+    const auto response = std::make_shared<const AnalogResponse>(*_model, quint32(setup.channel.seed));
     for (auto &cell : cells)
-        _channels.push_back(
-            std::make_unique<SimulatedChannel>(int(_channels.size()), _model, std::move(cell), _setup.channel, output));
+        _channels.push_back(std::make_unique<SimulatedChannel>(int(_channels.size()), _model, response, std::move(cell),
+                                                               _setup.channel, output));
+    if (_model->sdCardHasCalData())
+        _sdCard.setContents(response->tables(), _setup.faults.sdCard);
     _hardwareRecord.append(char(setup.model)).append(setup.name.toUtf8().left(hardwareRecordSize - 2)).append('\n');
     _hardwareRecord.append(hardwareRecordSize - _hardwareRecord.size(), '\0');
     _timer.setTimerType(Qt::PreciseTimer);
@@ -242,6 +245,8 @@ void SimulatedInstrument::answerSdHeader(const Frame &)
 
 void SimulatedInstrument::answerSdData(const Frame &)
 {
+    if (!_sdCard.hasData())
+        return;
     const SdCard::Packet packet = _sdCard.nextData();
     send(packet.channel, NT_SD_CAL_DATA, packet.bytes);
 }

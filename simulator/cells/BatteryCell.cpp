@@ -41,6 +41,13 @@ double BatteryCell::currentAt(double voltage) const
     return (voltage - restVoltage()) / _parameters.series;
 }
 
+std::complex<double> BatteryCell::impedance(double frequency) const
+{
+    const double perCoulomb = openCircuitSlope(stateOfCharge()) / _parameters.capacity;
+    const std::complex<double> storage(0.0, -perCoulomb / (2.0 * M_PI * frequency));
+    return _parameters.series + _element.impedance(frequency) + storage;
+}
+
 double BatteryCell::passCurrent(double current, double slope, double seconds)
 {
     const double charge = (current + 0.5 * slope * seconds) * seconds;

@@ -10,7 +10,7 @@
  *   U(s) = 3.6 + 0.45 s + 0.06 ln((s + 0.001) / (1.001 - s)) volts,
  * a sloping plateau between two logarithmic ends, as of an intercalation electrode with a nearly ideal solid solution.
  * Beyond 0 and 1 the curve goes on as its tangent. While charging only the share `efficiency` of the current is stored:
- * dq/dt = efficiency I for I > 0, else I.
+ * dq/dt = efficiency I for I > 0, else I. Impedance: Rs + R / (1 + j w R C) + (dU/dq) / (j w).
  */
 class BatteryCell : public Cell
 {
@@ -31,6 +31,7 @@ public:
     double currentAt(double voltage) const override;
     double passCurrent(double current, double slope, double seconds) override;
     double holdVoltage(double voltage, double slope, double seconds) override;
+    std::complex<double> impedance(double frequency) const override;
 
     double stateOfCharge() const { return _stored / _parameters.capacity; }
     /// Volts at rest, and their slope, at a state of charge.

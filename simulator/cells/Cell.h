@@ -2,6 +2,7 @@
 
 #include "simulator/Control.h"
 
+#include <complex>
 #include <memory>
 
 /// Voltage of the working electrode against the reference, and current into it, at one instant.
@@ -32,6 +33,9 @@ public:
     /// Lets time pass under a voltage that starts at @p voltage and changes by @p slope volts a second.
     /// @return the charge that went in, in coulombs
     virtual double holdVoltage(double voltage, double slope, double seconds) = 0;
+
+    /// Small-signal impedance in ohms around the present state, at a frequency in hertz.
+    virtual std::complex<double> impedance(double frequency) const = 0;
 
     double openCircuitVoltage() const { return voltageAt(0.0); }
 };

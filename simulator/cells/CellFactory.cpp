@@ -1,9 +1,12 @@
 #include "simulator/cells/CellFactory.h"
 
 #include "simulator/cells/BatteryCell.h"
+#include "simulator/cells/CoatingCell.h"
+#include "simulator/cells/RandlesWarburgCell.h"
 #include "simulator/cells/RcCell.h"
 #include "simulator/cells/RedoxCell.h"
 #include "simulator/cells/ResistorCell.h"
+#include "simulator/cells/SemiconductorCell.h"
 
 #include <QMap>
 #include <QStringList>
@@ -47,6 +50,15 @@ std::unique_ptr<Cell> makeRc(const Values &values)
                                     RcElement{values[QStringLiteral("R")], values[QStringLiteral("C")]});
 }
 
+/// Randles' circuit without diffusion is the RC cell under the names that an electrochemist gives its parts.
+std::unique_ptr<Cell> makeRandles(const Values &values)
+{
+    const RcElement interface {
+        values[QStringLiteral("Rct")], values[QStringLiteral("C")]
+    };
+    return std::make_unique<RcCell>(values[QStringLiteral("Rs")], interface);
+}
+
 std::unique_ptr<Cell> makeBattery(const Values &values)
 {
     BatteryCell::Parameters parameters;
@@ -76,6 +88,40 @@ std::unique_ptr<Cell> makeRedox(const Values &values)
     return std::make_unique<RedoxCell>(parameters);
 }
 
+std::unique_ptr<Cell> makeWarburg(const Values &values)
+{
+    RandlesWarburgCell::Parameters parameters;
+    parameters.series = values[QStringLiteral("Rs")];
+    parameters.transfer = values[QStringLiteral("Rct")];
+    parameters.capacitance = values[QStringLiteral("C")];
+    parameters.warburg = values[QStringLiteral("W")];
+    return std::make_unique<RandlesWarburgCell>(parameters);
+}
+
+std::unique_ptr<Cell> makeCoating(const Values &values)
+{
+    CoatingCell::Parameters parameters;
+    parameters.series = values[QStringLiteral("Rs")];
+    parameters.coatingCapacitance = values[QStringLiteral("Cc")];
+    parameters.pores = values[QStringLiteral("Rpo")];
+    parameters.layerCapacitance = values[QStringLiteral("Cdl")];
+    parameters.transfer = values[QStringLiteral("Rct")];
+    return std::make_unique<CoatingCell>(parameters);
+}
+
+std::unique_ptr<Cell> makeSemiconductor(const Values &values)
+{
+    SemiconductorCell::Parameters parameters;
+    parameters.series = values[QStringLiteral("Rs")];
+    parameters.leak = values[QStringLiteral("R")];
+    parameters.flatBand = values[QStringLiteral("Efb")];
+    parameters.donors = values[QStringLiteral("N")];
+    parameters.permittivity = values[QStringLiteral("eps")];
+    parameters.area = values[QStringLiteral("A")];
+    parameters.temperature = values[QStringLiteral("T")];
+    return std::make_unique<SemiconductorCell>(parameters);
+}
+
 const QVector<CellKind> &cellKinds()
 {
     // clang-format off
@@ -89,6 +135,15 @@ const QVector<CellKind> &cellKinds()
                    {"cO", 1e-4, Bound::Positive}, {"D", 1e-9, Bound::Positive}, {"A", 1e-5, Bound::Positive},
                    {"k0", 1e-2, Bound::Positive}, {"alpha", 0.5, Bound::Share}, {"Rs", 5.0, Bound::Positive},
                    {"C", 0.0, Bound::NotNegative}, {"T", 298.15, Bound::Positive}}, makeRedox},
+        {"randles", {{"Rs", 20.0, Bound::Positive}, {"Rct", 200.0, Bound::MayBeInfinite}, {"C", 2e-5, Bound::Positive}},
+         makeRandles},
+        {"warburg", {{"Rs", 20.0, Bound::Positive}, {"Rct", 200.0, Bound::Positive}, {"C", 2e-5, Bound::Positive},
+                     {"W", 50.0, Bound::Positive}}, makeWarburg},
+        {"coating", {{"Rs", 50.0, Bound::Positive}, {"Cc", 1e-9, Bound::Positive}, {"Rpo", 1e5, Bound::Positive},
+                     {"Cdl", 1e-7, Bound::Positive}, {"Rct", 1e6, Bound::Positive}}, makeCoating},
+        {"semiconductor", {{"Rs", 20.0, Bound::Positive}, {"R", 1e7, Bound::Positive}, {"Efb", -0.5, Bound::Any},
+                           {"N", 1e24, Bound::Positive}, {"eps", 10.0, Bound::Positive}, {"A", 1e-5, Bound::Positive},
+                           {"T", 298.15, Bound::Positive}}, makeSemiconductor},
     };
     // clang-format on
     return kinds;

@@ -20,6 +20,7 @@ public:
     double currentAt(double voltage) const override { return (voltage - _element.voltage) / _series; }
     double passCurrent(double current, double slope, double seconds) override;
     double holdVoltage(double voltage, double slope, double seconds) override;
+    std::complex<double> impedance(double frequency) const override { return _series + _element.impedance(frequency); }
 
 private:
     double _series; ///< ohms

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <complex>
 
 /**
  * A resistor and a capacitor in parallel, with the voltage across them as its state.
@@ -24,5 +25,10 @@ struct RcElement {
         const double start = resistance * (current - slope * tau);
         const double decay = std::exp(-seconds / tau);
         voltage = start + resistance * slope * seconds + (voltage - start) * decay;
+    }
+
+    std::complex<double> impedance(double frequency) const
+    {
+        return 1.0 / std::complex<double>(1.0 / resistance, 2.0 * M_PI * frequency * capacitance);
     }
 };

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "simulator/cells/Cell.h"
 #include "simulator/cells/DiffusionLayer.h"
-
-#include <functional>
+#include "simulator/cells/MarchingCell.h"
 
 /**
  * A redox couple in still solution at a planar electrode: R <=> O + n e.
@@ -14,10 +12,10 @@
  * reversible: at 298 K a sweep of v volts a second peaks at 0.4463 n F A c sqrt(n F v D / RT) (Randles and Sevcik), and
  * the peaks of a cycle lie 57 mV / n apart; a step to the plateau gives n F A c sqrt(D / (pi t)) (Cottrell).
  *
- * Time goes in steps of at most a tenth of the time since the last jump of the control, and a quarter millivolt, each
- * with Richardson's extrapolation of backward Euler.
+ * For a small sine around a state the electrode is a Randles circuit, with s = sqrt(j w D):
+ *   Zf = (1 + (kf + kb) / s) / (n F A (n F / RT) ((1 - a) kf cR + a kb cO)), Z = Rs + 1 / (1 / Zf + j w C).
  */
-class RedoxCell : public Cell
+class RedoxCell : public MarchingCell
 {
 public:
     struct Parameters {
@@ -37,27 +35,18 @@ public:
     explicit RedoxCell(const Parameters &parameters);
 
     std::unique_ptr<Cell> clone() const override { return std::make_unique<RedoxCell>(*this); }
-    double voltageAt(double current) const override;
-    double currentAt(double voltage) const override;
-    double passCurrent(double current, double slope, double seconds) override;
-    double holdVoltage(double voltage, double slope, double seconds) override;
+    std::complex<double> impedance(double frequency) const override;
+
+protected:
+    bool holdsPotential() const override { return _parameters.capacitance > 0.0; }
+    double instantCurrent(double potential) const override;
+    CurrentLaw prepareStep(double seconds) override;
+    void finishStep(double potential) override;
+    void extrapolateFrom(const MarchingCell &coarse) override;
 
 private:
-    enum class Held { Voltage, Current };
-    struct Target {
-        Held held;
-        double value; ///< at the end of the step
-    };
-    using Residual = std::function<double(double potential)>;
-
-    double go(Held held, double value, double slope, double seconds);
-    double longestStep(Held held, double slope) const;
-    double extrapolatedStep(const Target &halfway, const Target &end, double seconds);
-    double step(const Target &target, double seconds);
-    double fluxAt(double potential, const DiffusionLayer::Surface &reduced,
-                  const DiffusionLayer::Surface &oxidised) const;
-    double faradaicCurrent(double potential) const;
-    double solve(const Residual &residual) const;
+    static double restPotential(const Parameters &parameters);
+    double stepFlux(double potential) const;
     double forward(double potential) const;  ///< m/s
     double backward(double potential) const; ///< m/s
 
@@ -66,9 +55,6 @@ private:
     double _inverseVolts; ///< n F / RT
     DiffusionLayer _reduced;
     DiffusionLayer _oxidised;
-    double _potential; ///< of the electrode, without the series resistance
-    Held _held = Held::Current;
-    double _voltage; ///< at the terminals at the end of the last step
-    double _current = 0.0;
-    double _sinceJump = 1e3; ///< seconds
+    DiffusionLayer::Surface _reducedEnd = {0.0, 0.0}; ///< of the step that was prepared
+    DiffusionLayer::Surface _oxidisedEnd = {0.0, 0.0};
 };

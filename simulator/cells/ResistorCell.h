@@ -19,6 +19,7 @@ public:
     {
         return passCurrent(voltage / _resistance, slope / _resistance, seconds);
     }
+    std::complex<double> impedance(double) const override { return _resistance; }
 
 private:
     double _resistance; ///< ohms

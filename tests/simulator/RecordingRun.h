@@ -1,6 +1,7 @@
 #pragma once
 
 #include "elements/NodeMakers.h"
+#include "simulator/AcFrontEnd.h"
 #include "simulator/NodeRunner.h"
 
 #include <QList>
@@ -36,6 +37,10 @@ public:
 
     void onNodeBegin(quint64, int index) override { begun += index; }
     void onSample(const RunSample &sample) override { samples += sample; }
+    void onAcRecord(const RunSample &sample, const AcPlan &plan, std::complex<double> impedance) override
+    {
+        records += {plan, sample.tick, sample.reading, impedance};
+    }
     void onNodeDone(quint64, int index) override { done += index; }
     void onNodeSkipped() override { ++skipped; }
     void onRunDone(quint64 tick, ExpStopType_t reason) override
@@ -50,6 +55,7 @@ public:
     QList<int> begun;
     QList<int> done;
     QVector<RunSample> samples;
+    QVector<AcMeasurement> records;
     int skipped = 0;
     int ends = 0;
     quint64 endTick = 0;

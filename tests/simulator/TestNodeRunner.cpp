@@ -63,6 +63,7 @@ private Q_SLOTS:
     void countsVoltagesFromTheOpenCircuit();
     void holdsPower();
     void holdsALoad();
+    void findsTheMaximumPower();
     void capsTheCurrentOnTheWayToTheVoltage();
     void standsStillInAPause();
     void skipsAllPassesOfANode();
@@ -331,6 +332,19 @@ void TestNodeRunner::holdsALoad()
     for (const RunSample &sample : run.samples)
         QVERIFY(std::abs(sample.reading.voltage + 47.0 * sample.reading.current) < 1e-9);
     QVERIFY(run.samples.last().reading.current < -0.07);
+}
+
+/// A source of voltage U behind R gives most at half its voltage; here behind what the limit of the current leaves.
+void TestNodeRunner::findsTheMaximumPower()
+{
+    for (const double limit : {1.0, 10.0}) {
+        RecordingRun run(std::make_unique<BatteryCell>(BatteryCell::Parameters()),
+                         {timed(Vek_Node_MPPT(0.01f), 0.01f), endNode()});
+        run.runner.setInstrumentLimits(limit, 20.0);
+        run.run();
+        const double expected = limit < 3.825 ? -limit : -3.825;
+        QVERIFY(std::abs(run.samples.first().reading.current - expected) < 5e-3);
+    }
 }
 
 void TestNodeRunner::capsTheCurrentOnTheWayToTheVoltage()

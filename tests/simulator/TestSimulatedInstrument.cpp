@@ -128,6 +128,9 @@ private Q_SLOTS:
     void keepsALimitOfTheTemperature();
     void widensAFixedRange();
     void namesTheChannelsOfTheSdCard();
+    void servesItsTables_data();
+    void servesItsTables();
+    void measuresImpedance();
     void runsAtItsSpeed();
     void waitsForASlowReader();
     void faultsOfAnswers_data();
@@ -383,19 +386,71 @@ void TestSimulatedInstrument::widensAFixedRange()
 void TestSimulatedInstrument::namesTheChannelsOfTheSdCard()
 {
     SdCard card(3);
-    card.setStream(0, QByteArray(5000, 'a'));
-    card.setStream(2, QByteArray(100, 'c'));
-    QList<int> headers;
+    card.setContents(QByteArray(5000, 'a'), SdCardFaults());
+    QList<int> channels;
     for (int i = 0; i < 3; ++i)
-        headers += card.nextHeader().channel;
-    QCOMPARE(headers, (QList<int>{0, 1, 2}));
-    const SdCard::Packet first = card.nextData();
-    const SdCard::Packet second = card.nextData();
-    const SdCard::Packet third = card.nextData();
-    QCOMPARE((QList<int>{first.channel, second.channel, third.channel}), (QList<int>{0, 2, 0}));
-    QCOMPARE(first.bytes.size() + third.bytes.size(), 5000);
-    QCOMPARE(second.bytes, QByteArray(100, 'c'));
+        channels += card.nextHeader().channel;
+    QByteArray ofChannel1;
+    while (card.hasData()) {
+        const SdCard::Packet packet = card.nextData();
+        channels += packet.channel;
+        if (packet.channel == 1)
+            ofChannel1 += packet.bytes;
+    }
+    QCOMPARE(channels, (QList<int>{0, 1, 2, 0, 1, 2, 0, 1, 2}));
+    QCOMPARE(ofChannel1, QByteArray(5000, 'a'));
     QCOMPARE(readAt<qint32>(card.nextHeader().bytes, 4), 5000);
+}
+
+void TestSimulatedInstrument::servesItsTables_data()
+{
+    QTest::addColumn<QStringList>("faults");
+    QTest::addColumn<quint32>("magic");
+    QTest::addColumn<double>("share"); // of the announced bytes that come
+    QTest::newRow("sound") << QStringList() << 0x30303031u << 1.0;
+    QTest::newRow("wrong magic") << QStringList("sd-magic") << 0x30303032u << 1.0;
+    QTest::newRow("cut short") << QStringList("sd-cut") << 0x30303031u << 0.5;
+    QTest::newRow("bad file") << QStringList("sd-file") << 0x30303031u << 1.0;
+}
+
+void TestSimulatedInstrument::servesItsTables()
+{
+    QFETCH(QStringList, faults);
+    QFETCH(double, share);
+    Bench bench(faults);
+    bench.host->SendCommand(PC_SD_CAL_HEADER_READ);
+    QVERIFY(bench.await(NT_SD_CAL_HEADER));
+    QTEST(readAt<quint32>(bench.payload(NT_SD_CAL_HEADER), 0), "magic");
+    const int announced = readAt<qint32>(bench.payload(NT_SD_CAL_HEADER), 4);
+    QByteArray stream;
+    for (int packet = 0; stream.size() < int(share * announced); ++packet) {
+        bench.host->SendCommand(PC_SD_CAL_DATA_NEXT);
+        QVERIFY(bench.await(NT_SD_CAL_DATA, packet + 1));
+        stream += bench.payload(NT_SD_CAL_DATA, packet);
+    }
+    QCOMPARE(stream.size(), int(share * announced));
+    bench.host->SendCommand(PC_SD_CAL_DATA_NEXT);
+    bench.host->SendCommand(PC_PING);
+    QVERIFY(bench.await(NT_PING_REPLY));
+    QCOMPARE(bench.packets.last().type, NT_PING_REPLY);
+    QCOMPARE(stream.contains("\n1,2,3,4\x1C"), faults.contains(QStringLiteral("sd-file")));
+}
+
+void TestSimulatedInstrument::measuresImpedance()
+{
+    Bench bench;
+    const ExpNode_t sweep = Vek_Node_EIS_Voltage(0.0f, false, 0.01f, 1000.0f, 10.0f, 1.0f, 0.5f, 150);
+    bench.upload({sweep, endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(bench.types().mid(5), (QVector<int>{NT_AC_DATA, NT_AC_DATA, NT_AC_SAMPLE_DONE, NT_AC_DATA, NT_AC_DATA,
+                                                 NT_AC_SAMPLE_DONE, NT_AC_DATA, NT_AC_DATA, NT_AC_SAMPLE_DONE,
+                                                 NT_NODE_DONE, NT_NODE_BEGIN, NT_EXPERIMENT_DONE}));
+    Bench withoutAc({}, 1, 0.0, HardwareModel_t::Cedar_2_0);
+    withoutAc.upload({sweep, endNode()});
+    withoutAc.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(withoutAc.await(NT_EXPERIMENT_DONE));
+    QCOMPARE(withoutAc.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_BAD_NODE));
 }
 
 void TestSimulatedInstrument::runsAtItsSpeed()

@@ -1,0 +1,74 @@
+#include "simulator/ImpedanceSweep.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+constexpr double highestSampleRate = 1e5;
+constexpr int samplesPerPeriod = 64;
+constexpr int mostCyclesPerRecord = 120;
+constexpr int leastCyclesAboveOneHertz = 8;
+constexpr int mostFrequencies = 10000;
+constexpr double roundingOfRatio = 1e-4;
+
+double at(const ExpNode_t &node, int offset)
+{
+    float value = 0.0f;
+    std::memcpy(&value, reinterpret_cast<const char *>(&node) + offset, sizeof value);
+    return double(value);
+}
+
+std::vector<float> frequencies(double start, double end, double ratio)
+{
+    std::vector<float> list;
+    const double direction = ratio > 1.0 ? 1.0 : -1.0;
+    for (int n = 0; n < mostFrequencies; ++n) {
+        const double frequency = start * std::pow(ratio, n);
+        if (direction * std::log(frequency / end) > roundingOfRatio)
+            break;
+        list.push_back(float(frequency));
+        if (start == end || ratio == 1.0)
+            break;
+    }
+    return list;
+}
+
+/// The sampling interval that gives the sine, or its alias, 64 samples a period.
+double samplePeriod(double frequency)
+{
+    if (frequency * samplesPerPeriod <= highestSampleRate)
+        return 1.0 / (frequency * samplesPerPeriod);
+    const double skipped = std::max(1.0, std::ceil(frequency / highestSampleRate - 1.0 / samplesPerPeriod));
+    return (skipped + 1.0 / samplesPerPeriod) / frequency;
+}
+
+} // namespace
+
+std::vector<AcPlan> planImpedance(const ExpNode_t &node)
+{
+    std::vector<AcPlan> plans;
+    const double start = at(node, 16);
+    const double end = at(node, 20);
+    const double ratio = at(node, 24);
+    const int wanted = int(std::clamp(at(node, 28), 1.0, 65535.0));
+    if (!(start > 0.0 && end > 0.0 && ratio > 0.0))
+        return plans;
+    for (const float frequency : frequencies(start, end, ratio)) {
+        int cycles = frequency >= 1.0f ? std::max(wanted, leastCyclesAboveOneHertz) : wanted;
+        AcPlan plan;
+        plan.frequency = frequency;
+        plan.samplePeriod = float(samplePeriod(double(frequency)));
+        plan.amplitude = at(node, 12);
+        plan.drivesCurrent = node.nodeType() == NodeType_t::EisCurrent;
+        plan.settling = 1.0 / double(frequency);
+        for (; cycles > 0; cycles -= mostCyclesPerRecord) {
+            plan.samples = std::min(cycles, mostCyclesPerRecord) * samplesPerPeriod + 1;
+            plan.isLast = cycles <= mostCyclesPerRecord;
+            plans.push_back(plan);
+            plan.settling = 0.0;
+        }
+    }
+    return plans;
+}
