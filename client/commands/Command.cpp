@@ -29,9 +29,9 @@ void Command::addChannel(int &channel)
         ->capture_default_str();
 }
 
-void Command::addChannels(std::vector<int> &channels)
+CLI::Option *Command::addChannels(std::vector<int> &channels)
 {
-    _app->add_option("-c,--channel", channels, "Channels, counted from 0, separated by commas")
+    return _app->add_option("-c,--channel", channels, "Channels, counted from 0, separated by commas")
         ->check(CLI::Range(0, largestChannel))
         ->delimiter(',')
         ->capture_default_str();

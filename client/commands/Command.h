@@ -38,7 +38,7 @@ protected:
 
     void addPort(std::string &port);
     void addChannel(int &channel);
-    void addChannels(std::vector<int> &channels);
+    CLI::Option *addChannels(std::vector<int> &channels);
     void addJson(bool &wantsJson);
     /// An option that takes a number with a unit, such as "10 mA".
     CLI::Option *addQuantity(const char *name, Dimension dimension, std::optional<double> &value, const char *help);

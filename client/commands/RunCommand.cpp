@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <tuple>
 
 namespace client {
 
@@ -46,6 +47,21 @@ ExitCode exitCodeOf(const VekErrorCode &error)
     }
 }
 
+/// Complains about what is no list of channels, in the way of the option parser.
+std::string isChannelList(const std::string &text)
+{
+    static const QRegularExpression list(QStringLiteral("^\\d{1,3}(,\\d{1,3})+$"));
+    return list.match(QString::fromStdString(text)).hasMatch() ? std::string() : "takes a list such as 0,1";
+}
+
+std::vector<unsigned char> channelsIn(const std::string &group)
+{
+    std::vector<unsigned char> channels;
+    for (const QString &number : QString::fromStdString(group).split(QLatin1Char(',')))
+        channels.push_back(static_cast<unsigned char>(number.toUInt()));
+    return channels;
+}
+
 /// The most telling of several ends: a failure before an interruption before success.
 int severity(ExitCode exitCode)
 {
@@ -66,12 +82,17 @@ RunCommand::RunCommand(CLI::App &parent)
               "  nimbrelle run cycle.json --port ttyACM0 --plot\n"
               "  nimbrelle run a.json b.json --port ttyACM0 --channel 0,1 --out results\n"
               "  nimbrelle run cycle.json --port ttyACM0 --max-voltage 4.25V\n"
+              "  nimbrelle run cycle.json --port ttyACM0 --link 0,1,2,3\n"
               "The folder of the run is printed to standard output. Ctrl-C stops the experiment on the instrument and\n"
               "keeps the data; a second Ctrl-C ends the program at once.")
 {
     app().add_option("FILE", _paths, "Experiment file: one for all channels, or one for each")->required();
     app().add_option("-p,--port", _port, "Serial port, for example ttyACM0 or /dev/ttyACM0")->required();
-    addChannels(_channels);
+    CLI::Option *channels = addChannels(_channels);
+    for (const auto &[name, groups, help] :
+         {std::tuple{"--link", &_parallelGroups, "Run these channels in parallel as one, for example 0,1,2,3"},
+          std::tuple{"--bipolar", &_bipolarGroups, "Run an even channel and the next one in series as one"}})
+        app().add_option(name, *groups, help)->type_name("N,N...")->check(isChannelList)->excludes(channels);
     app().add_option("-o,--out", _folder,
                      "Folder to record in (default: the experiment's name and the time); several channels get a "
                      "folder each in it");
@@ -86,10 +107,13 @@ int RunCommand::run()
 {
     if (const ExitCode failure = readFiles())
         return failure;
-    if (const ExitCode failure = assignChannels())
+    const bool isLinked = !_parallelGroups.empty() || !_bipolarGroups.empty();
+    if (const ExitCode failure = isLinked ? Done : assignChannels())
         return failure;
     Connection connection(QString::fromStdString(_port));
     if (const ExitCode failure = connection.open())
+        return failure;
+    if (const ExitCode failure = isLinked ? linkChannels(connection) : Done)
         return failure;
     for (Task &task : _tasks) {
         if (const ExitCode failure = upload(connection, task))
@@ -113,6 +137,31 @@ ExitCode RunCommand::readFiles()
             result = BadInput;
     }
     return result;
+}
+
+/// Each group then runs as its lowest channel.
+ExitCode RunCommand::linkChannels(const Connection &connection)
+{
+    const VekInstrumentHandler &handler = connection.handler();
+    std::vector<int> masters;
+    const auto link = [&](const std::string &group, auto setLinked) {
+        const int master = (handler.*setLinked)(channelsIn(group));
+        if (master < 0)
+            Console::instance().error(
+                QStringLiteral("channels %1 cannot be linked on this instrument").arg(QString::fromStdString(group)));
+        masters.push_back(master);
+        return master >= 0;
+    };
+    for (const std::string &group : _parallelGroups) {
+        if (!link(group, &VekInstrumentHandler::setLinkedChannels))
+            return Refused;
+    }
+    for (const std::string &group : _bipolarGroups) {
+        if (!link(group, &VekInstrumentHandler::setBipolarLinkedChannels))
+            return Refused;
+    }
+    _channels = masters;
+    return assignChannels();
 }
 
 ExitCode RunCommand::assignChannels()

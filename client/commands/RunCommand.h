@@ -33,6 +33,7 @@ private:
     };
 
     ExitCode readFiles();
+    ExitCode linkChannels(const Connection &connection);
     ExitCode assignChannels();
     ExitCode upload(const Connection &connection, Task &task) const;
     ExitCode start(const Connection &connection, Task &task) const;
@@ -49,6 +50,8 @@ private:
     std::vector<std::string> _paths;
     std::string _port;
     std::vector<int> _channels{0};
+    std::vector<std::string> _parallelGroups; // lists such as "0,1,2,3"
+    std::vector<std::string> _bipolarGroups;
     std::string _folder;
     bool _plots = false;
     bool _wantsJson = false;
