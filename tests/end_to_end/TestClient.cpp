@@ -1,4 +1,5 @@
 #include "support/ClientProcess.h"
+#include "support/RunFolder.h"
 #include "support/SimulatorProcess.h"
 #include "support/TestMain.h"
 
@@ -9,38 +10,13 @@
 #include <csignal>
 #include <unistd.h>
 
+using namespace RunFolder;
+
 namespace {
 
 constexpr int NoConnection = 3; // exit codes of the program
 constexpr int Refused = 4;
 constexpr int Interrupted = 130;
-
-using Rows = QVector<QVector<double>>;
-
-enum Column { Time, Voltage, Current, CounterVoltage, Temperature, Charge, NetCharge, Step, Cycle };
-
-/// All complete rows of a CSV file behind its headings.
-Rows rowsOf(const QString &path)
-{
-    Rows rows;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return rows;
-    file.readLine();
-    for (QByteArray line = file.readLine(); line.endsWith('\n'); line = file.readLine()) {
-        QVector<double> row;
-        for (const QByteArray &field : line.trimmed().split(','))
-            row.append(field.toDouble());
-        rows.append(row);
-    }
-    return rows;
-}
-
-QJsonObject summaryOf(const QString &folder)
-{
-    QFile file(folder + "/run.json");
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
-}
 
 QString simulated(const char *text)
 {
@@ -66,6 +42,7 @@ private Q_SLOTS:
     void aKilledClientLosesNothingOlderThanASecond();
     void aLostDeviceIsToldOnce();
     void runsSeveralChannelsAtOnce();
+    void refusesToLinkWhatCannotBeLinked();
     void doesNotOverwriteARun();
     void monitorsAnIdleChannel();
     void holdsASetPointByHand();
@@ -83,11 +60,7 @@ private:
 
 QString TestClient::writeExperiment(const QByteArray &elements)
 {
-    const QString path = _home.filePath(QString("experiment-%1.json").arg(++_count));
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly))
-        file.write("{\"schemaVersion\": 1, \"name\": \"Test\", \"elements\": [\n" + elements + "\n]}\n");
-    return path;
+    return RunFolder::writeExperiment(_home.filePath(QString("experiment-%1.json").arg(++_count)), elements);
 }
 
 void TestClient::showsTheInstrument()
@@ -164,27 +137,27 @@ void TestClient::runsAndRecordsWhatTheCellDoes()
     QCOMPARE(client.finish(), 0);
     QCOMPARE(client.output().trimmed(), folder.toLocal8Bit());
 
-    const Rows rows = rowsOf(folder + "/dc.csv");
-    QVERIFY(rows.size() >= 4 + 6 * 499);
+    const auto table = rows(folder + "/dc.csv");
+    QVERIFY(table.size() >= 4 + 6 * 499);
     double integral = 0.0;
-    for (int index = 1; index < rows.size(); ++index) {
-        const QVector<double> &row = rows[index];
-        QVERIFY(row[Time] > rows[index - 1][Time]);
+    for (int index = 1; index < table.size(); ++index) {
+        const QVector<double> &row = table[index];
+        QVERIFY(row[Time] > table[index - 1][Time]);
         if (row[Step] > 1)
             QVERIFY(qAbs(row[Voltage] - 1000.0 * row[Current]) < 1e-4 * qAbs(row[Voltage]));
-        integral += row[Current] * (row[Time] - rows[index - 1][Time]);
+        integral += row[Current] * (row[Time] - table[index - 1][Time]);
     }
     // 3 x (2 mA x 5 s - 1 mA x 5 s)
-    QVERIFY(qAbs(rows.last()[NetCharge] - 0.015) < 1e-4 * 0.015);
-    QVERIFY(qAbs(integral - rows.last()[NetCharge]) < 5e-3 * 0.015); // rows begin a sample late
-    QVERIFY(qAbs(rows.last()[Charge] - 0.045) < 1e-4 * 0.045);
+    QVERIFY(qAbs(table.last()[NetCharge] - 0.015) < 1e-4 * 0.015);
+    QVERIFY(qAbs(integral - table.last()[NetCharge]) < 5e-3 * 0.015); // rows begin a sample late
+    QVERIFY(qAbs(table.last()[Charge] - 0.045) < 1e-4 * 0.045);
 
-    const QJsonObject summary = summaryOf(folder);
-    QCOMPARE(summary["state"].toString(), QStringLiteral("completed"));
-    QCOMPARE(summary["endMessage"].toString(), QStringLiteral("Experiment completed"));
-    QCOMPARE(summary["counts"].toObject()["dcRows"].toInt(), rows.size());
+    const QJsonObject record = summary(folder);
+    QCOMPARE(record["state"].toString(), QStringLiteral("completed"));
+    QCOMPARE(record["endMessage"].toString(), QStringLiteral("Experiment completed"));
+    QCOMPARE(record["counts"].toObject()["dcRows"].toInt(), table.size());
     QStringList elements;
-    for (const QJsonValue &each : summary["elements"].toArray())
+    for (const QJsonValue &each : record["elements"].toArray())
         elements << QString("%1/%2").arg(each["stepNumber"].toInt()).arg(each["cycleNumber"].toInt());
     QCOMPARE(elements, QStringList({"1/1", "2/1", "3/1", "2/2", "3/2", "2/3", "3/3"}));
 }
@@ -224,8 +197,8 @@ void TestClient::aSafetyLimitEndsTheRun()
     QCOMPARE(client.finish(), Refused);
     const QString reason = "Experiment stopped: voltage exceeded user specified Voltage Max safety limit";
     QCOMPARE(client.errors(), "nimbrelle: channel 0: " + reason + "\n");
-    QCOMPARE(summaryOf(folder)["state"].toString(), QStringLiteral("stopped"));
-    QCOMPARE(summaryOf(folder)["endMessage"].toString(), reason);
+    QCOMPARE(summary(folder)["state"].toString(), QStringLiteral("stopped"));
+    QCOMPARE(summary(folder)["endMessage"].toString(), reason);
 }
 
 void TestClient::anInterruptionStopsTheInstrumentAndKeepsTheData()
@@ -235,13 +208,13 @@ void TestClient::anInterruptionStopsTheInstrumentAndKeepsTheData()
     const QString file =
         writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 36000, \"samplingInterval\": 0.1}");
     ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder});
-    QTRY_VERIFY_WITH_TIMEOUT(rowsOf(folder + "/dc.csv").size() > 10, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(rowCount(folder + "/dc.csv") > 10, 20000);
     client.sendSignal(SIGINT);
     QCOMPARE(client.finish(), Interrupted);
-    const QJsonObject summary = summaryOf(folder);
-    QCOMPARE(summary["state"].toString(), QStringLiteral("interrupted"));
-    QCOMPARE(summary["endMessage"].toString(), QStringLiteral("Experiment stopped by user"));
-    QCOMPARE(summary["counts"].toObject()["dcRows"].toInt(), rowsOf(folder + "/dc.csv").size());
+    const QJsonObject record = summary(folder);
+    QCOMPARE(record["state"].toString(), QStringLiteral("interrupted"));
+    QCOMPARE(record["endMessage"].toString(), QStringLiteral("Experiment stopped by user"));
+    QCOMPARE(record["counts"].toObject()["dcRows"].toInt(), rowCount(folder + "/dc.csv"));
 }
 
 void TestClient::aKilledClientLosesNothingOlderThanASecond()
@@ -251,13 +224,13 @@ void TestClient::aKilledClientLosesNothingOlderThanASecond()
     const QString file =
         writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 36000, \"samplingInterval\": 0.01}");
     ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder});
-    QTRY_VERIFY_WITH_TIMEOUT(rowsOf(folder + "/dc.csv").size() > 10, 20000);
-    const int before = rowsOf(folder + "/dc.csv").size();
+    QTRY_VERIFY_WITH_TIMEOUT(rowCount(folder + "/dc.csv") > 10, 20000);
+    const int before = rowCount(folder + "/dc.csv");
     QTest::qWait(2000); // the measurement itself: 200 samples
     client.sendSignal(SIGKILL);
     client.finish();
-    QVERIFY(rowsOf(folder + "/dc.csv").size() >= before + 100);
-    QCOMPARE(summaryOf(folder)["state"].toString(), QStringLiteral("running"));
+    QVERIFY(rowCount(folder + "/dc.csv") >= before + 100);
+    QCOMPARE(summary(folder)["state"].toString(), QStringLiteral("running"));
 }
 
 void TestClient::aLostDeviceIsToldOnce()
@@ -267,14 +240,14 @@ void TestClient::aLostDeviceIsToldOnce()
     const QString file =
         writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 36000, \"samplingInterval\": 0.1}");
     ClientProcess client({"run", file, "--port", simulator.portName(), "--channel", "0,1", "--out", folder});
-    QTRY_VERIFY_WITH_TIMEOUT(rowsOf(folder + "/channel-1/dc.csv").size() > 10, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(rowCount(folder + "/channel-1/dc.csv") > 10, 20000);
     simulator.kill();
     QCOMPARE(client.finish(), NoConnection);
     QCOMPARE(client.errors(), QStringLiteral("nimbrelle: The connection to the instrument was lost.\n"));
     for (const char *channel : {"/channel-0", "/channel-1"}) {
-        const QJsonObject summary = summaryOf(folder + channel);
-        QCOMPARE(summary["state"].toString(), QStringLiteral("device lost"));
-        QCOMPARE(summary["counts"].toObject()["dcRows"].toInt(), rowsOf(folder + channel + "/dc.csv").size());
+        const QJsonObject record = summary(folder + channel);
+        QCOMPARE(record["state"].toString(), QStringLiteral("device lost"));
+        QCOMPARE(record["counts"].toObject()["dcRows"].toInt(), rowCount(folder + channel + "/dc.csv"));
     }
 }
 
@@ -291,9 +264,21 @@ void TestClient::runsSeveralChannelsAtOnce()
         {"run", first, second, "--port", simulator.portName(), "--channel", "1,3", "--out", folder, "--json"});
     QCOMPARE(client.finish(), 0);
     QCOMPARE(QJsonDocument::fromJson(client.output()).array().size(), 2);
-    QVERIFY(qAbs(rowsOf(folder + "/channel-1/dc.csv").last()[Voltage] - 0.1) < 1e-4 * 0.1);
-    QVERIFY(qAbs(rowsOf(folder + "/channel-3/dc.csv").last()[Voltage] - 0.8) < 1e-4 * 0.8);
+    QVERIFY(qAbs(rows(folder + "/channel-1/dc.csv").last()[Voltage] - 0.1) < 1e-4 * 0.1);
+    QVERIFY(qAbs(rows(folder + "/channel-3/dc.csv").last()[Voltage] - 0.8) < 1e-4 * 0.8);
     QCOMPARE(ClientProcess::run({"run", first, "--port", simulator.portName(), "--channel", "4"}), 2);
+}
+
+void TestClient::refusesToLinkWhatCannotBeLinked()
+{
+    SimulatorProcess simulator({"--channels", "2"});
+    const QString folder = freshFolder();
+    const QString file =
+        writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 2, \"samplingInterval\": 0.5}");
+    ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder, "--link", "0,1"});
+    QCOMPARE(client.finish(), Refused);
+    QCOMPARE(client.errors(), QStringLiteral("nimbrelle: channels 0,1 cannot be linked on this instrument\n"));
+    QVERIFY(!QFile::exists(folder));
 }
 
 void TestClient::doesNotOverwriteARun()
@@ -304,11 +289,11 @@ void TestClient::doesNotOverwriteARun()
         writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 2, \"samplingInterval\": 0.5}");
     const QStringList arguments{"run", file, "--port", simulator.portName(), "--out", folder};
     QCOMPARE(ClientProcess::run(arguments), 0);
-    const int rows = rowsOf(folder + "/dc.csv").size();
+    const int before = rowCount(folder + "/dc.csv");
     ClientProcess second(arguments);
     QCOMPARE(second.finish(), 1);
     QVERIFY(second.errors().contains("dc.csv"));
-    QCOMPARE(rowsOf(folder + "/dc.csv").size(), rows);
+    QCOMPARE(rowCount(folder + "/dc.csv"), before);
 }
 
 void TestClient::monitorsAnIdleChannel()
