@@ -1,0 +1,55 @@
+#pragma once
+
+#include "VekErrorCode.h"
+
+#include <QObject>
+
+struct InstrumentInfo;
+
+/**
+ * Decides whether an instrument needs other firmware, sends it to its bootloader by the road that fits its model, and
+ * puts into words what the bootloaders tell.
+ *
+ * The firmware is always the image that this library carries. What goes wrong before the instrument is reset is the
+ * result of update(); what goes wrong afterwards comes by signal.
+ *
+ * @thread Lives on the thread that makes it, which must run an event loop: the bootloaders' signals are queued to it.
+ *         Its operations are called there; they block for the length of the handshake, in local event loops.
+ */
+class FirmwareUpdateHandler : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit FirmwareUpdateHandler(QObject *parent = nullptr);
+
+    /**
+     * Questions the instrument on a port. What it answered stands in @p info.
+     *
+     * @return Success for the firmware of this library, FirmwareNotSupported for any other, else what failed
+     */
+    VekErrorCode hasCorrectFirmware(const QString &port, InstrumentInfo &info);
+    /**
+     * Restarts the instrument on a port into its bootloader and has it flashed.
+     *
+     * @return Success when the update is under way; FirmwareUpToDate; FirmwareFileNotFound; else what failed. Nothing
+     *         but Success means that the instrument was touched.
+     */
+    VekErrorCode update(const QString &port);
+    /// Has the instruments flashed that are, or soon will be, in their HID bootloader.
+    void updateThroughHidConnections();
+
+Q_SIGNALS:
+    /// What an update is doing, in words for people; an instrument without an announced update has no name.
+    void firmwareUpdateNotification(QString const &message);
+    /// An update over HID has ended. Deliberate: one over the serial road tells its end in the notification alone.
+    void firmwareUpdateFinished(QString const &deviceName, bool success);
+
+private:
+    void BootloaderSetProgress(const QString &deviceName, int percent);
+    void BootloaderFinished(const QString &deviceName, bool success);
+    void BootloaderStarted(const QString &deviceName);
+    void BootloaderFound(const QString &deviceName);
+    void ShowBootloaderDialog();
+    void UnknowHIDModelConnect(const QString &path);
+};
