@@ -18,9 +18,11 @@ namespace {
 /// One spelling for "ttyACM0", "/dev/ttyACM0" and symbolic links to it.
 QString keyOf(const QString &port)
 {
-    const QString path = port.startsWith(QLatin1Char('/')) ? port : QStringLiteral("/dev/") + port;
-    const QString target = QFileInfo(path).canonicalFilePath();
-    return target.isEmpty() ? path : target;
+    constexpr int mostLinks = 8; // they may run in a circle
+    QFileInfo file(port.startsWith(QLatin1Char('/')) ? port : QStringLiteral("/dev/") + port);
+    for (int links = 0; links < mostLinks && file.isSymLink(); ++links)
+        file.setFile(file.symLinkTarget());
+    return file.absoluteFilePath();
 }
 
 /// Notes a port for as long as one attempt to connect lasts.
