@@ -175,8 +175,9 @@ void Panel::makeAxesEqual()
     const double unitsPerPixel =
         1.1 * std::max(horizontal.width() / canvasArea.width(), vertical.width() / canvasArea.height());
     const auto anchor = [unitsPerPixel](const QwtInterval &range, double pixels) {
-        const double from = range.minValue() - range.width() * 0.05;
-        return QwtInterval(from, from + unitsPerPixel * pixels);
+        const double span = unitsPerPixel * pixels;
+        const double from = range.minValue() - 0.04 * span;
+        return QwtInterval(from, from + span);
     };
     const QwtInterval x = anchor(horizontal, canvasArea.width());
     const QwtInterval y = anchor(vertical, canvasArea.height());

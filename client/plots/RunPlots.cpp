@@ -2,6 +2,7 @@
 
 #include "plots/Cycling.h"
 #include "plots/Impedance.h"
+#include "plots/MottSchottky.h"
 #include "plots/RunData.h"
 #include "plots/TimePlot.h"
 #include "plots/Voltammogram.h"
@@ -16,7 +17,7 @@ bool drawRun(const QString &folder)
     if (!run || (run->dc.isEmpty() && run->ac.isEmpty()))
         return false;
     bool isDrawn = run->dc.isEmpty() || drawTimePlot(*run, QDir(folder).filePath(QStringLiteral("time")));
-    for (const auto &draw : {drawVoltammograms, drawImpedance, drawCycling})
+    for (const auto &draw : {drawVoltammograms, drawImpedance, drawMottSchottky, drawCycling})
         isDrawn = draw(*run, folder) && isDrawn;
     return isDrawn;
 }
