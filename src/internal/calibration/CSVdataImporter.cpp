@@ -94,7 +94,8 @@ void CSVdataImporter::WriteCSVs()
     prepareDirectory();
     QByteArray rest = payload; // a copy: the full payload goes on refusing further packets
     while (!rest.isEmpty()) {
-        const QString name = QString::fromUtf8(takeUntil(rest, nameEnd));
+        const QByteArray nameBytes = takeUntil(rest, nameEnd);
+        const QString name = QString::fromUtf8(nameBytes.constData(), nameBytes.size()); // past a NUL too
         importedFiles.append(writeFile(name, cleaned(takeUntil(rest, fileEnd))));
     }
 }
