@@ -22,6 +22,7 @@ private Q_SLOTS:
     void waitForBytesSentReturnsWhenAllHasLeft();
     void waitForBytesSentIsBoundedWhenNobodyReads();
     void waitForBytesSentFromAnotherThreadWhileDataStreamIn();
+    void aSlowReceiverHoldsTheLinkBackAndLosesNothing();
     void canBeDestroyedInAnySlot();
 };
 
@@ -183,6 +184,35 @@ void TestLink::waitForBytesSentFromAnotherThreadWhileDataStreamIn()
     QTRY_COMPARE_WITH_TIMEOUT(link.packets.size(), 2000, 20000);
     caller.join();
     QCOMPARE(link.losses.size(), 0);
+}
+
+void TestLink::aSlowReceiverHoldsTheLinkBackAndLosesNothing()
+{
+    constexpr int sent = 200000;
+    constexpr int bound = 131072;
+    constexpr int oneRead = 65536 / 10 + 1; // what a read may bring beyond the bound, at ten bytes a frame
+    FakeInstrument instrument;
+    SerialCommunicator communicator(instrument.portName());
+    communicator.letReceiverConfirm();
+    int received = 0;
+    int outOfOrder = 0;
+    connect(&communicator, &SerialCommunicator::ResponseReceived, this,
+            [&](Notifications_t, unsigned int, const QByteArray &payload) {
+                if (payload != QByteArray(reinterpret_cast<const char *>(&received), sizeof received))
+                    ++outOfOrder;
+                ++received;
+            });
+    QVERIFY(communicator.Start(true));
+    QByteArray stream;
+    for (int i = 0; i < sent; ++i)
+        stream += makeFrame(NT_DC_DATA, 0, QByteArray(reinterpret_cast<const char *>(&i), sizeof i));
+    instrument.sendRaw(stream);
+    QTRY_VERIFY_WITH_TIMEOUT(received >= bound, 20000);
+    QVERIFY(!QTest::qWaitFor([&] { return received > bound + oneRead; }, 200));
+    for (int i = received; i > 0; --i)
+        communicator.packetHandled();
+    QTRY_COMPARE_WITH_TIMEOUT(received, sent, 20000);
+    QCOMPARE(outOfOrder, 0);
 }
 
 void TestLink::canBeDestroyedInAnySlot()

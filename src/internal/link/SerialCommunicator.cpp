@@ -4,6 +4,7 @@
 #include "link/SerialThread.h"
 
 #include <QEventLoop>
+#include <QPointer>
 #include <QTimer>
 
 namespace {
@@ -14,7 +15,7 @@ constexpr int openTimeoutMs = 10000;
 
 SerialCommunicator::SerialCommunicator(const QString &portName, QObject *) : _thread(new SerialThread(portName))
 {
-    connect(_thread, &SerialThread::PacketReceived, this, &SerialCommunicator::ResponseReceived, Qt::QueuedConnection);
+    connect(_thread, &SerialThread::PacketReceived, this, &SerialCommunicator::relay, Qt::QueuedConnection);
     connect(_thread, &SerialThread::deviceDisconnected, this, &SerialCommunicator::deviceDisconnected,
             Qt::QueuedConnection);
     connect(this, &SerialCommunicator::OpenPort, _thread, &SerialThread::OpenPort, Qt::QueuedConnection);
@@ -27,6 +28,19 @@ SerialCommunicator::~SerialCommunicator()
 {
     // The object lives on the thread that it runs, so a deferred deletion would never be carried out once that ended.
     delete _thread;
+}
+
+void SerialCommunicator::relay(Notifications_t type, unsigned int channel, const QByteArray &payload)
+{
+    const QPointer<SerialCommunicator> alive(this); // a receiver may delete the link
+    Q_EMIT ResponseReceived(type, channel, payload);
+    if (alive && !_receiverConfirms)
+        packetHandled();
+}
+
+void SerialCommunicator::packetHandled()
+{
+    _thread->packetHandled();
 }
 
 bool SerialCommunicator::Start(bool wait)

@@ -42,6 +42,13 @@ public:
                                          const QByteArray &data = QByteArray());
     /// Sends bytes as they stand, unframed.
     Q_INVOKABLE void SendCommand(const QByteArray &bytes);
+    /**
+     * Leaves it to the receiver of ResponseReceived() to say when it is done with each packet, by packetHandled(). Without
+     * this a packet counts as done when the signal has been emitted. Call it before Start().
+     */
+    void letReceiverConfirm() { _receiverConfirms = true; }
+    /// Says that a packet has been dealt with; any thread.
+    void packetHandled();
     /// Blocks until what was handed over before has left the port, or 1,000 ms have gone by.
     Q_INVOKABLE void WaitForBytesSent();
 
@@ -54,5 +61,8 @@ Q_SIGNALS:
     void deviceDisconnected();
 
 private:
+    void relay(Notifications_t type, unsigned int channel, const QByteArray &payload);
+
     SerialThread *_thread; // owned
+    bool _receiverConfirms = false;
 };

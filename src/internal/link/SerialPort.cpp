@@ -88,6 +88,11 @@ bool SerialPort::waitForBytesWritten(int milliseconds)
     return _port->waitForBytesWritten(milliseconds);
 }
 
+void SerialPort::setReadBufferSize(qint64 bytes)
+{
+    _port->setReadBufferSize(bytes);
+}
+
 bool SerialPort::discardInput()
 {
     const QSignalBlocker quiet(_port); // a port that cannot flush has nothing to flush

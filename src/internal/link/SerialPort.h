@@ -37,6 +37,8 @@ public:
     bool setDataTerminalReady(bool on);
     /// Blocks in QSerialPort; never call it while an event loop serves the port (SerialThread::waitForBytesWritten()).
     bool waitForBytesWritten(int milliseconds);
+    /// Bytes that may wait unread; what is more stays with the driver, which then holds the sender back. 0: no bound.
+    void setReadBufferSize(qint64 bytes);
     /// Throws away what the driver has received and nobody has read.
     bool discardInput();
 

@@ -9,6 +9,9 @@
 namespace {
 
 constexpr int writeTimeoutMs = 1000;
+constexpr int readBufferBytes = 1 << 16;
+/// Packets that may be on their way to the client: some 40 MB, and 10 s of what full-speed USB can carry.
+constexpr int mostPacketsOnTheirWay = 1 << 17;
 
 void configure(SerialPort &port, const QString &portName)
 {
@@ -18,6 +21,7 @@ void configure(SerialPort &port, const QString &portName)
     port.setFlowControl(DefaultSerialPortSettings::FlowControl());
     port.setParity(DefaultSerialPortSettings::Parity());
     port.setStopBits(DefaultSerialPortSettings::StopBits());
+    port.setReadBufferSize(readBufferBytes);
 }
 
 } // namespace
@@ -80,12 +84,29 @@ void SerialThread::DataToSend(const QByteArray &bytes)
 
 void SerialThread::DataArrived()
 {
-    if (!_port)
+    if (!_port || isHeldBack())
         return;
     _buffer += _port->readAll();
     const QVector<Frame> frames = takeFrames(_buffer, _skippedBytes);
+    _packetsOnTheirWay += frames.size();
     for (const Frame &frame : frames)
         Q_EMIT PacketReceived(frame.type, frame.channel, frame.payload);
+}
+
+bool SerialThread::isHeldBack()
+{
+    // The flag is raised before the second look, so that the receiver cannot finish in between unseen.
+    _heldBack = true;
+    if (_packetsOnTheirWay >= mostPacketsOnTheirWay)
+        return true;
+    _heldBack = false;
+    return false;
+}
+
+void SerialThread::packetHandled()
+{
+    if (--_packetsOnTheirWay == mostPacketsOnTheirWay / 2 && _heldBack.exchange(false))
+        QMetaObject::invokeMethod(this, &SerialThread::DataArrived, Qt::QueuedConnection);
 }
 
 void SerialThread::ErrorOnSerial(QSerialPort::SerialPortError error)

@@ -6,6 +6,7 @@
 #include <QSerialPort>
 #include <QThread>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -29,6 +30,12 @@ public:
 
     /// Blocks the caller until what was handed over before has left the port, or 1,000 ms have gone by.
     void waitForBytesWritten();
+    /**
+     * Says that a packet has been dealt with; any thread. When too many are on their way, reading stops until half of
+     * them are done, and the driver holds the instrument back: a client that cannot keep up loses no packet and its
+     * memory stays bounded.
+     */
+    void packetHandled();
 
 public Q_SLOTS:
     /// Opens the port, throws stale input away, raises DTR. PortOpened() comes in any case.
@@ -55,6 +62,7 @@ private:
         std::shared_ptr<QSemaphore> woken;
     };
 
+    bool isHeldBack();
     void onBytesWritten(qint64 bytes);
     void addWaiter(const std::shared_ptr<QSemaphore> &woken);
     void wakeAllWaiters();
@@ -65,5 +73,7 @@ private:
     qint64 _bytesAccepted = 0;
     qint64 _bytesWritten = 0;
     bool _lost = false;
+    std::atomic<int> _packetsOnTheirWay{0};
+    std::atomic<bool> _heldBack{false};
     std::vector<Waiter> _waiters;
 };

@@ -39,8 +39,9 @@ InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent)
     : QObject(parent), _communicator(new SerialCommunicator(port)), _ackGuard(std::make_shared<QSemaphore>(1)),
       _connected(true)
 {
+    _communicator->letReceiverConfirm();
     // Queued: the communicator stays on this thread while the operator moves on with its handler.
-    connect(_communicator, &SerialCommunicator::ResponseReceived, this, &InstrumentOperator::responseReceived,
+    connect(_communicator, &SerialCommunicator::ResponseReceived, this, &InstrumentOperator::onPacketArrived,
             Qt::QueuedConnection);
     connect(_communicator, &SerialCommunicator::deviceDisconnected, this, &InstrumentOperator::onLinkLost,
             Qt::QueuedConnection);

@@ -170,6 +170,7 @@ Q_SIGNALS:
 private:
     struct Road;
 
+    void onPacketArrived(Notifications_t type, unsigned int channel, const QByteArray &data);
     void onLinkLost();
     void onCurrentRangeUp(unsigned char channel, const QByteArray &data);
     void onErrorText(unsigned char channel, const QByteArray &data);

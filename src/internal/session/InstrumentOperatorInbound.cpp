@@ -1,10 +1,12 @@
 #include "session/InstrumentOperator.h"
 
+#include "link/SerialCommunicator.h"
 #include "session/InstrumentInfo.h"
 #include "session/WireValues.h"
 
 #include <QDateTime>
 #include <QDebug>
+#include <QPointer>
 
 #include <variant>
 
@@ -154,6 +156,14 @@ void InstrumentOperator::responseReceived(Notifications_t type, unsigned int cha
             return road.lead(*this, narrowChannel, data);
     }
     Q_EMIT deviceNotification(narrowChannel, QStringLiteral("Unknown response. Response ID: %1").arg(int(type)));
+}
+
+void InstrumentOperator::onPacketArrived(Notifications_t type, unsigned int channel, const QByteArray &data)
+{
+    const QPointer<InstrumentOperator> alive(this); // a listener may discard the handler
+    responseReceived(type, channel, data);
+    if (alive && _communicator)
+        _communicator->packetHandled();
 }
 
 void InstrumentOperator::onCurrentRangeUp(unsigned char channel, const QByteArray &data)
