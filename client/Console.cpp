@@ -4,6 +4,7 @@
 #include <QtGlobal>
 
 #include <cstdio>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace client {
@@ -11,6 +12,14 @@ namespace client {
 namespace {
 
 constexpr int progressPeriodMs = 200;
+
+/// What fits on one line of the terminal, so that the line can be replaced.
+QString cutToTerminal(const QString &text)
+{
+    winsize size = {};
+    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    return isKnown ? text.left(size.ws_col - 1) : text;
+}
 
 void dropDiagnostics(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
@@ -60,7 +69,7 @@ void Console::progress(const std::function<QString()> &makeText)
         return;
     _sinceProgress.restart();
     clearProgress();
-    const QString text = makeText();
+    const QString text = cutToTerminal(makeText());
     std::fputs(text.toLocal8Bit().constData(), stderr);
     std::fflush(stderr);
     _progress = text;

@@ -7,6 +7,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <map>
 #include <optional>
 

@@ -90,6 +90,7 @@ void SampleStream::onExperimentStopped(unsigned char channel, const QString &rea
 {
     if (channel != _channel || _hasEnded)
         return;
+    _hasStopped = true;
     Console::instance().error(reason);
     end(Refused);
 }

@@ -35,6 +35,8 @@ public:
 
     /// Runs the event loop until the stream ends. @return Done, Interrupted, NoConnection or Refused
     ExitCode run();
+    /// Whether the instrument ended the experiment itself.
+    bool hasStopped() const { return _hasStopped; }
 
 Q_SIGNALS:
     void ended();
@@ -55,6 +57,7 @@ private:
     QTimer _time;
     int _count = 0;
     bool _hasEnded = false;
+    bool _hasStopped = false;
     ExitCode _exitCode = Done;
 };
 

@@ -3,6 +3,7 @@
 #include "Connection.h"
 #include "Console.h"
 #include "SampleStream.h"
+#include "StopChannel.h"
 #include "VekInstrumentHandler.h"
 
 namespace client {
@@ -41,9 +42,10 @@ int ManualCommand::run()
     if (refusal != VekErrorCode::Success)
         Console::instance().error(refusalText(refusal));
     const ExitCode result = refusal == VekErrorCode::Success ? stream.run() : Refused;
-    if (result != NoConnection)
-        handler.stopExperiment(channel);
-    return result;
+    const bool isOver = result == NoConnection || stream.hasStopped() || stopChannel(handler, channel);
+    if (!isOver)
+        Console::instance().error(QStringLiteral("The instrument did not confirm that the cell is disconnected."));
+    return isOver || result != Done ? result : Refused;
 }
 
 VekErrorCode ManualCommand::prepare(const VekInstrumentHandler &handler, unsigned char channel) const

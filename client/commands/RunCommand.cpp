@@ -247,7 +247,9 @@ void RunCommand::wait()
                 loop.quit();
         });
     }
-    QObject::connect(SignalWatcher::instance(), &SignalWatcher::interrupted, &loop, [this] { interruptAll(); });
+    QObject::connect(SignalWatcher::instance(), &SignalWatcher::interrupted, &loop, [this] { onInterrupted(); });
+    if (SignalWatcher::wasInterrupted())
+        onInterrupted(); // while the experiments were being started
     if (!isOver())
         loop.exec();
     Console::instance().endProgress();
@@ -259,9 +261,14 @@ bool RunCommand::isOver() const
                        [](const Task &task) { return !task.run || task.run->state() != RunState::Running; });
 }
 
-void RunCommand::interruptAll() const
+void RunCommand::onInterrupted() const
 {
     Console::instance().note(QStringLiteral("Stopping; a second signal ends the program at once."));
+    interruptAll();
+}
+
+void RunCommand::interruptAll() const
+{
     for (const Task &task : _tasks) {
         if (task.run)
             task.run->interrupt();

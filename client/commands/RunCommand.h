@@ -40,6 +40,7 @@ private:
     ExitCode startAll(const Connection &connection);
     void wait();
     bool isOver() const;
+    void onInterrupted() const;
     void interruptAll() const;
     ExitCode report() const;
     static void tellEnd(const Task &task, bool hasToldLoss);

@@ -39,6 +39,7 @@ private Q_SLOTS:
     void refusesWhatTheModelCannotDo();
     void aSafetyLimitEndsTheRun();
     void anInterruptionStopsTheInstrumentAndKeepsTheData();
+    void anInterruptionOfTheHandshakeLeavesNothingBehind();
     void aKilledClientLosesNothingOlderThanASecond();
     void aLostDeviceIsToldOnce();
     void runsSeveralChannelsAtOnce();
@@ -217,6 +218,19 @@ void TestClient::anInterruptionStopsTheInstrumentAndKeepsTheData()
     QCOMPARE(record["counts"].toObject()["dcRows"].toInt(), rowCount(folder + "/dc.csv"));
 }
 
+void TestClient::anInterruptionOfTheHandshakeLeavesNothingBehind()
+{
+    SimulatorProcess simulator({"--fault", "late:400"});
+    const QString folder = freshFolder();
+    const QString file =
+        writeExperiment("{\"element\": \"OpenCircuit\", \"maxDuration\": 36000, \"samplingInterval\": 0.1}");
+    ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder});
+    QTest::qWait(800); // in the middle of the handshake, which takes more than three seconds here
+    client.sendSignal(SIGTERM);
+    QCOMPARE(client.finish(), Interrupted);
+    QVERIFY(!QFile::exists(folder));
+}
+
 void TestClient::aKilledClientLosesNothingOlderThanASecond()
 {
     SimulatorProcess simulator({"--speed", "1"});
@@ -316,8 +330,11 @@ void TestClient::holdsASetPointByHand()
     const QByteArrayList last = client.output().trimmed().split('\n').last().split(',');
     QVERIFY(qAbs(last.at(Voltage).toDouble() + 0.5) < 1e-3);
     QVERIFY(qAbs(last.at(Current).toDouble() + 0.0005) < 1e-6);
-    // The channel is free again for the next one.
-    QCOMPARE(ClientProcess::run({"monitor", simulator.portName(), "--count", "1"}), 0);
+    // The cell is disconnected when the program has ended.
+    ClientProcess next({"monitor", simulator.portName(), "--count", "1"});
+    QCOMPARE(next.finish(), 0);
+    const QByteArrayList idle = next.output().trimmed().split('\n').last().split(',');
+    QVERIFY(qAbs(idle.at(Voltage).toDouble()) < 1e-3);
 }
 
 void TestClient::examinesAPort()
