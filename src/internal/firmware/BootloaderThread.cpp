@@ -1,0 +1,135 @@
+#include "firmware/BootloaderThread.h"
+
+#include "firmware/BootloaderOperator.h"
+#include "firmware/HexLoader.h"
+#include "firmware/HidCommunicator.h"
+
+#include <QEventLoop>
+#include <QTimer>
+
+namespace {
+
+constexpr unsigned long replyTimeoutMs = 5000;
+constexpr unsigned long searchPauseMs = 100;
+constexpr int recordsPerBatch = 10;
+
+} // namespace
+
+bool WaitForSignal(QObject *sender, char const *signal, unsigned long milliseconds, std::function<void()> action)
+{
+    QEventLoop loop;
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(sender, signal, &loop, SLOT(quit()));
+    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+    action();
+    timer.start(static_cast<int>(milliseconds));
+    loop.exec();
+    return timer.isActive() && !QThread::currentThread()->isInterruptionRequested();
+}
+
+BootloaderThread *BootloaderThread::Instance()
+{
+    return ApplicationSingleton<BootloaderThread>::instance();
+}
+
+BootloaderThread::BootloaderThread()
+{
+    moveToThread(this);
+}
+
+BootloaderThread::~BootloaderThread()
+{
+    requestInterruption();
+    quit(); // leaves the local event loops
+    wait();
+}
+
+void BootloaderThread::SetHexFile(QString const &path)
+{
+    _records = HexLoader::ReadFile(path);
+}
+
+void BootloaderThread::SetHIDPath(QString const &path)
+{
+    _hidPath = path;
+}
+
+void BootloaderThread::SetDeviceName(QString const &name)
+{
+    _deviceName = name;
+}
+
+void BootloaderThread::upLoading()
+{
+    wait(); // the last run may still be on its way out behind its Finished()
+    start(QThread::InheritPriority);
+}
+
+void BootloaderThread::run()
+{
+    Q_EMIT Started(_deviceName);
+    const bool success = !_records.isEmpty() && flash();
+    _hidPath.clear();
+    Q_EMIT Finished(_deviceName, success); // last: whoever hears it may prepare the next run
+}
+
+bool BootloaderThread::flash()
+{
+    if (_hidPath.isEmpty())
+        SearchForHidPath();
+    Q_EMIT BootloaderFound(_deviceName);
+    _operator = new BootloaderOperator(_hidPath, this);
+    Q_EMIT ProgressChanged(_deviceName, 0);
+    const bool success = EraseFlash() && ProgramFlash() && CheckCrc();
+    if (success)
+        _operator->JumpToApplication();
+    _operator->deleteLater();
+    _operator = nullptr;
+    return success;
+}
+
+void BootloaderThread::SearchForHidPath()
+{
+    QMap<QString, int> found = HidCommunicator::SearchForBootloaderHidPath();
+    while (found.isEmpty() && !isInterruptionRequested()) {
+        msleep(searchPauseMs);
+        found = HidCommunicator::SearchForBootloaderHidPath();
+    }
+    if (!found.isEmpty())
+        _hidPath = found.firstKey();
+}
+
+bool BootloaderThread::EraseFlash()
+{
+    return WaitForSignal(_operator, SIGNAL(FlashErased()), replyTimeoutMs, [this] { _operator->EraseFlash(); });
+}
+
+bool BootloaderThread::ProgramFlash()
+{
+    int lastPercent = 0;
+    for (int sent = 0; sent < _records.size();) {
+        const QList<QByteArray> batch = _records.mid(sent, recordsPerBatch);
+        if (!WaitForSignal(_operator, SIGNAL(FlashProgramed()), replyTimeoutMs,
+                           [&] { _operator->ProgramFlash(QByteArrayList(batch).join()); }))
+            return false;
+        sent += batch.size();
+        const int percent = sent * 100 / _records.size();
+        if (percent != lastPercent)
+            Q_EMIT ProgressChanged(_deviceName, percent);
+        lastPercent = percent;
+    }
+    return true;
+}
+
+bool BootloaderThread::CheckCrc()
+{
+    const HexCrc image = HexLoader::CalculateCrc(_records);
+    quint16 received = 0;
+    QObject context; // undoes the connection
+    connect(_operator, &BootloaderOperator::FirmwareCrcReceived, &context,
+            [&received](unsigned short crc) { received = crc; });
+    const bool hasReply = WaitForSignal(_operator, SIGNAL(FirmwareCrcReceived(unsigned short)), replyTimeoutMs,
+                                        [&] { _operator->RequestFirmwareCrc(image); });
+    return hasReply && received == image.crc;
+}

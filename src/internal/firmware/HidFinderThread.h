@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QMap>
+#include <QMutex>
+#include <QString>
+#include <QThread>
+
+/**
+ * Polls once a second for instruments in their HID bootloader, until something new has been found: one start serves one
+ * batch of devices. A device that stays connected is not found twice, unless it is forgotten.
+ *
+ * @thread The object lives on the thread that makes it; the signals come from the polling thread. forget() may be called
+ *         from any thread.
+ */
+class HidFinderThread : public QThread
+{
+    Q_OBJECT
+
+public:
+    explicit HidFinderThread(QObject *parent = nullptr);
+    ~HidFinderThread() override;
+
+    /// Makes the next search take a device for new.
+    void forget(const QString &path);
+
+Q_SIGNALS:
+    /// HID path to release number of the devices that have come.
+    void HidConnectionsFound(QMap<QString, int> devices);
+    /// The same of those that have gone.
+    void HidConnectionsRemove(QMap<QString, int> devices);
+
+protected:
+    void run() override;
+
+private:
+    bool announceNew(const QMap<QString, int> &current);
+    void announceGone(const QMap<QString, int> &current);
+    QMap<QString, int> getnewHIDConnection(const QMap<QString, int> &current);
+    QMap<QString, int> RemoveUnavaliableHIDConnection(const QMap<QString, int> &current);
+
+    QMap<QString, int> _known;
+    QMutex _mutex; // guards _known
+};
