@@ -1,8 +1,11 @@
 #include "calibration/CalibrationData.h"
 #include "calibration/Records.h"
+#include "calibration/TableFolder.h"
 #include "nimbrellelibrary/ComplexDataPoint.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 #include "support/TestMain.h"
+
+#include <QDir>
 
 #include <cmath>
 
@@ -127,6 +130,7 @@ class TestAcRecords : public QObject
 private Q_SLOTS:
     void computesAMainlinePoint_data();
     void computesAMainlinePoint();
+    void straightensTheInternalConverterAlone();
     void withoutCurrentTheImpedanceIsInfinite();
     void refusesMalformedPackets_data();
     void refusesMalformedPackets();
@@ -147,7 +151,7 @@ void TestAcRecords::computesAMainlinePoint_data()
     QTest::newRow("float samples") << true;
 }
 
-// Voltage: 0.0005 / 2 V a unit, the mean 0.00025 V. Current: 0.000005 / 5 = 1e-6 A a unit. All means at reference 0.
+// At gain 2 a unit of voltage is 0.0005 / 2 V; in range 2 at gain 5 one of current is 0.000005 / 5 A.
 void TestAcRecords::computesAMainlinePoint()
 {
     QFETCH(bool, hasFloats);
@@ -156,9 +160,7 @@ void TestAcRecords::computesAMainlinePoint()
     const P24ExperimentalAcData head = mainHead(hasFloats);
     const QByteArray packet =
         hasFloats ? mainPacket<float>(head, current, voltage) : mainPacket<qint16>(head, current, voltage);
-    cal_v4 record = roundMainRecord();
-    const ComplexDataPoint_t point = analysed(packet, calibrated(HardwareModel_t::Alder_2_5, record));
-    // eweGain[0] / weGainValue[2] = 0.00025 V, currentGain[2] / iGainValue[5] = 1e-6 A
+    const ComplexDataPoint_t point = analysed(packet, calibrated(HardwareModel_t::Alder_2_5, roundMainRecord()));
     QVERIFY(isNear(point.voltageAmplitude, 5.0, 1e-4));
     QVERIFY(isNear(point.currentAmplitude, 0.01, 1e-4));
     QVERIFY(isNear(point.absZ, 500.0, 1e-4));
@@ -177,6 +179,28 @@ void TestAcRecords::computesAMainlinePoint()
     QCOMPARE(index(point.voltageRange), 1);
     QCOMPARE(index(point.weGain), 1);
     QCOMPARE(index(point.iGain), 2);
+}
+
+void TestAcRecords::straightensTheInternalConverterAlone()
+{
+    const TableFolder documents;
+    QDir(documents.path()).mkpath(QStringLiteral("Calibration files/Bench"));
+    QByteArray doubled;
+    for (int code = 0; code < 4096; ++code)
+        doubled += QByteArray::number(2 * code) + '\n';
+    documents.write(QStringLiteral("Calibration files/Bench/PIC_ADC_LUT_current.csv"), doubled);
+    CalibrationData calibration = calibrated(HardwareModel_t::Alder_2_5, roundMainRecord());
+    calibration.importCalData(documents.path(), QStringLiteral("Bench"));
+
+    const Signal codes = {2000.0, 1500.0, 0.0, 0.0};
+    for (const ADC_src_t source : {ADC_src_t::Internal12Bit, ADC_src_t::External16Bit}) {
+        const ComplexDataPoint_t point =
+            analysed(mainPacket<qint16>(mainHead(false, source), codes, codes), calibration);
+        const double factor = source == ADC_src_t::Internal12Bit ? 2.0 : 1.0;
+        QVERIFY(isNear(point.currentAmplitude, factor * 0.0015, 1e-3));
+        QVERIFY(isNear(point.rawDCcurrent, factor * 2000.0, 1e-3));
+        QVERIFY(isNear(point.rawDCvoltage, 2000.0, 1e-3));
+    }
 }
 
 void TestAcRecords::withoutCurrentTheImpedanceIsInfinite()
