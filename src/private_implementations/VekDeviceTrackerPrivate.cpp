@@ -1,6 +1,7 @@
 #include "private_implementations/VekDeviceTrackerPrivate.h"
 
 #include "VekInstrumentHandler.h"
+#include "firmware/FirmwareUpdateHandler.h"
 #include "private_implementations/VekInstrumentHandlerFactoryPrivate.h"
 #include "private_implementations/VekInstrumentHandlerPrivate.h"
 #include "session/InitialInformation.h"
@@ -88,7 +89,8 @@ void endHandlersOfApplication()
 } // namespace
 
 VekDeviceTrackerPrivate::VekDeviceTrackerPrivate(QObject *parent)
-    : QObject(parent), _nullHandler(std::make_shared<VekInstrumentHandler>(nullptr))
+    : QObject(parent), _nullHandler(std::make_shared<VekInstrumentHandler>(nullptr)),
+      _firmwareUpdater(std::make_shared<FirmwareUpdateHandler>())
 {
     if (trackersOfApplication().isEmpty())
         qAddPostRoutine(endHandlersOfApplication);
@@ -215,6 +217,11 @@ std::list<QString> VekDeviceTrackerPrivate::getConnectedDevices() const
 void VekDeviceTrackerPrivate::purgeStaleDevices()
 {
     _handedOut.clear();
+}
+
+FirmwareUpdateHandler *VekDeviceTrackerPrivate::getFirmwareUpdateHandler() const
+{
+    return _firmwareUpdater.get();
 }
 
 void VekDeviceTrackerPrivate::endHandlers()

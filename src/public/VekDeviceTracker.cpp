@@ -1,6 +1,8 @@
 #include "VekDeviceTracker.h"
 
 #include "VekInstrumentHandler.h"
+#include "firmware/FirmwareUpdateHandler.h"
+#include "firmware/HidCommunicator.h"
 #include "logging/Logger.h"
 #include "private_implementations/VekDeviceTrackerPrivate.h"
 
@@ -25,6 +27,11 @@ VekDeviceTracker *VekDeviceTracker::Instance()
 VekDeviceTracker::VekDeviceTracker() : _private(new VekDeviceTrackerPrivate(this))
 {
     qRegisterMetaType<VekErrorCode>();
+    const FirmwareUpdateHandler *updater = _private->getFirmwareUpdateHandler();
+    connect(updater, &FirmwareUpdateHandler::firmwareUpdateNotification, this,
+            &VekDeviceTracker::firmwareUpdateNotification, Qt::QueuedConnection);
+    connect(updater, &FirmwareUpdateHandler::firmwareUpdateFinished, this, &VekDeviceTracker::firmwareUpdateFinished,
+            Qt::QueuedConnection);
     connect(_private, &VekDeviceTrackerPrivate::deviceDisconnected, this, &VekDeviceTracker::deviceDisconnected);
     connect(_private, &VekDeviceTrackerPrivate::deviceConnected, this, &VekDeviceTracker::newDeviceConnected);
 }
@@ -87,6 +94,30 @@ const VekInstrumentHandler &VekDeviceTracker::getInstrumentHandler(const QString
 std::list<QString> VekDeviceTracker::getConnectedDevices() const
 {
     return _private ? _private->getConnectedDevices() : std::list<QString>();
+}
+
+VekErrorCode VekDeviceTracker::updateFirmwareOnComPort(const QString &portName) const
+{
+    if (!_private)
+        return VekErrorCode::DeviceNotFound;
+    if (!_private->nameFromActiveComport(portName).isEmpty())
+        return VekErrorCode::FirmwareUpToDate; // or it would not have been connected
+    return _private->getFirmwareUpdateHandler()->update(portName);
+}
+
+int VekDeviceTracker::updateFirmwareOnAllAvailableDevices()
+{
+    if (!_private)
+        return 0;
+    int started = HidCommunicator::SearchForBootloaderHidPath().size();
+    if (started > 0)
+        _private->getFirmwareUpdateHandler()->updateThroughHidConnections();
+    const QList<QSerialPortInfo> ports = _private->getVekSerialPorts();
+    for (const QSerialPortInfo &port : ports) {
+        if (updateFirmwareOnComPort(port.portName()) == VekErrorCode::Success)
+            ++started;
+    }
+    return started;
 }
 
 void VekDeviceTracker::saveLogToFile(bool save)

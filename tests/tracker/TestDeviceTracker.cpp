@@ -153,6 +153,7 @@ void TestDeviceTracker::aConnectedPortIsRefusedHoweverItIsWritten()
         QCOMPARE(int(result), int(VekErrorCode::ConnectionFailed));
         QCOMPARE(result.message(), QString("Nimbrelle is already connected."));
     }
+    QCOMPARE(int(_tracker->updateFirmwareOnComPort(instrument.portName())), int(VekErrorCode::FirmwareUpToDate));
     _tracker->getInstrumentHandler("Cedar-1").startIdleSampling(0);
     QTRY_COMPARE(instrument.commands().size(), 1); // nothing came before it
 }

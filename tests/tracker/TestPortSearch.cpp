@@ -140,6 +140,7 @@ void TestPortSearch::noPortNoDevice()
 {
     QCOMPARE(int(_tracker->connectToDevice("Cedar-1")), int(VekErrorCode::DeviceNotFound));
     QCOMPARE(_tracker->connectAllPluggedInDevices(), 0);
+    QCOMPARE(_tracker->updateFirmwareOnAllAvailableDevices(), 0);
 }
 
 void TestPortSearch::allInstrumentsAreConnected()
@@ -149,6 +150,7 @@ void TestPortSearch::allInstrumentsAreConnected()
     QCOMPARE(_tracker->connectAllPluggedInDevices(), 2);
     const std::list<QString> both = {"Cedar-1", "Cedar-2"};
     QTRY_COMPARE(_tracker->getConnectedDevices(), both);
+    QCOMPARE(_tracker->updateFirmwareOnAllAvailableDevices(), 0);
     QCOMPARE(_tracker->connectAllPluggedInDevices(), 0); // ports with connected devices do not count
     QCOMPARE(_tracker->getConnectedDevices(), both);
 }
