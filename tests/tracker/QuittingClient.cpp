@@ -9,9 +9,16 @@
 
 namespace {
 
-int threadsOfProcess()
+/// Names of all threads, the main one included.
+QStringList threadsOfProcess()
 {
-    return QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
+    QStringList names;
+    for (const QString &task : QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile name("/proc/self/task/" + task + "/comm");
+        if (name.open(QIODevice::ReadOnly))
+            names << QString::fromUtf8(name.readAll()).trimmed();
+    }
+    return names;
 }
 
 /// When to quit: soon after this command of the host.
@@ -53,7 +60,16 @@ void useInstrument(const QString &name)
         handler.startUploadedExperiment(0);
 }
 
-void runClient(int argc, char **argv, const Moment &moment)
+/// One that has been waited for may still be on its way out of the kernel.
+QStringList threadsThatStay()
+{
+    for (int wait = 0; wait < 100 && threadsOfProcess().size() > 1; ++wait)
+        QThread::msleep(10);
+    return threadsOfProcess();
+}
+
+/// @return what runs when the application object has gone and the instrument is still plugged in
+QStringList runClient(int argc, char **argv, const Moment &moment)
 {
     auto application = std::make_unique<QCoreApplication>(argc, argv);
     AdmittedInstrument instrument(HardwareModel_t::Cedar_2_0, "Cedar-1");
@@ -64,7 +80,8 @@ void runClient(int argc, char **argv, const Moment &moment)
                      Qt::QueuedConnection);
     QTimer::singleShot(0, tracker, [&] { tracker->connectToDeviceOnComPort(instrument.portName()); });
     QCoreApplication::exec();
-    application.reset(); // while the instrument is still plugged in
+    application.reset();
+    return threadsThatStay();
 }
 
 } // namespace
@@ -79,10 +96,9 @@ int main(int argc, char **argv)
     for (const Moment &moment : moments) {
         if (argc != 2 || qstrcmp(argv[1], moment.name) != 0)
             continue;
-        const int threadsBefore = threadsOfProcess();
-        runClient(argc, argv, moment);
-        const int threadsAfter = threadsOfProcess();
-        std::printf("threads before and after: %d, %d\n", threadsBefore, threadsAfter);
+        const QStringList threadsBefore = threadsOfProcess();
+        const QStringList threadsAfter = runClient(argc, argv, moment);
+        std::printf("threads afterwards: %s\n", qPrintable(threadsAfter.join(", ")));
         return threadsAfter == threadsBefore ? 0 : 1;
     }
     return 2;
