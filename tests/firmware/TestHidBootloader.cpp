@@ -1,0 +1,289 @@
+#include "FakeHidApi.h"
+
+#include "firmware/BootLoaderCommunicator.h"
+#include "firmware/HexLoader.h"
+#include "firmware/HidCommunicator.h"
+#include "hardware_models/HardwareModelNumber.h"
+#include "support/TestMain.h"
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+const QString path = "/dev/hidraw-test";
+const QString otherPath = "/dev/hidraw-test2";
+constexpr int model = int(HardwareModel_t::Alder_2_5);
+constexpr int runTimeoutMs = 20000;
+
+QList<QByteArray> imageRecords()
+{
+    return HexLoader::ReadFile(BootLoaderCommunicator::findHexFilePath(model));
+}
+
+using Device = FakeHidDevice;
+using Fault = void (*)(Device &);
+
+} // namespace
+Q_DECLARE_METATYPE(Device)
+Q_DECLARE_METATYPE(Fault)
+
+/// The whole road from the search on the bus to the jump into the firmware.
+class TestHidBootloader : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void bootloadersAreToldByFourIdentities_data();
+    void bootloadersAreToldByFourIdentities();
+    void imageIsErasedProgrammedCheckedAndStarted();
+    void failureEndsTheRunAndTheNextSucceeds_data();
+    void failureEndsTheRunAndTheNextSucceeds();
+    void rightsMayComeLate();
+    void announcedUpdatesAreTakenInOrder();
+    void announcedDeviceMayComeAfterABatch();
+    void unknownModelWaitsForAnAnswer();
+    void deviceWithoutImageIsNotTouched_data();
+    void deviceWithoutImageIsNotTouched();
+    void connectedDeviceIsNotFoundTwice();
+    void hidapiIsNeverEnteredByTwoThreads();
+    void applicationMayEndInTheMiddleOfARun();
+
+private:
+    bool finishes(int runs = 1);
+
+    FakeHidBus &_bus = FakeHidBus::bus();
+    BootLoaderCommunicator *_hid = nullptr;
+    QScopedPointer<QSignalSpy> _started;
+    QScopedPointer<QSignalSpy> _progress;
+    QScopedPointer<QSignalSpy> _finished;
+};
+
+void TestHidBootloader::init()
+{
+    _hid = BootLoaderCommunicator::Instance();
+    _started.reset(new QSignalSpy(_hid, &BootLoaderCommunicator::Started));
+    _progress.reset(new QSignalSpy(_hid, &BootLoaderCommunicator::ProgressChanged));
+    _finished.reset(new QSignalSpy(_hid, &BootLoaderCommunicator::Finished));
+}
+
+void TestHidBootloader::cleanup()
+{
+    QTRY_COMPARE_WITH_TIMEOUT(_bus.openDevices(), 0, 10000);
+    _bus.clear();
+    if (!_finished->isEmpty())
+        QTest::qWait(1200); // the search that has found something ends
+}
+
+bool TestHidBootloader::finishes(int runs)
+{
+    return QTest::qWaitFor([&] { return _finished->size() >= runs; }, runs * runTimeoutMs);
+}
+
+void TestHidBootloader::bootloadersAreToldByFourIdentities_data()
+{
+    QTest::addColumn<Fault>("change");
+    QTest::addColumn<bool>("isFound");
+    QTest::newRow("right") << Fault([](Device &) {}) << true;
+    QTest::newRow("vendor") << Fault([](Device &device) { device.vendor = 0x04D9; }) << false;
+    QTest::newRow("product") << Fault([](Device &device) { device.product = 0x003D; }) << false;
+    QTest::newRow("manufacturer") << Fault([](Device &device) { device.manufacturer += L"."; }) << false;
+    QTest::newRow("name") << Fault([](Device &device) { device.name = L"nimbrelle HID bootloader"; }) << false;
+    QTest::newRow("no manufacturer") << Fault([](Device &device) { device.hasManufacturer = false; }) << false;
+    QTest::newRow("no name") << Fault([](Device &device) { device.hasName = false; }) << false;
+}
+
+void TestHidBootloader::bootloadersAreToldByFourIdentities()
+{
+    QFETCH(Fault, change);
+    QFETCH(bool, isFound);
+    Device device;
+    device.release = 256;
+    change(device);
+    _bus.plug(path, device);
+    const QMap<QString, int> expected = isFound ? QMap<QString, int>{{path, 256}} : QMap<QString, int>();
+    QCOMPARE(HidCommunicator::SearchForBootloaderHidPath(), expected);
+    _bus.clear();
+}
+
+void TestHidBootloader::imageIsErasedProgrammedCheckedAndStarted()
+{
+    _bus.plug(path);
+    QSignalSpy found(_hid, &BootLoaderCommunicator::BootloaderFound);
+    _hid->setReleaseNumber("left bench", model);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes());
+    QCOMPARE(_finished->first(), QVariantList({"left bench", true}));
+    QCOMPARE(_started->first(), QVariantList({"left bench"}));
+    QCOMPARE(found.size(), 1);
+    QCOMPARE(_progress->first(), QVariantList({"left bench", 0}));
+    QCOMPARE(_progress->last(), QVariantList({"left bench", 100}));
+    for (int i = 1; i < _progress->size(); ++i)
+        QVERIFY(_progress->at(i).at(1).toInt() > _progress->at(i - 1).at(1).toInt());
+
+    const Device device = _bus.device(path);
+    const QList<QByteArray> records = imageRecords();
+    QCOMPARE(device.flash, QByteArrayList(records).join());
+    QCOMPARE(device.batches.size(), (records.size() + 9) / 10);
+    QCOMPARE(device.batches.first(), QByteArrayList(records.mid(0, 10)).join());
+    QCOMPARE(device.commands.left(2), QByteArray("\x02\x03"));
+    QCOMPARE(device.commands.right(2), QByteArray("\x04\x05"));
+    QVERIFY(device.hasJumped);
+    // Address, size and CRC, little-endian, two bytes of padding.
+    const HexCrc crc = HexLoader::CalculateCrc(records);
+    QCOMPARE(device.crcRequest.size(), 12);
+    QCOMPARE(device.crcRequest.left(4), QByteArray::fromHex("0000009d"));
+    QCOMPARE(device.crcRequest.mid(4, 4), QByteArray::fromHex("08100000")); // 4,104 bytes
+    QCOMPARE(quint8(device.crcRequest.at(8)) + 256 * quint8(device.crcRequest.at(9)), int(crc.crc));
+}
+
+void TestHidBootloader::failureEndsTheRunAndTheNextSucceeds_data()
+{
+    QTest::addColumn<Fault>("fault");
+    QTest::newRow("no reply to erase") << Fault([](Device &device) { device.silentAt = 2; });
+    QTest::newRow("no reply to program") << Fault([](Device &device) { device.silentAt = 3; });
+    QTest::newRow("no reply to the CRC request") << Fault([](Device &device) { device.silentAt = 4; });
+    QTest::newRow("other CRC") << Fault([](Device &device) { device.repliesWrongCrc = true; });
+    QTest::newRow("power lost at the last batch") << Fault([](Device &device) { device.goneAtBatch = 25; });
+    QTest::newRow("cannot be opened") << Fault([](Device &device) { device.isBroken = true; });
+    QTest::newRow("takes no reports") << Fault([](Device &device) { device.takesNoReports = true; });
+}
+
+void TestHidBootloader::failureEndsTheRunAndTheNextSucceeds()
+{
+    QFETCH(Fault, fault);
+    Device device;
+    fault(device);
+    _bus.plug(path, device);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes());
+    QCOMPARE(_finished->first(), QVariantList({"", false}));
+    QVERIFY(!_bus.device(path).hasJumped);
+
+    QTest::qWait(1200); // the search that found it is over
+    _bus.mend(path);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes(2));
+    QCOMPARE(_finished->last(), QVariantList({"", true}));
+    QCOMPARE(_bus.device(path).flash, QByteArrayList(imageRecords()).join());
+}
+
+void TestHidBootloader::rightsMayComeLate()
+{
+    Device device;
+    device.refusedOpens = 3;
+    _bus.plug(path, device);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes());
+    QCOMPARE(_finished->first(), QVariantList({"", true}));
+}
+
+void TestHidBootloader::announcedUpdatesAreTakenInOrder()
+{
+    _bus.plug(path);
+    _bus.plug(otherPath);
+    _hid->setReleaseNumber("first", model);
+    _hid->setReleaseNumber("second", model);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes(2));
+    QCOMPARE(_finished->at(0), QVariantList({"first", true}));
+    QCOMPARE(_finished->at(1), QVariantList({"second", true}));
+    QVERIFY(_bus.device(path).hasJumped && _bus.device(otherPath).hasJumped);
+}
+
+void TestHidBootloader::announcedDeviceMayComeAfterABatch()
+{
+    _bus.plug(path);
+    _hid->setReleaseNumber("first", model);
+    _hid->setReleaseNumber("second", model);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes());
+    _bus.plug(otherPath);
+    QVERIFY(finishes(2));
+    QCOMPARE(_finished->last(), QVariantList({"second", true}));
+}
+
+void TestHidBootloader::unknownModelWaitsForAnAnswer()
+{
+    Device device;
+    device.release = 256;
+    _bus.plug(path, device);
+    QSignalSpy questions(_hid, &BootLoaderCommunicator::FindReleaseNumber);
+    _hid->checkForHidConnections();
+    QVERIFY(questions.wait(runTimeoutMs));
+    QCOMPARE(questions.first(), QVariantList({path}));
+    QVERIFY(_started->isEmpty());
+    _hid->UpdateUnknowReleaseNumber(path, HardwareModel_t(model)); // runs in here
+    QVERIFY(finishes());
+    QCOMPARE(_finished->first(), QVariantList({"", true}));
+    QVERIFY(_bus.device(path).hasJumped);
+}
+
+void TestHidBootloader::deviceWithoutImageIsNotTouched_data()
+{
+    QTest::addColumn<int>("release");
+    QTest::newRow("no longer supported") << int(HardwareModel_t::Cedar);
+    QTest::newRow("no model") << 200;
+    QTest::newRow("no byte") << 256 + model; // its low byte would be a model
+}
+
+void TestHidBootloader::deviceWithoutImageIsNotTouched()
+{
+    QFETCH(int, release);
+    Device device;
+    device.release = static_cast<unsigned short>(release);
+    _bus.plug(path, device);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes());
+    QCOMPARE(_finished->first(), QVariantList({"", false}));
+    QCOMPARE(_bus.device(path).writes, 0);
+}
+
+void TestHidBootloader::connectedDeviceIsNotFoundTwice()
+{
+    Device device;
+    device.release = 200;
+    _bus.plug(path, device);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes());
+    QTest::qWait(1200);
+    _hid->setReleaseNumber("announced", model); // the device that stayed must not take this update
+    _hid->checkForHidConnections();
+    QVERIFY(!QTest::qWaitFor([&] { return _finished->size() > 1; }, 1500));
+    _bus.plug(otherPath);
+    QVERIFY(finishes(2));
+    QCOMPARE(_finished->last(), QVariantList({"announced", true}));
+    QVERIFY(_bus.device(otherPath).hasJumped);
+}
+
+void TestHidBootloader::hidapiIsNeverEnteredByTwoThreads()
+{
+    std::atomic<bool> isOver{false};
+    std::thread searcher([&] {
+        while (!isOver)
+            HidCommunicator::SearchForBootloaderHidPath();
+    });
+    for (int i = 0; i < 50; ++i)
+        HidCommunicator device("/dev/none");
+    isOver = true;
+    searcher.join();
+    QCOMPARE(_bus.overlaps(), 0);
+}
+
+void TestHidBootloader::applicationMayEndInTheMiddleOfARun()
+{
+    // Whether it may shows behind the end of this test: a thread that stayed would hold the process.
+    Device device;
+    device.silentAt = 2;
+    _bus.plug(path, device);
+    _hid->checkForHidConnections();
+    QTimer::singleShot(1500, QCoreApplication::instance(), &QCoreApplication::quit);
+    QCoreApplication::exec();
+    QCOMPARE(_started->size(), 1);
+    QVERIFY(_finished->isEmpty());
+}
+
+NIMBRELLE_TEST_MAIN(TestHidBootloader)
+#include "TestHidBootloader.moc"
