@@ -11,6 +11,7 @@
 #include "commands/PlanCommand.h"
 #include "commands/PlotCommand.h"
 #include "commands/RunCommand.h"
+#include "commands/UpdateCommand.h"
 
 #include <QApplication>
 
@@ -75,8 +76,9 @@ int main(int argc, char **argv)
     bool isVerbose = false;
     app.add_flag("-q,--quiet", isQuiet, "Only errors on standard error");
     app.add_flag("-v,--verbose", isVerbose, "The library's diagnostic lines too");
-    const Commands commands = makeCommands<ListCommand, InfoCommand, DoctorCommand, ElementsCommand, PlanCommand,
-                                           RunCommand, PlotCommand, MonitorCommand, ManualCommand, LimitsCommand>(app);
+    const Commands commands =
+        makeCommands<ListCommand, InfoCommand, DoctorCommand, ElementsCommand, PlanCommand, RunCommand, PlotCommand,
+                     MonitorCommand, ManualCommand, LimitsCommand, UpdateCommand>(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

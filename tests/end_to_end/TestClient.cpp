@@ -48,6 +48,7 @@ private Q_SLOTS:
     void monitorsAnIdleChannel();
     void holdsASetPointByHand();
     void examinesAPort();
+    void leavesRightFirmwareAlone();
     void answersWrongUsage_data();
     void answersWrongUsage();
 
@@ -351,6 +352,14 @@ void TestClient::examinesAPort()
     QCOMPARE(ClientProcess::run({"doctor", "/dev/nowhere"}), NoConnection);
 }
 
+void TestClient::leavesRightFirmwareAlone()
+{
+    SimulatorProcess simulator({});
+    ClientProcess client({"update", simulator.portName()});
+    QCOMPARE(client.finish(), 0);
+    QVERIFY(client.errors().contains("code 4: Device has up to date firmware."));
+}
+
 void TestClient::answersWrongUsage_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -363,6 +372,8 @@ void TestClient::answersWrongUsage_data()
     QTest::newRow("bad unit") << QStringList{"manual", "x", "--voltage", "1 A"} << 2;
     QTest::newRow("two set points") << QStringList{"manual", "x", "--voltage", "1", "--current", "1"} << 2;
     QTest::newRow("no such port") << QStringList{"info", "/dev/nowhere"} << 3;
+    QTest::newRow("update of nothing") << QStringList{"update"} << 2;
+    QTest::newRow("update of no port") << QStringList{"update", "/dev/nowhere"} << 3;
     QTest::newRow("no run to draw") << QStringList{"plot", "/nowhere"} << 1;
     QTest::newRow("help") << QStringList{"run", "--help"} << 0;
     QTest::newRow("version") << QStringList{"--version"} << 0;

@@ -1,0 +1,89 @@
+#include "UpdateWatch.h"
+
+#include "Console.h"
+#include "SignalWatcher.h"
+#include "VekDeviceTracker.h"
+
+#include <QEventLoop>
+
+namespace client {
+
+namespace {
+
+constexpr int silenceMs = 60000; ///< a bootloader that takes nothing is given up by the library long before
+constexpr int barLength = 20;
+const QString progressMark = QStringLiteral(": Progress ");
+
+} // namespace
+
+int progressIn(const QString &notification)
+{
+    const int at = notification.lastIndexOf(progressMark);
+    bool isNumber = false;
+    const int percent = at < 0 ? -1 : notification.mid(at + progressMark.size()).toInt(&isNumber);
+    return isNumber ? percent : -1;
+}
+
+QString progressBar(const QString &deviceName, int percent)
+{
+    const int filled = qBound(0, percent * barLength / 100, barLength);
+    const QString bar = QString(filled, QLatin1Char('#')).leftJustified(barLength);
+    return QStringLiteral("[%1] %2 % %3").arg(bar, QString::number(percent).rightJustified(3), deviceName);
+}
+
+UpdateWatch::UpdateWatch()
+{
+    const VekDeviceTracker *tracker = VekDeviceTracker::Instance();
+    connect(tracker, &VekDeviceTracker::firmwareUpdateNotification, this, &UpdateWatch::onNotification);
+    connect(SignalWatcher::instance(), &SignalWatcher::interrupted, this, &UpdateWatch::onInterrupted);
+    _silence.setSingleShot(true);
+    _silence.setInterval(silenceMs);
+    connect(&_silence, &QTimer::timeout, this, &UpdateWatch::onSilence);
+}
+
+ExitCode UpdateWatch::waitForEnds(int count)
+{
+    const auto isOver = [this, count] { return _isSilent || _succeeded + _failed >= count; };
+    QEventLoop loop;
+    connect(this, &UpdateWatch::changed, &loop, [&] {
+        if (isOver())
+            loop.quit();
+    });
+    _silence.start();
+    if (!isOver())
+        loop.exec();
+    Console::instance().endProgress();
+    return !_isSilent && _failed == 0 ? Done : Refused;
+}
+
+void UpdateWatch::onNotification(const QString &text)
+{
+    _silence.start();
+    const int percent = progressIn(text);
+    if (percent >= 0)
+        return Console::instance().progress(
+            [&] { return progressBar(text.left(text.lastIndexOf(progressMark)), percent); });
+    const bool hasFailed = text.endsWith(QLatin1String(": Firmware update failed."));
+    if (hasFailed)
+        Console::instance().error(text);
+    else
+        Console::instance().note(text);
+    _failed += hasFailed ? 1 : 0;
+    _succeeded += text.endsWith(QLatin1String(": Firmware updated successfully.")) ? 1 : 0;
+    Q_EMIT changed();
+}
+
+void UpdateWatch::onInterrupted()
+{
+    Console::instance().note(QStringLiteral("The update goes on, since the instrument could not be used without its "
+                                            "firmware; a second signal ends the program all the same."));
+}
+
+void UpdateWatch::onSilence()
+{
+    Console::instance().error(QStringLiteral("Nothing was heard of the update for %1 s.").arg(silenceMs / 1000));
+    _isSilent = true;
+    Q_EMIT changed();
+}
+
+} // namespace client

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "ExitCode.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+namespace client {
+
+/// The percentage in a text such as "Alder-0042: Progress 17"; -1 in any other.
+int progressIn(const QString &notification);
+
+/// "[########            ]  40 % Alder-0042"
+QString progressBar(const QString &deviceName, int percent);
+
+/**
+ * Shows the course of firmware updates and waits for their ends. Make it before the update is started.
+ *
+ * The ends are read from the library's texts, which come for every kind of bootloader.
+ *
+ * @thread The main thread.
+ */
+class UpdateWatch : public QObject
+{
+    Q_OBJECT
+
+public:
+    UpdateWatch();
+
+    /**
+     * Runs the event loop until so many updates have ended, or nothing was heard of any for a minute.
+     *
+     * A signal of the user is answered with a warning; the second one ends the program.
+     *
+     * @return Done when all succeeded, else Refused
+     */
+    ExitCode waitForEnds(int count);
+
+Q_SIGNALS:
+    void changed();
+
+private Q_SLOTS:
+    void onNotification(const QString &text);
+    void onInterrupted();
+    void onSilence();
+
+private:
+    int _succeeded = 0;
+    int _failed = 0;
+    bool _isSilent = false;
+    QTimer _silence;
+};
+
+} // namespace client

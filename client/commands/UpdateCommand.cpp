@@ -1,0 +1,57 @@
+#include "commands/UpdateCommand.h"
+
+#include "Connection.h"
+#include "Console.h"
+#include "UpdateWatch.h"
+#include "VekDeviceTracker.h"
+
+namespace client {
+
+UpdateCommand::UpdateCommand(CLI::App &parent)
+    : Command(parent, "update", "Bring instruments to the firmware that this version carries",
+              "  nimbrelle update ttyACM0\n"
+              "  nimbrelle update --all     # opens every port; also finds instruments left in their bootloader\n"
+              "An update that is cut off leaves the instrument in its bootloader, where the next one finds it.")
+{
+    CLI::Option_group *target = app().add_option_group("Target", "Which instruments");
+    target->require_option(1);
+    target->add_option("PORT", _port, "Serial port, for example ttyACM0 or /dev/ttyACM0");
+    target->add_flag("--all", _updatesAll, "Every instrument that needs it");
+}
+
+int UpdateCommand::run()
+{
+    return _updatesAll ? updateAll() : updateOne();
+}
+
+ExitCode UpdateCommand::updateOne()
+{
+    UpdateWatch watch;
+    const VekErrorCode result = VekDeviceTracker::Instance()->updateFirmwareOnComPort(QString::fromStdString(_port));
+    const QString told = QStringLiteral("%1: %2").arg(QString::fromStdString(_port), refusalText(result));
+    switch (result.value()) {
+    case VekErrorCode::Success:
+        return watch.waitForEnds(1);
+    case VekErrorCode::FirmwareUpToDate:
+        Console::instance().note(told);
+        return Done;
+    case VekErrorCode::ConnectionFailed:
+        Console::instance().error(told);
+        return NoConnection;
+    default:
+        Console::instance().error(told);
+        return Refused;
+    }
+}
+
+ExitCode UpdateCommand::updateAll()
+{
+    UpdateWatch watch;
+    const int count = VekDeviceTracker::Instance()->updateFirmwareOnAllAvailableDevices();
+    if (count > 0)
+        return watch.waitForEnds(count);
+    Console::instance().note(QStringLiteral("No instrument that needs an update was found."));
+    return Done;
+}
+
+} // namespace client
