@@ -30,6 +30,28 @@ void printRanges(int channel, const char *kind, const Ranges &ranges, Dimension 
                     qPrintable(formatQuantity(high, dimension)));
 }
 
+void printRangesAsTable(const VekInstrumentHandler &handler, const std::vector<int> &channels)
+{
+    std::printf("CHANNEL  RANGE    INDEX           MIN           MAX\n");
+    for (const int number : channels) {
+        const auto channel = static_cast<unsigned char>(number);
+        printRanges(number, "current", handler.getManualModeCurrentRangeList(channel), Dimension::Current);
+        printRanges(number, "voltage", handler.getManualModeVoltageRangeList(channel), Dimension::Voltage);
+    }
+}
+
+void printRangesAsJson(const VekInstrumentHandler &handler, const std::vector<int> &channels)
+{
+    Json list = Json::array();
+    for (const int number : channels) {
+        const auto channel = static_cast<unsigned char>(number);
+        list.push_back({{"channel", number},
+                        {"currentRanges", rangesJson(handler.getManualModeCurrentRangeList(channel))},
+                        {"voltageRanges", rangesJson(handler.getManualModeVoltageRangeList(channel))}});
+    }
+    printJson(list);
+}
+
 std::vector<int> allChannels(int count)
 {
     std::vector<int> channels;
@@ -60,30 +82,19 @@ int LimitsCommand::run()
     const VekInstrumentHandler &handler = connection.handler();
     if (_channels.empty())
         _channels = allChannels(handler.getNumberOfChannels());
-    Json list = Json::array();
-    if (!_wantsJson)
-        std::printf("CHANNEL  RANGE    INDEX           MIN           MAX\n");
-    for (const int number : _channels) {
-        if (const ExitCode failure = connection.checkChannel(number))
+    for (const int channel : _channels) {
+        if (const ExitCode failure = connection.checkChannel(channel))
             return failure;
-        const auto channel = static_cast<unsigned char>(number);
-        const VekErrorCode result = _limits.apply(handler, channel);
-        if (result != VekErrorCode::Success) {
-            Console::instance().error(
-                QStringLiteral("channel %1: %2").arg(QString::number(number), refusalText(result)));
-            return Refused;
-        }
-        const Ranges currents = handler.getManualModeCurrentRangeList(channel);
-        const Ranges voltages = handler.getManualModeVoltageRangeList(channel);
-        list.push_back(
-            {{"channel", number}, {"currentRanges", rangesJson(currents)}, {"voltageRanges", rangesJson(voltages)}});
-        if (_wantsJson)
+        const VekErrorCode result = _limits.apply(handler, static_cast<unsigned char>(channel));
+        if (result == VekErrorCode::Success)
             continue;
-        printRanges(number, "current", currents, Dimension::Current);
-        printRanges(number, "voltage", voltages, Dimension::Voltage);
+        Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(channel), refusalText(result)));
+        return Refused;
     }
     if (_wantsJson)
-        printJson(list);
+        printRangesAsJson(handler, _channels);
+    else
+        printRangesAsTable(handler, _channels);
     return Done;
 }
 

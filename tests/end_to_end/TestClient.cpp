@@ -48,6 +48,7 @@ private Q_SLOTS:
     void monitorsAnIdleChannel();
     void holdsASetPointByHand();
     void examinesAPort();
+    void showsPortsAndRanges();
     void leavesRightFirmwareAlone();
     void answersWrongUsage_data();
     void answersWrongUsage();
@@ -350,6 +351,23 @@ void TestClient::examinesAPort()
     QCOMPARE(bad.finish(), NoConnection);
     QVERIFY(bad.output().contains("Try: nimbrelle update " + old.portName().toLocal8Bit()));
     QCOMPARE(ClientProcess::run({"doctor", "/dev/nowhere"}), NoConnection);
+}
+
+void TestClient::showsPortsAndRanges()
+{
+    ClientProcess list({"list", "--json"}); // opens none of them
+    QCOMPARE(list.finish(), 0);
+    QVERIFY(QJsonDocument::fromJson(list.output()).isArray());
+
+    SimulatorProcess simulator({"--model", "Cedar_2_0", "--channels", "2"});
+    ClientProcess limits({"limits", simulator.portName(), "--json", "--max-current", "100 mA"});
+    QCOMPARE(limits.finish(), 0);
+    const QJsonArray channels = QJsonDocument::fromJson(limits.output()).array();
+    QCOMPARE(channels.size(), 2);
+    const QJsonArray currents = channels[1]["currentRanges"].toArray();
+    QCOMPARE(currents.size(), 8);
+    QCOMPARE(currents[0]["max"].toDouble(), 0.25); // the model's limit, not the converter's
+    QVERIFY(currents[7]["max"].toDouble() < currents[6]["max"].toDouble());
 }
 
 void TestClient::leavesRightFirmwareAlone()
