@@ -22,3 +22,6 @@ install(CODE "
     set(CMAKE_INSTALL_INCLUDEDIR \"${CMAKE_INSTALL_INCLUDEDIR}\")
     configure_file(\"${CMAKE_SOURCE_DIR}/packaging/nimbrelle.pc.in\" \"${CMAKE_BINARY_DIR}/nimbrelle.pc\" @ONLY)")
 install(FILES ${CMAKE_BINARY_DIR}/nimbrelle.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# Not the library folder of the architecture: udev looks in this one alone.
+install(FILES ${CMAKE_SOURCE_DIR}/packaging/71-nimbrelle.rules DESTINATION lib/udev/rules.d)
