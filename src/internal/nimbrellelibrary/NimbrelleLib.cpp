@@ -1,10 +1,12 @@
 #include "nimbrellelibrary/NimbrelleLib.h"
 
 #include "hardware_models/HardwareModelFactory.h"
+#include "nimbrellelibrary/Histogram.h"
 
 #include <QtEndian>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
 #include <limits>
@@ -34,6 +36,8 @@ constexpr UnitRow unitRows[] = { // to seconds, amperes, volts, ohms, grams, wat
     {"kg",    1000.0}, {"g",   1.0},    {"cm³",   1e-6},
 };
 // clang-format on
+
+constexpr int samplesPerBlock = 1024; // of one signal in a raw capture
 
 struct PrefixRow {
     double factor;
@@ -118,6 +122,18 @@ std::tuple<QByteArray, unsigned> NimbrelleLib::getManualSamplingParamsPayload(Ha
     QByteArray payload(sizeof(float), '\0');
     qToLittleEndian(hardwareInterval, payload.data());
     return {payload, factor};
+}
+
+QStringList NimbrelleLib::getHistogramData(const QByteArray &data)
+{
+    std::array<Histogram, 2> histograms;
+    std::array<short, samplesPerBlock> samples;
+    const int blocks = data.size() / int(2 * sizeof samples);
+    for (int half = 0; half < 2 * blocks; ++half) {
+        qFromLittleEndian<short>(data.constData() + half * sizeof samples, samplesPerBlock, samples.data());
+        histograms[half % 2].append(samples.data(), samplesPerBlock);
+    }
+    return {histograms[0].getTotalCount(), histograms[1].getTotalCount()};
 }
 
 unsigned floorWithMargin(double value, double margin)

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <complex>
 #include <tuple>
@@ -62,6 +63,14 @@ public:
     static std::tuple<float, unsigned> calcNewSamplingAndDownSampling(float sampling, float maxPeriod);
     /// The way back: the reported interval and the hardware's own, in seconds, each at least 1e-5.
     static std::tuple<float, float> getOriginalSamplingAndUpdateInterval(float interval, unsigned factor);
+
+    /**
+     * The code spread of a raw capture: the text of Histogram::getTotalCount() for its first and its second signal.
+     *
+     * @param data blocks of 1024 signed 16-bit samples of the first signal, then as many of the second; a partial block
+     *             at the end is ignored
+     */
+    static QStringList getHistogramData(const QByteArray &data);
 
     // Nodes; see elements/ExpNode.h. Node types without a sampling interval read as 0.0 and are not written to.
     static float get_hwNode_sampling_interval(const ExpNode_t &node);
