@@ -100,7 +100,7 @@ QByteArray AcFrontEnd::record(const AcMeasurement &measurement, const SimulatedC
                               Random &random) const
 {
     const AcPlan &plan = measurement.plan;
-    const std::complex<double> admittance = 1.0 / measurement.impedance;
+    const std::complex<double> admittance = 1.0 / measurement.impedances.front();
     const double current = plan.drivesCurrent ? plan.amplitude : plan.amplitude * std::abs(admittance);
     const currentRange_t range = rangeFor(measurement, calibration, current);
     const std::complex<double> withCable = admittance + _response->cableAdmittance(double(plan.frequency), range);

@@ -1,20 +1,10 @@
 #pragma once
 
 #include "simulator/AnalogResponse.h"
-#include "simulator/ImpedanceSweep.h"
-#include "simulator/Random.h"
+#include "simulator/FrontEnd.h"
 #include "simulator/SimulatedCalibration.h"
-#include "simulator/cells/Cell.h"
 
 #include <QMap>
-
-/// What is to be put into one AC record: the plan, and the cell's answer to it.
-struct AcMeasurement {
-    AcPlan plan;
-    quint64 tick = 0; ///< at the end of the record
-    CellReading mean; ///< DC part
-    std::complex<double> impedance;
-};
 
 /**
  * Makes the AC records of one channel: steady sines through the imperfect chain, sampled, as raw words.

@@ -7,8 +7,9 @@
 namespace {
 
 constexpr double highestSampleRate = 1e5;
-constexpr int samplesPerPeriod = 64;
-constexpr int mostCyclesPerRecord = 120;
+constexpr int samplesPerSine = 64;
+constexpr int samplesPerBase = 128; ///< of several tones, the highest of which is its eighth multiple
+const std::vector<int> multiTones = {2, 3, 4, 5, 6, 8};
 constexpr int leastCyclesAboveOneHertz = 8;
 constexpr int mostFrequencies = 10000;
 constexpr double roundingOfRatio = 1e-4;
@@ -35,8 +36,8 @@ std::vector<float> frequencies(double start, double end, double ratio)
     return list;
 }
 
-/// The sampling interval that gives the sine, or its alias, 64 samples a period.
-double samplePeriod(double frequency)
+/// The sampling interval that gives the sine, or its alias, so many samples a period.
+double samplePeriod(double frequency, int samplesPerPeriod)
 {
     if (frequency * samplesPerPeriod <= highestSampleRate)
         return 1.0 / (frequency * samplesPerPeriod);
@@ -46,12 +47,15 @@ double samplePeriod(double frequency)
 
 } // namespace
 
-std::vector<AcPlan> planImpedance(const ExpNode_t &node)
+std::vector<AcPlan> planImpedance(const ExpNode_t &node, int mostCyclesPerRecord)
 {
     std::vector<AcPlan> plans;
     const double start = at(node, 16);
     const double end = at(node, 20);
     const double ratio = at(node, 24);
+    const NodeType_t type = node.nodeType();
+    const bool isMultiSine = type == NodeType_t::MultiSineVoltage || type == NodeType_t::MultiSineCurrent;
+    const int samplesPerPeriod = isMultiSine ? samplesPerBase : samplesPerSine;
     const int wanted = int(std::clamp(at(node, 28), 1.0, 65535.0));
     if (!(start > 0.0 && end > 0.0 && ratio > 0.0))
         return plans;
@@ -59,9 +63,11 @@ std::vector<AcPlan> planImpedance(const ExpNode_t &node)
         int cycles = frequency >= 1.0f ? std::max(wanted, leastCyclesAboveOneHertz) : wanted;
         AcPlan plan;
         plan.frequency = frequency;
-        plan.samplePeriod = float(samplePeriod(double(frequency)));
+        plan.samplePeriod = float(samplePeriod(double(frequency), samplesPerPeriod));
         plan.amplitude = at(node, 12);
-        plan.drivesCurrent = node.nodeType() == NodeType_t::EisCurrent;
+        plan.drivesCurrent = type == NodeType_t::EisCurrent || type == NodeType_t::MultiSineCurrent;
+        if (isMultiSine)
+            plan.tones = multiTones;
         plan.settling = 1.0 / double(frequency);
         for (; cycles > 0; cycles -= mostCyclesPerRecord) {
             plan.samples = std::min(cycles, mostCyclesPerRecord) * samplesPerPeriod + 1;

@@ -47,18 +47,22 @@ bool NodeProgram::isRunnable(NodeType_t type)
     case NodeType_t::ConstantResistance:
     case NodeType_t::ConstantPower:
     case NodeType_t::MaximumPowerPoint:
-    case NodeType_t::EisVoltage:
-    case NodeType_t::EisCurrent:
     case NodeType_t::StepVoltage:
     case NodeType_t::StepCurrent:
     case NodeType_t::PseudoConstantVoltage:
         return true;
     default:
-        return false;
+        return isImpedance(type);
     }
 }
 
-NodeProgram::NodeProgram(const ExpNode_t &node, double openCircuit)
+bool NodeProgram::isImpedance(NodeType_t type)
+{
+    return type == NodeType_t::EisVoltage || type == NodeType_t::EisCurrent || type == NodeType_t::MultiSineVoltage ||
+           type == NodeType_t::MultiSineCurrent;
+}
+
+NodeProgram::NodeProgram(const ExpNode_t &node, double openCircuit, int acCycles) : _acCycles(acCycles)
 {
     unfold(node, openCircuit);
 }
@@ -87,8 +91,10 @@ void NodeProgram::unfold(const ExpNode_t &node, double openCircuit)
     case NodeType_t::MaximumPowerPoint:
         return hold({Law::MaximumPower});
     case NodeType_t::EisVoltage:
+    case NodeType_t::MultiSineVoltage:
         return impedance({Law::Voltage, at(node, 8) + firstOcp}, node);
     case NodeType_t::EisCurrent:
+    case NodeType_t::MultiSineCurrent:
         return impedance({Law::Current, at(node, 8)}, node);
     case NodeType_t::ConstantResistance:
         return hold({Law::Resistance, at(node, 12)});
@@ -175,7 +181,7 @@ void NodeProgram::pulses(Control::Law law, const ExpNode_t &node, double start, 
 
 void NodeProgram::impedance(const Control &bias, const ExpNode_t &node)
 {
-    const auto plans = std::make_shared<const std::vector<AcPlan>>(planImpedance(node));
+    const auto plans = std::make_shared<const std::vector<AcPlan>>(planImpedance(node, _acCycles));
     _plans = plans;
     _interval = 0.0;
     _valid = !plans->empty();

@@ -32,11 +32,14 @@ class NodeProgram
 {
 public:
     /// @param openCircuit the potential that "vs OCP" parameters count from
-    NodeProgram(const ExpNode_t &node, double openCircuit);
+    /// @param acCycles    the most that an AC record of the instrument's line may hold
+    NodeProgram(const ExpNode_t &node, double openCircuit, int acCycles);
     NodeProgram() = default;
 
     /// Whether the type is one that this instrument runs in time (neither jump nor end nor an unknown type).
     static bool isRunnable(NodeType_t type);
+    /// Whether its measurements are AC records.
+    static bool isImpedance(NodeType_t type);
 
     int segmentCount() const { return _count; }
     Segment segment(int index) const { return _segment(index); }
@@ -51,7 +54,6 @@ public:
     double leastCurrentRate() const { return _leastCurrentRate; }
     /// False when the record makes no sense: no positive sampling interval, scan rate or duration.
     bool isValid() const { return _valid; }
-    bool isImpedance() const { return _plans != nullptr; }
 
 private:
     void unfold(const ExpNode_t &node, double openCircuit);
@@ -61,6 +63,8 @@ private:
     void pulses(Control::Law law, const ExpNode_t &node, double start, double end);
 
     void impedance(const Control &bias, const ExpNode_t &node);
+
+    int _acCycles = 0;
 
     std::function<Segment(int)> _segment;
     std::shared_ptr<const std::vector<AcPlan>> _plans; ///< of an impedance node

@@ -155,7 +155,7 @@ int NodeRunner::modify(int index)
 
 void NodeRunner::beginPass()
 {
-    _program = NodeProgram(node(), _openCircuit);
+    _program = NodeProgram(node(), _openCircuit, _acCycles);
     _time = 0.0;
     _sampleCount = 0;
     _lastSample.reset();
@@ -257,10 +257,18 @@ void NodeRunner::report(const CellReading &reading)
 {
     _lastSample = RunSample{tickAt(_time), reading, _charge};
     if (_segment.acPlan)
-        _observer.onAcRecord(*_lastSample, *_segment.acPlan,
-                             _regulator.cell().impedance(double(_segment.acPlan->frequency)));
+        reportAcRecord();
     else
         _observer.onSample(*_lastSample);
+}
+
+void NodeRunner::reportAcRecord()
+{
+    const AcPlan &plan = *_segment.acPlan;
+    std::vector<std::complex<double>> impedances;
+    for (const int tone : plan.tones)
+        impedances.push_back(_regulator.cell().impedance(double(plan.frequency) * tone));
+    _observer.onAcRecord(*_lastSample, plan, impedances);
 }
 
 /// An impedance node that is broken off has nothing to report: it has no DC samples, and half a record is none.

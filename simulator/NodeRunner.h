@@ -36,8 +36,9 @@ public:
     virtual ~RunObserver() = default;
     virtual void onNodeBegin(quint64 tick, int index) = 0;
     virtual void onSample(const RunSample &sample) = 0;
-    /// An AC record has been taken around this reading; the cell's impedance is that of the present state.
-    virtual void onAcRecord(const RunSample &sample, const AcPlan &plan, std::complex<double> impedance) = 0;
+    /// An AC record has been taken around this reading; one impedance of the cell's present state for each tone.
+    virtual void onAcRecord(const RunSample &sample, const AcPlan &plan,
+                            const std::vector<std::complex<double>> &impedances) = 0;
     virtual void onNodeDone(quint64 tick, int index) = 0;
     virtual void onNodeSkipped() = 0;
     /// The run is over; the observer may drop the runner after this call has returned to it.
@@ -82,6 +83,8 @@ public:
     void setSafetyLimits(const SafetyLimits &limits) { _safety = limits; }
     /// What the instrument itself can stand; beyond it the experiment is stopped.
     void setInstrumentLimits(double current, double voltage);
+    /// The most cycles that one AC record holds.
+    void setAcCycles(int cycles) { _acCycles = cycles; }
     const ExpNode_t &node() const { return _nodes.at(_index); }
 
 private:
@@ -116,6 +119,7 @@ private:
     Control controlAt(double time) const { return _segment.control.after(time - _segmentStart); }
     quint64 tickAt(double time) const;
     void report(const CellReading &reading);
+    void reportAcRecord();
     void reportSample(const CellReading &reading);
     void catchUp(quint64 tick);
 
@@ -127,6 +131,7 @@ private:
     SafetyLimits _safety;
     double _currentLimit = std::numeric_limits<double>::infinity();
     double _voltageLimit = std::numeric_limits<double>::infinity();
+    int _acCycles = 120;
     double _openCircuit = 0.0;
     double _charge = 0.0;
 

@@ -10,6 +10,7 @@
 namespace {
 
 constexpr int mostChannels = 16;
+constexpr int mostChannelsOfACycler = 64;
 constexpr double fastest = 1000.0;
 
 /// The command line's words, not yet understood.
@@ -43,8 +44,8 @@ void declare(CLI::App &app, Words &words)
     app.set_version_flag("--version", std::string("nimbrelle-sim ") + NIMBRELLE_VERSION);
     app.footer("\n" + cellHelp().toStdString() + "\n" + Faults::help().toStdString());
     app.add_option("--model", words.model, "Model, by name or number (--list-models)")->capture_default_str();
-    app.add_option("--channels", words.channels, "Number of channels")
-        ->check(CLI::Range(1, mostChannels))
+    app.add_option("--channels", words.channels, "Number of channels, 1 to 16, of a Gale to 64")
+        ->check(CLI::Range(1, mostChannelsOfACycler))
         ->capture_default_str();
     app.add_option("--name", words.name, "Name that the instrument gives itself")->capture_default_str();
     app.add_option("--cell", words.cells, "Cell on all channels (KIND:NAME=VALUE,...), or on one (CHANNEL=KIND:...)")
@@ -142,6 +143,8 @@ Options understand(const Words &words)
     if (!model)
         throw Complaint(QStringLiteral("--model: there is no model '%1'").arg(QString::fromStdString(words.model)));
     options.instrument.model = *model;
+    if (words.channels > mostChannels && *model != HardwareModel_t::Gale)
+        throw Complaint(QStringLiteral("--channels: only a Gale has more than %1").arg(mostChannels));
     options.instrument.name = QString::fromStdString(words.name);
     options.instrument.speed = readSpeed(words.speed);
     options.instrument.linkPath = QString::fromStdString(words.link);
@@ -149,7 +152,7 @@ Options understand(const Words &words)
     options.instrument.channel.temperature = words.temperature;
     options.instrument.channel.counterResistance = words.counterResistance;
     options.instrument.channel.seed = words.seed;
-    options.instrument.channel.harmonics = readHarmonics(words.harmonics);
+    options.instrument.harmonics = readHarmonics(words.harmonics);
     for (const std::string &fault : words.faults) {
         const QString error = options.instrument.faults.add(QString::fromStdString(fault));
         if (!error.isEmpty())

@@ -3,23 +3,14 @@
 #include "calibration/CalRecords.h"
 #include "calibration/DataRecords.h"
 #include "hardware_models/HardwareModel.h"
+#include "simulator/FrontEnd.h"
 
 #include <QByteArray>
 
 #include <memory>
 
-/// One DC sample in physical units, as the cell gave it.
-struct DcSample {
-    quint64 tick = 0; ///< 1e8 a second
-    double voltage = 0.0;
-    double current = 0.0;
-    double counterElectrode = 0.0; ///< volts
-    double charge = 0.0;           ///< cumulative, coulombs
-    double temperature = 0.0;      ///< degrees Celsius; NaN without a thermocouple
-};
-
 /**
- * The analogue front end of one channel of the mainline: turns physical values into the raw words of its records.
+ * The DC part of the front end of one channel of the mainline: turns physical values into the raw words of its records.
  *
  * Its calibration record is imperfect on purpose: each gain is a few per cent off its nominal value, each offset a few
  * hundredths of a per cent of the span, each differently for each range, gain and channel, and all follow from the seed.

@@ -32,19 +32,15 @@ const SimulatedChannel::CommandRow SimulatedChannel::commandRows[] = {
     {PC_VOLTAGE_RANGE, &SimulatedChannel::setManualVoltageRange},
     {PC_MANUAL_GALVANO_SETPOINT, &SimulatedChannel::setManualCurrent},
     {PC_MANUAL_POTENTIO_SETPOINT, &SimulatedChannel::setManualVoltage},
-    {PC_FF_IMPEDANCE, &SimulatedChannel::refuseFeature},
+    {PC_FF_IMPEDANCE, &SimulatedChannel::setLoadImpedance},
     {PC_CHANNEL_LIMITS, &SimulatedChannel::setSafetyLimits},
 };
 
-SimulatedChannel::SimulatedChannel(int number, std::shared_ptr<const HardwareModel> model,
-                                   std::shared_ptr<const AnalogResponse> response, std::unique_ptr<Cell> cell,
+SimulatedChannel::SimulatedChannel(int number, std::unique_ptr<FrontEnd> frontEnd, std::unique_ptr<Cell> cell,
                                    const Setup &setup, ChannelOutput &output)
-    : _number(number), _model(model), _output(output), _setup(setup), _random(setup.seed * 64 + quint64(number)),
-      _calibration(model, quint32(setup.seed), number),
-      _acFrontEnd(model, std::move(response), setup.harmonics, setup.noise), _regulator(std::move(cell))
+    : _number(number), _output(output), _setup(setup), _random(setup.seed * 64 + quint64(number)),
+      _frontEnd(std::move(frontEnd)), _regulator(std::move(cell)), _parts{{this, 1.0, 1.0}}
 {
-    if (!_model->supportsTemperature())
-        _setup.temperature = std::numeric_limits<double>::quiet_NaN();
 }
 
 // ---- time ----
@@ -58,6 +54,7 @@ quint64 SimulatedChannel::nextTick() const
     case Mode::Manual:
         return _freeRun->nextTick();
     case Mode::Stopped:
+    case Mode::Member:
         break;
     }
     return never;
@@ -67,7 +64,7 @@ void SimulatedChannel::step()
 {
     if (_mode == Mode::Experiment)
         _runner->step();
-    else if (_freeRun)
+    else if (_mode == Mode::Idle || _mode == Mode::Manual)
         stepFreeRun();
     obeyPendingStop();
 }
@@ -102,8 +99,13 @@ void SimulatedChannel::begin(Mode mode, quint64 now)
     _freeRun.reset();
     if (mode == Mode::Idle || mode == Mode::Manual)
         _freeRun = std::make_unique<FreeRun>(_regulator, now, idleInterval);
-    if (mode == Mode::Experiment || mode == Mode::Manual)
-        send(NT_DATA_BEGIN, packed(now));
+    if (mode == Mode::Idle)
+        return;
+    if (_setup.hasTare)
+        for (const FrontEnd::Packet &packet : _frontEnd->tare(_random))
+            send(packet.type, packet.payload);
+    if (mode != Mode::Member)
+        send(NT_DATA_BEGIN, packed(_frontEnd->wireTick(now)));
 }
 
 void SimulatedChannel::stopIdleSampling()
@@ -114,7 +116,9 @@ void SimulatedChannel::stopIdleSampling()
 
 void SimulatedChannel::reset()
 {
+    dissolveGroup();
     _mode = Mode::Stopped;
+    _leader = nullptr;
     _store = NodeStore();
     _limits = SafetyLimits();
     _temperatureLimit = std::numeric_limits<float>::infinity();
@@ -124,17 +128,22 @@ void SimulatedChannel::reset()
 
 void SimulatedChannel::onNodeBegin(quint64 tick, int index)
 {
-    _nodeIndex = index;
     const ExpNode_t &node = _store.nodes().at(index);
+    for (const Part &part : _parts)
+        part.channel->beginNode(tick, index, node);
+    if (NodeProgram::isImpedance(node.nodeType()) && !_setup.runsAc)
+        _pendingStop = STOP_BAD_NODE;
+}
+
+void SimulatedChannel::beginNode(quint64 tick, int index, const ExpNode_t &node)
+{
+    _nodeIndex = index;
     constexpr int automatic = 15;
     const int currentNibble = node.ranges & 0x0F;
     const int voltageNibble = node.ranges >> 4;
     _currentRangeSetting = currentNibble == automatic ? ::index(currentRange_t::Auto) : currentNibble;
     _voltageRangeSetting = voltageNibble == automatic ? ::index(voltageRange_t::Auto) : voltageNibble;
-    send(NT_NODE_BEGIN, packed(tick, quint16(index)));
-    const bool isImpedance = node.nodeType() == NodeType_t::EisVoltage || node.nodeType() == NodeType_t::EisCurrent;
-    if (isImpedance && !_model->isSupportACExperiment())
-        _pendingStop = STOP_BAD_NODE;
+    send(NT_NODE_BEGIN, packed(_frontEnd->wireTick(tick), quint16(index)));
 }
 
 void SimulatedChannel::onSample(const RunSample &sample)
@@ -143,35 +152,83 @@ void SimulatedChannel::onSample(const RunSample &sample)
         meetEvents(sample.tick);
         checkTemperature();
     }
-    chooseRanges(sample.reading);
-    sendDcRecord(sample);
+    ++_counter;
+    for (const Part &part : _parts)
+        part.channel->measure(sample, part, _counter);
 }
 
-void SimulatedChannel::onAcRecord(const RunSample &sample, const AcPlan &plan, std::complex<double> impedance)
+void SimulatedChannel::onAcRecord(const RunSample &sample, const AcPlan &plan,
+                                  const std::vector<std::complex<double>> &impedances)
 {
     meetEvents(sample.tick);
     checkTemperature();
-    const AcMeasurement measurement{plan, sample.tick, sample.reading, impedance};
-    send(NT_AC_DATA, _acFrontEnd.record(measurement, _calibration, _random));
-    if (plan.isLast)
-        send(NT_AC_SAMPLE_DONE);
+    for (const Part &part : _parts) {
+        SimulatedChannel &channel = *part.channel;
+        const AcMeasurement measurement{plan,       sample.tick,       sample.reading,
+                                        impedances, part.currentShare, part.voltageShare};
+        for (const FrontEnd::Packet &packet : channel._frontEnd->acPackets(measurement, channel._random))
+            channel.send(packet.type, packet.payload);
+    }
 }
 
 void SimulatedChannel::onNodeDone(quint64 tick, int index)
 {
-    send(NT_NODE_DONE, packed(tick, quint16(index), quint16(0)));
+    sendToAll(NT_NODE_DONE, packed(_frontEnd->wireTick(tick), quint16(index), quint16(0)));
 }
 
 void SimulatedChannel::onNodeSkipped()
 {
-    send(NT_NODE_SKIPPED);
+    sendToAll(NT_NODE_SKIPPED);
 }
 
+/// The leader is the last to end: a host that hears of it may use all members again at once.
 void SimulatedChannel::onRunDone(quint64 tick, ExpStopType_t reason)
 {
     _mode = Mode::Stopped;
-    send(NT_EXPERIMENT_DONE, packed(tick, quint8(reason)));
+    const std::vector<Part> parts = _parts;
+    dissolveGroup();
+    for (const Part &part : parts)
+        part.channel->send(NT_EXPERIMENT_DONE, packed(_frontEnd->wireTick(tick), quint8(reason)));
 }
+
+// ---- groups ----
+
+bool SimulatedChannel::lead(const std::vector<SimulatedChannel *> &members, bool isBipolar)
+{
+    if (std::any_of(members.begin(), members.end(), [](const SimulatedChannel *each) { return each->isBusy(); }))
+        return false;
+    std::vector<Part> parts;
+    double rest = 1.0;
+    for (SimulatedChannel *member : members) {
+        const double uneven = 1.0 + 0.02 * (2.0 * _random.uniform() - 1.0);
+        const double share = isBipolar ? (member->_number % 2 == 0 ? 1.0 : -1.0) : uneven / double(members.size());
+        if (member != this)
+            parts.push_back({member, share, isBipolar ? 0.5 * share : 1.0});
+        rest -= member != this ? share : 0.0;
+    }
+    const double own = isBipolar ? (_number % 2 == 0 ? 1.0 : -1.0) : rest;
+    parts.push_back({this, own, isBipolar ? 0.5 * own : 1.0});
+    _parts = parts;
+    return true;
+}
+
+void SimulatedChannel::dissolveGroup()
+{
+    for (const Part &part : _parts) {
+        if (part.channel != this)
+            part.channel->_mode = Mode::Stopped;
+        part.channel->_leader = nullptr;
+    }
+    _parts = {{this, 1.0, 1.0}};
+}
+
+void SimulatedChannel::sendToAll(Notifications_t type, const QByteArray &payload)
+{
+    for (const Part &part : _parts)
+        part.channel->send(type, payload);
+}
+
+// ---- one sample ----
 
 void SimulatedChannel::meetEvents(quint64 tick)
 {
@@ -187,51 +244,56 @@ void SimulatedChannel::meetEvents(quint64 tick)
 
 void SimulatedChannel::checkTemperature()
 {
-    if (std::isinf(_temperatureLimit))
+    if (!std::isfinite(_temperatureLimit))
         return;
     if (std::isnan(_setup.temperature))
         _pendingStop = STOP_NO_TEMPERATURE;
-    else if (_setup.temperature > double(_temperatureLimit))
+    else if (_frontEnd->isTooHot(_setup.temperature, _temperatureLimit))
         _pendingStop = STOP_TEMPERATURE_MAX;
 }
 
 void SimulatedChannel::chooseRanges(const CellReading &reading)
 {
     if (_currentRangeSetting == index(currentRange_t::Auto))
-        _currentRange = _calibration.rangeForCurrent(reading.current);
+        _currentRange = _frontEnd->rangeForCurrent(reading.current);
     else
         widenFor(reading.current);
-    _voltageRange = _voltageRangeSetting == index(voltageRange_t::Auto) ? _calibration.rangeForVoltage(reading.voltage)
+    _voltageRange = _voltageRangeSetting == index(voltageRange_t::Auto) ? _frontEnd->rangeForVoltage(reading.voltage)
                                                                         : voltageRange_t(_voltageRangeSetting);
 }
 
 /// A fixed range that does not hold the current gives way to one that does, and the host is told.
 void SimulatedChannel::widenFor(double current)
 {
-    const double held = toleratedOver * _calibration.fullScale(currentRange_t(_currentRangeSetting));
+    const double held = toleratedOver * _frontEnd->fullScale(currentRange_t(_currentRangeSetting));
     if (_currentRangeSetting > 0 && std::abs(current) > held) {
-        _currentRangeSetting = index(_calibration.rangeForCurrent(current));
+        _currentRangeSetting = index(_frontEnd->rangeForCurrent(current));
         send(NT_CURRENT_RANGE_UP, packed(quint8(_currentRangeSetting)));
     }
     _currentRange = currentRange_t(_currentRangeSetting);
 }
 
-void SimulatedChannel::sendDcRecord(const RunSample &run)
+void SimulatedChannel::measure(const RunSample &run, const Part &part, quint8 counter)
 {
     DcSample sample;
     sample.tick = run.tick;
-    sample.voltage = run.reading.voltage;
-    sample.current = run.reading.current;
-    sample.counterElectrode = -run.reading.current * _setup.counterResistance;
-    sample.charge = run.charge;
+    sample.voltage = run.reading.voltage * part.voltageShare;
+    sample.current = run.reading.current * part.currentShare;
+    sample.counterElectrode = -sample.current * _setup.counterResistance;
+    sample.charge = run.charge * part.currentShare;
     sample.temperature = _setup.temperature;
+    chooseRanges({sample.voltage, sample.current});
+    sendDcRecord(sample, counter);
+}
+
+void SimulatedChannel::sendDcRecord(const DcSample &sample, quint8 counter)
+{
     DcSample measured = sample;
     if (_setup.noise > 0.0) {
-        measured.voltage += _setup.noise * _calibration.fullScale(_voltageRange) * _random.normal();
-        measured.current += _setup.noise * _calibration.fullScale(_currentRange) * _random.normal();
+        measured.voltage += _setup.noise * _frontEnd->fullScale(_voltageRange) * _random.normal();
+        measured.current += _setup.noise * _frontEnd->fullScale(_currentRange) * _random.normal();
     }
-    const MainDcRecord_t record = _calibration.toRecord(measured, _currentRange, _voltageRange);
-    send(NT_DC_DATA, packed(record));
+    send(NT_DC_DATA, _frontEnd->dcRecord(measured, _currentRange, _voltageRange, counter));
     _output.onDcRecordSent(_number, _nodeIndex, sample);
 }
 
@@ -259,17 +321,16 @@ bool SimulatedChannel::obey(PCcommand_t command, const QByteArray &payload, quin
 
 bool SimulatedChannel::takeNodeList(PCcommand_t command, const QByteArray &payload)
 {
-    const bool isBusy = _mode == Mode::Experiment || _mode == Mode::Manual;
     switch (command) {
     case PC_NODE_LIST_BEGIN:
-        if (!isBusy)
+        if (!isBusy())
             _store.begin(readAt<quint16>(payload, 0));
         return true;
     case PC_NODE_APPEND:
-        send(NT_NODE_APPENDED, packed(quint8(isBusy ? FW_CHANNEL_NOT_IDLE : _store.append(payload))));
+        send(NT_NODE_APPENDED, packed(quint8(isBusy() ? FW_CHANNEL_NOT_IDLE : _store.append(payload))));
         return true;
     case PC_NODE_LIST_END:
-        if (!isBusy)
+        if (!isBusy())
             _store.end();
         return true;
     default:
@@ -279,22 +340,30 @@ bool SimulatedChannel::takeNodeList(PCcommand_t command, const QByteArray &paylo
 
 SimulatedChannel::Answer SimulatedChannel::startExperiment(const QByteArray &, quint64 now)
 {
-    if (_mode == Mode::Experiment || _mode == Mode::Manual)
+    if (isBusy())
         return {FW_CHANNEL_NOT_IDLE};
     if (!_store.isComplete())
         return {FW_NO_EXPERIMENT};
     return {FW_SUCCESS, [this, now] {
-                begin(Mode::Experiment, now);
+                for (const Part &part : _parts) {
+                    part.channel->_leader = part.channel == this ? nullptr : this;
+                    part.channel->begin(part.channel == this ? Mode::Experiment : Mode::Member, now);
+                }
+                const double leads = double(_parts.size()); // a group carries the current of all
                 _runner = std::make_unique<NodeRunner>(_regulator, static_cast<RunObserver &>(*this), _store.nodes());
                 _runner->setSafetyLimits(_limits);
-                _runner->setInstrumentLimits(toleratedOver * _model->getIMax(), toleratedOver * _model->getVMax(true));
+                _runner->setInstrumentLimits(toleratedOver * _frontEnd->settableCurrent() * leads,
+                                             toleratedOver * _frontEnd->bearableVoltage());
+                _runner->setAcCycles(_setup.acCycles);
                 _runner->start(now);
                 obeyPendingStop();
             }};
 }
 
-SimulatedChannel::Answer SimulatedChannel::stopExperiment(const QByteArray &, quint64 now)
+SimulatedChannel::Answer SimulatedChannel::stopExperiment(const QByteArray &payload, quint64 now)
 {
+    if (_leader)
+        return _leader->stopExperiment(payload, now);
     if (_mode == Mode::Experiment)
         return {FW_SUCCESS, [this, now] { _runner->stop(now, STOP_BY_USER); }};
     if (_mode == Mode::Manual)
@@ -302,29 +371,35 @@ SimulatedChannel::Answer SimulatedChannel::stopExperiment(const QByteArray &, qu
     return {FW_BAD_CHANNEL_STATE};
 }
 
-SimulatedChannel::Answer SimulatedChannel::pauseExperiment(const QByteArray &, quint64 now)
+SimulatedChannel::Answer SimulatedChannel::pauseExperiment(const QByteArray &payload, quint64 now)
 {
+    if (_leader)
+        return _leader->pauseExperiment(payload, now);
     if (_mode != Mode::Experiment || _runner->isPaused())
         return {FW_BAD_CHANNEL_STATE};
     return {FW_SUCCESS, [this, now] {
                 _runner->pause(now);
                 if (_runner->isPaused())
-                    send(NT_EXPERIMENT_PAUSED);
+                    sendToAll(NT_EXPERIMENT_PAUSED);
             }};
 }
 
-SimulatedChannel::Answer SimulatedChannel::resumeExperiment(const QByteArray &, quint64 now)
+SimulatedChannel::Answer SimulatedChannel::resumeExperiment(const QByteArray &payload, quint64 now)
 {
+    if (_leader)
+        return _leader->resumeExperiment(payload, now);
     if (_mode != Mode::Experiment || !_runner->isPaused())
         return {FW_BAD_CHANNEL_STATE};
     return {FW_SUCCESS, [this, now] {
                 _runner->resume(now);
-                send(NT_EXPERIMENT_RESUMED);
+                sendToAll(NT_EXPERIMENT_RESUMED);
             }};
 }
 
-SimulatedChannel::Answer SimulatedChannel::skipStep(const QByteArray &, quint64 now)
+SimulatedChannel::Answer SimulatedChannel::skipStep(const QByteArray &payload, quint64 now)
 {
+    if (_leader)
+        return _leader->skipStep(payload, now);
     if (!isRunningFreely())
         return {FW_BAD_CHANNEL_STATE};
     return {FW_SUCCESS, [this, now] { _runner->skip(now); }};
@@ -332,14 +407,14 @@ SimulatedChannel::Answer SimulatedChannel::skipStep(const QByteArray &, quint64 
 
 SimulatedChannel::Answer SimulatedChannel::startIdleSampling(const QByteArray &, quint64 now)
 {
-    if (_mode == Mode::Experiment || _mode == Mode::Manual)
+    if (isBusy())
         return {FW_CHANNEL_NOT_IDLE};
     return {FW_SUCCESS, [this, now] { begin(Mode::Idle, now); }};
 }
 
 SimulatedChannel::Answer SimulatedChannel::startManual(const QByteArray &, quint64 now)
 {
-    if (_mode == Mode::Experiment || _mode == Mode::Manual)
+    if (isBusy())
         return {FW_MANUAL_START_FAILED};
     return {FW_SUCCESS, [this, now] { begin(Mode::Manual, now); }};
 }
@@ -354,7 +429,8 @@ SimulatedChannel::Answer SimulatedChannel::setManualControl(const Control &contr
 {
     if (_mode != Mode::Manual)
         return {FW_BAD_CHANNEL_STATE};
-    const double limit = control.law == Control::Law::Current ? _model->getIMax() : _model->getVMax(false);
+    const double limit =
+        control.law == Control::Law::Current ? _frontEnd->settableCurrent() : _frontEnd->settableVoltage();
     if (!(std::abs(control.value) <= toleratedOver * limit))
         return {FW_BAD_PARAMETERS};
     return {FW_SUCCESS, [this, control, now] { _freeRun->setControl(control, now); }};
@@ -383,18 +459,18 @@ SimulatedChannel::Answer SimulatedChannel::setManualVoltage(const QByteArray &pa
 SimulatedChannel::Answer SimulatedChannel::setManualCurrentCode(const QByteArray &payload, quint64 now)
 {
     const int range = readAt<quint8>(payload, 4);
-    if (range >= _model->getTotalNumCurrentRanges())
+    if (range >= _frontEnd->currentRangeCount())
         return {FW_BAD_CURRENT_RANGE};
-    const double current = _calibration.currentFromCode(readAt<qint32>(payload, 0), currentRange_t(range));
+    const double current = _frontEnd->currentFromCode(readAt<qint32>(payload, 0), currentRange_t(range));
     return setManualControl({Control::Law::Current, current}, now);
 }
 
 SimulatedChannel::Answer SimulatedChannel::setManualVoltageCode(const QByteArray &payload, quint64 now)
 {
     const int range = readAt<quint8>(payload, 4);
-    if (range >= _model->getNumVoltageRanges())
+    if (range >= _frontEnd->voltageRangeCount())
         return {FW_BAD_VOLTAGE_RANGE};
-    const double voltage = _calibration.voltageFromCode(readAt<qint32>(payload, 0), voltageRange_t(range));
+    const double voltage = _frontEnd->voltageFromCode(readAt<qint32>(payload, 0), voltageRange_t(range));
     return setManualControl({Control::Law::Voltage, voltage}, now);
 }
 
@@ -408,7 +484,7 @@ SimulatedChannel::Answer SimulatedChannel::setManualCurrentRange(const QByteArra
     const int range = readAt<quint8>(payload, 0);
     if (_mode != Mode::Manual)
         return {FW_BAD_CHANNEL_STATE};
-    if (range >= _model->getTotalNumCurrentRanges() && range != index(currentRange_t::Auto))
+    if (range >= _frontEnd->currentRangeCount() && range != index(currentRange_t::Auto))
         return {FW_BAD_CURRENT_RANGE};
     return {FW_SUCCESS, [this, range] { _currentRangeSetting = range; }};
 }
@@ -418,7 +494,7 @@ SimulatedChannel::Answer SimulatedChannel::setManualVoltageRange(const QByteArra
     const int range = readAt<quint8>(payload, 0);
     if (_mode != Mode::Manual)
         return {FW_BAD_CHANNEL_STATE};
-    if (range >= _model->getNumVoltageRanges() && range != index(voltageRange_t::Auto))
+    if (range >= _frontEnd->voltageRangeCount() && range != index(voltageRange_t::Auto))
         return {FW_BAD_VOLTAGE_RANGE};
     return {FW_SUCCESS, [this, range] { _voltageRangeSetting = range; }};
 }
@@ -453,7 +529,10 @@ SimulatedChannel::Answer SimulatedChannel::setSafetyLimits(const QByteArray &pay
             }};
 }
 
-SimulatedChannel::Answer SimulatedChannel::refuseFeature(const QByteArray &, quint64)
+SimulatedChannel::Answer SimulatedChannel::setLoadImpedance(const QByteArray &payload, quint64)
 {
-    return {FW_NOT_SUPPORTED};
+    const float ohms = readAt<float>(payload, 0);
+    if (!_setup.hasLoadImpedance)
+        return {FW_NOT_SUPPORTED};
+    return {ohms >= 0.0f ? FW_SUCCESS : FW_BAD_PARAMETERS};
 }

@@ -3,12 +3,10 @@
 #include "link/FirmwareErrorCode.h"
 #include "link/Notifications.h"
 #include "link/PCcommand.h"
-#include "simulator/AcFrontEnd.h"
 #include "simulator/FreeRun.h"
+#include "simulator/FrontEnd.h"
 #include "simulator/NodeRunner.h"
 #include "simulator/NodeStore.h"
-#include "simulator/Random.h"
-#include "simulator/SimulatedCalibration.h"
 
 #include <functional>
 #include <memory>
@@ -44,15 +42,17 @@ class SimulatedChannel : private RunObserver
 public:
     struct Setup {
         double noise = 0.0;             ///< rms, as a share of the range's full scale
-        double temperature = 0.0;       ///< degrees Celsius; NaN without a thermocouple
+        double temperature = 25.0;      ///< degrees Celsius; NaN without a thermocouple
         double counterResistance = 0.0; ///< ohms between reference and counter electrode
         quint64 seed = 1;
-        AcFrontEnd::Harmonics harmonics; ///< of the current in AC records
+        bool runsAc = false;           ///< impedance nodes are not refused
+        bool hasLoadImpedance = false; ///< takes one fed forward
+        bool hasTare = false;          ///< measures its offsets before each experiment
+        int acCycles = 120;            ///< the most that one AC record holds
         QVector<TimedEvent> events;
     };
 
-    SimulatedChannel(int number, std::shared_ptr<const HardwareModel> model,
-                     std::shared_ptr<const AnalogResponse> response, std::unique_ptr<Cell> cell, const Setup &setup,
+    SimulatedChannel(int number, std::unique_ptr<FrontEnd> frontEnd, std::unique_ptr<Cell> cell, const Setup &setup,
                      ChannelOutput &output);
 
     /// When step() has something to do; the largest number if nothing.
@@ -68,12 +68,22 @@ public:
     void stopIdleSampling();
     void reset();
 
-    const SimulatedCalibration &calibration() const { return _calibration; }
-    /// Takes a calibration record from the host; the channel then converts by it.
-    void setCalibration(const QByteArray &record) { _calibration.setRecordBytes(record); }
+    FrontEnd &frontEnd() { return *_frontEnd; }
+    const FrontEnd &frontEnd() const { return *_frontEnd; }
+
+    /// Joins idle channels for the next run that is started here: they report with this channel, whose cell is theirs.
+    /// A bipolar pair carries the current to and fro and half of the voltage each; others share the current.
+    /// @return false if one of them is busy
+    bool lead(const std::vector<SimulatedChannel *> &members, bool isBipolar);
 
 private:
-    enum class Mode { Stopped, Idle, Experiment, Manual };
+    enum class Mode { Stopped, Idle, Experiment, Manual, Member };
+    /// A channel that reports a run, and what it carries of the cell's current and voltage.
+    struct Part {
+        SimulatedChannel *channel;
+        double currentShare;
+        double voltageShare;
+    };
     /// The verdict on a command, and what follows once it has been acknowledged.
     struct Answer {
         FirmwareErrorCode code = FW_SUCCESS;
@@ -104,12 +114,13 @@ private:
     Answer setCompensation(const QByteArray &payload, quint64 now);
     Answer setIrCompensation(const QByteArray &payload, quint64 now);
     Answer setSafetyLimits(const QByteArray &payload, quint64 now);
-    Answer refuseFeature(const QByteArray &payload, quint64 now);
+    Answer setLoadImpedance(const QByteArray &payload, quint64 now);
     Answer setManualControl(const Control &control, quint64 now);
 
     void onNodeBegin(quint64 tick, int index) override;
     void onSample(const RunSample &sample) override;
-    void onAcRecord(const RunSample &sample, const AcPlan &plan, std::complex<double> impedance) override;
+    void onAcRecord(const RunSample &sample, const AcPlan &plan,
+                    const std::vector<std::complex<double>> &impedances) override;
     void onNodeDone(quint64 tick, int index) override;
     void onNodeSkipped() override;
     void onRunDone(quint64 tick, ExpStopType_t reason) override;
@@ -123,21 +134,27 @@ private:
     void checkTemperature();
     void chooseRanges(const CellReading &reading);
     void widenFor(double current);
-    void sendDcRecord(const RunSample &sample);
+    void beginNode(quint64 tick, int index, const ExpNode_t &node);
+    void measure(const RunSample &sample, const Part &part, quint8 counter);
+    void sendDcRecord(const DcSample &sample, quint8 counter);
+    void sendToAll(Notifications_t type, const QByteArray &payload = QByteArray());
+    void dissolveGroup();
+    bool isBusy() const { return _mode != Mode::Stopped && _mode != Mode::Idle; }
     void send(Notifications_t type, const QByteArray &payload = QByteArray());
 
     const int _number;
-    std::shared_ptr<const HardwareModel> _model;
     ChannelOutput &_output;
     Setup _setup;
     Random _random;
-    SimulatedCalibration _calibration;
-    AcFrontEnd _acFrontEnd;
+    std::unique_ptr<FrontEnd> _frontEnd;
     Regulator _regulator;
     NodeStore _store;
     std::unique_ptr<NodeRunner> _runner; ///< kept after its end until the next start
     std::unique_ptr<FreeRun> _freeRun;
     Mode _mode = Mode::Stopped;
+    std::vector<Part> _parts;            ///< at least this channel itself, last
+    SimulatedChannel *_leader = nullptr; ///< of a member while the leader's run goes on
+    quint8 _counter = 0;                 ///< the same on samples that were taken together
     SafetyLimits _limits;
     float _temperatureLimit = std::numeric_limits<float>::infinity();
     quint64 _startTick = 0;

@@ -1,11 +1,15 @@
 #include "simulator/SimulatedInstrument.h"
 
 #include "hardware_models/HardwareModelFactory.h"
+#include "simulator/GaleFrontEnd.h"
+#include "simulator/MainFrontEnd.h"
 #include "simulator/Payload.h"
 
 #include <QStringList>
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace {
 
@@ -15,7 +19,8 @@ constexpr int metaDataSize = 56;
 constexpr quint8 unknownModel = 200;
 constexpr int pacedIntervalMs = 2;
 constexpr qint64 sliceNs = 10000000;
-constexpr int fullQueue = 1 << 17; ///< bytes that wait before time stands still
+constexpr int mostCyclesOfABatch = 1000; ///< of a cycler, for which each batch is a point of its own
+constexpr int fullQueue = 1 << 17;       ///< bytes that wait before time stands still
 
 } // namespace
 
@@ -40,6 +45,8 @@ const SimulatedInstrument::CommandRow SimulatedInstrument::commandRows[] = {
     {PC_SD_CAL_DATA_NEXT, &SimulatedInstrument::answerSdData},
     {PC_READ_GROUND_FLOAT, &SimulatedInstrument::answerGround},
     {PC_READ_FIRMWARE_CHECKSUM, &SimulatedInstrument::answerChecksum},
+    {PC_READ_CONFIG, &SimulatedInstrument::answerConfiguration},
+    {PC_GALE_PRE_HANDSHAKE, &SimulatedInstrument::stayStill},
     {PC_CHANNELS_LINK, &SimulatedInstrument::answerLink},
     {PC_FAN_SPEED, &SimulatedInstrument::stayStill},
     {PC_FAN_MODE, &SimulatedInstrument::answerFanMode},
@@ -51,14 +58,7 @@ SimulatedInstrument::SimulatedInstrument(const Setup &setup, std::vector<std::un
       _terminal(setup.linkPath), _line(_terminal, _setup.faults), _sdCard(int(cells.size())), _counts(cells.size()),
       _now(switchedOnFor)
 {
-    _setup.channel.events = _setup.faults.events;
-    ChannelOutput &output = *this;
-    const auto response = std::make_shared<const AnalogResponse>(*_model, quint32(setup.channel.seed));
-    for (auto &cell : cells)
-        _channels.push_back(std::make_unique<SimulatedChannel>(int(_channels.size()), _model, response, std::move(cell),
-                                                               _setup.channel, output));
-    if (_model->sdCardHasCalData())
-        _sdCard.setContents(response->tables(), _setup.faults.sdCard);
+    makeChannels(std::move(cells));
     _hardwareRecord.append(char(setup.model)).append(setup.name.toUtf8().left(hardwareRecordSize - 2)).append('\n');
     _hardwareRecord.append(hardwareRecordSize - _hardwareRecord.size(), '\0');
     _timer.setTimerType(Qt::PreciseTimer);
@@ -66,6 +66,32 @@ SimulatedInstrument::SimulatedInstrument(const Setup &setup, std::vector<std::un
     connect(&_timer, &QTimer::timeout, this, &SimulatedInstrument::onTimer);
     connect(&_terminal, &PseudoTerminal::received, this, &SimulatedInstrument::onReceived);
     connect(&_terminal, &PseudoTerminal::drained, this, &SimulatedInstrument::schedule);
+}
+
+void SimulatedInstrument::makeChannels(std::vector<std::unique_ptr<Cell>> cells)
+{
+    SimulatedChannel::Setup &setup = _setup.channel;
+    const quint32 seed = quint32(setup.seed);
+    setup.events = _setup.faults.events;
+    setup.runsAc = _model->isSupportACExperiment();
+    setup.hasTare = setup.hasLoadImpedance = isGale();
+    setup.acCycles = isGale() ? mostCyclesOfABatch : setup.acCycles;
+    if (!_model->supportsTemperature())
+        setup.temperature = std::numeric_limits<double>::quiet_NaN();
+    const auto response = std::make_shared<const AnalogResponse>(*_model, seed);
+    if (_model->sdCardHasCalData())
+        _sdCard.setContents(response->tables(), _setup.faults.sdCard);
+    ChannelOutput &output = *this;
+    for (auto &cell : cells) {
+        const int number = int(_channels.size());
+        std::unique_ptr<FrontEnd> frontEnd;
+        if (isGale())
+            frontEnd = std::make_unique<GaleFrontEnd>(seed, number, setup.noise);
+        else
+            frontEnd = std::make_unique<MainFrontEnd>(_model, response, _setup.harmonics, setup.noise, seed, number);
+        _channels.push_back(
+            std::make_unique<SimulatedChannel>(number, std::move(frontEnd), std::move(cell), setup, output));
+    }
 }
 
 QString SimulatedInstrument::statistics() const
@@ -81,7 +107,7 @@ QString SimulatedInstrument::statistics() const
 
 void SimulatedInstrument::send(int channel, Notifications_t type, const QByteArray &payload)
 {
-    if (type == NT_AC_DATA)
+    if (type == (isGale() ? NT_AC_DATA_INVALID : NT_AC_DATA)) // a cycler's batch begins with its header
         ++_counts[std::size_t(channel)].ac;
     _line.send(quint8(type), channel, payload);
 }
@@ -132,15 +158,35 @@ void SimulatedInstrument::obey(const Frame &frame)
                                   [command](const CommandRow &each) { return each.command == command; });
     if (row != std::end(commandRows))
         return (this->*row->answer)(frame);
-    if (frame.channel == allChannels) {
-        for (const auto &channel : _channels)
-            channel->obey(command, frame.payload, _now);
-    } else if (frame.channel < _channels.size()) {
-        const bool isStart = command == PC_EXPERIMENT_START;
-        _channels[frame.channel]->obey(command, frame.payload, _now);
-        if (isStart && _setup.faults.disconnectAt >= 0.0 && !_unplugTick)
+    for (int channel = 0; channel < int(_channels.size()); ++channel)
+        if (frame.channel == allChannels || frame.channel == unsigned(channel))
+            obeyOnChannel(channel, command, frame.payload);
+}
+
+void SimulatedInstrument::obeyOnChannel(int channel, PCcommand_t command, const QByteArray &payload)
+{
+    if (command == PC_EXPERIMENT_START) {
+        if (!formGroup(channel))
+            return send(channel, NT_GENERAL_ACK, packed(quint8(command), quint8(FW_CHANNEL_NOT_IDLE)));
+        if (_setup.faults.disconnectAt >= 0.0 && !_unplugTick)
             _unplugTick = _now + quint64(_setup.faults.disconnectAt * ticksPerSecond);
     }
+    _channels[std::size_t(channel)]->obey(command, payload, _now);
+}
+
+/// The mask knows channels modulo 32, so its group lies in the block of the channel that is started.
+bool SimulatedInstrument::formGroup(int leader)
+{
+    const Link link = std::exchange(_link, Link());
+    if (!(link.mask >> (leader % 32) & 1u))
+        return true;
+    std::vector<SimulatedChannel *> members;
+    for (int bit = 0; bit < 32; ++bit) {
+        const std::size_t channel = std::size_t(leader / 32 * 32 + bit);
+        if (link.mask >> bit & 1u && channel < _channels.size())
+            members.push_back(_channels[channel].get());
+    }
+    return _channels[std::size_t(leader)]->lead(members, link.isBipolar);
 }
 
 void SimulatedInstrument::stayStill(const Frame &)
@@ -164,13 +210,13 @@ void SimulatedInstrument::answerStatus(const Frame &)
 void SimulatedInstrument::answerCalibration(const Frame &frame)
 {
     if (frame.channel < _channels.size() && !_setup.faults.missingCalibration.contains(int(frame.channel)))
-        send(int(frame.channel), NT_RAW_CAL_DATA, _channels[frame.channel]->calibration().recordBytes());
+        send(int(frame.channel), NT_RAW_CAL_DATA, _channels[frame.channel]->frontEnd().calibration());
 }
 
 void SimulatedInstrument::takeCalibration(const Frame &frame)
 {
     if (frame.channel < _channels.size())
-        _channels[frame.channel]->setCalibration(frame.payload);
+        _channels[frame.channel]->frontEnd().setCalibration(frame.payload);
 }
 
 /// Only a new connection asks for this record: what an earlier host had asked to be sampled is not for the new one.
@@ -256,9 +302,18 @@ void SimulatedInstrument::answerGround(const Frame &)
     send(deviceChannel, NT_GROUND_FLOAT, packed(quint8(1)));
 }
 
+void SimulatedInstrument::answerConfiguration(const Frame &frame)
+{
+    if (isGale())
+        send(int(frame.channel), NT_CONFIG, packed(GaleFrontEnd::configuration(int(frame.channel) / 2)));
+}
+
 void SimulatedInstrument::answerLink(const Frame &frame)
 {
-    send(int(frame.channel), NT_GENERAL_ACK, packed(quint8(PC_CHANNELS_LINK), quint8(FW_NOT_SUPPORTED)));
+    if (isGale())
+        _link = {readAt<quint32>(frame.payload, 0), readAt<quint8>(frame.payload, 4) != 0};
+    const FirmwareErrorCode code = isGale() ? FW_SUCCESS : FW_NOT_SUPPORTED;
+    send(int(frame.channel), NT_GENERAL_ACK, packed(quint8(PC_CHANNELS_LINK), quint8(code)));
 }
 
 void SimulatedInstrument::answerFanMode(const Frame &)

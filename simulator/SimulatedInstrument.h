@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/AcFrontEnd.h"
 #include "simulator/Faults.h"
 #include "simulator/Line.h"
 #include "simulator/SdCard.h"
@@ -14,7 +15,7 @@
 #include <vector>
 
 /**
- * An instrument of the mainline behind a pseudo-terminal: frames in, frames out.
+ * An instrument of either line behind a pseudo-terminal: frames in, frames out.
  *
  * All channels share one clock. It goes on while a channel does something, and stands still otherwise, so that what a run
  * yields does not depend on when it was started. It follows the wall clock times the speed; without a speed limit it runs
@@ -33,6 +34,7 @@ public:
         QString name = QStringLiteral("Simulated");
         double speed = 1.0; ///< instrument time against wall time; 0: no limit
         SimulatedChannel::Setup channel;
+        AcFrontEnd::Harmonics harmonics; ///< of the current in AC records
         Faults faults;
         QString linkPath;
     };
@@ -58,6 +60,11 @@ private:
         Answer answer;
     };
     static const CommandRow commandRows[];
+    /// What the last link command said; it holds for the next start of one of its channels.
+    struct Link {
+        quint32 mask = 0; ///< bit n: channel n of a block of 32
+        bool isBipolar = false;
+    };
     struct Counts {
         qint64 dc = 0;
         qint64 ac = 0;
@@ -68,7 +75,9 @@ private:
 
     void onReceived(const QByteArray &bytes);
     void obey(const Frame &frame);
-    bool obeyForAll(PCcommand_t command, const Frame &frame);
+    void obeyOnChannel(int channel, PCcommand_t command, const QByteArray &payload);
+    void makeChannels(std::vector<std::unique_ptr<Cell>> cells);
+    bool isGale() const { return _setup.model == HardwareModel_t::Gale; }
 
     void answerPing(const Frame &frame);
     void answerStatus(const Frame &frame);
@@ -87,7 +96,9 @@ private:
     void answerSdHeader(const Frame &frame);
     void answerSdData(const Frame &frame);
     void answerGround(const Frame &frame);
+    void answerConfiguration(const Frame &frame);
     void answerLink(const Frame &frame);
+    bool formGroup(int leader);
     void answerFanMode(const Frame &frame);
     void stayStill(const Frame &frame);
 
@@ -112,6 +123,7 @@ private:
     QByteArray _received;
     quint32 _skipped = 0;
     QByteArray _hardwareRecord;
+    Link _link;
     bool _askedForTime = false;
     quint64 _now;
     QTimer _timer;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "elements/NodeMakers.h"
+#include "Nodes.h"
+
 #include "simulator/AcFrontEnd.h"
 #include "simulator/NodeRunner.h"
 
@@ -37,9 +38,10 @@ public:
 
     void onNodeBegin(quint64, int index) override { begun += index; }
     void onSample(const RunSample &sample) override { samples += sample; }
-    void onAcRecord(const RunSample &sample, const AcPlan &plan, std::complex<double> impedance) override
+    void onAcRecord(const RunSample &sample, const AcPlan &plan,
+                    const std::vector<std::complex<double>> &impedances) override
     {
-        records += {plan, sample.tick, sample.reading, impedance};
+        records += AcMeasurement{plan, sample.tick, sample.reading, impedances, 1.0, 1.0};
     }
     void onNodeDone(quint64, int index) override { done += index; }
     void onNodeSkipped() override { ++skipped; }
@@ -61,11 +63,3 @@ public:
     quint64 endTick = 0;
     ExpStopType_t stopType = ExpStopType_t(0);
 };
-
-/// The record that ends every list.
-inline ExpNode_t endNode()
-{
-    ExpNode_t node;
-    memset(static_cast<void *>(&node), 0, sizeof node);
-    return node;
-}

@@ -101,7 +101,7 @@ AcMeasurement measured(double frequency, Complex impedance, double amplitude = 0
 {
     const auto plans = planImpedance(
         Vek_Node_EIS_Voltage(0.0f, false, float(amplitude), float(frequency), float(frequency), 1.0f, 0.5f, 2));
-    return {plans.front(), 12345678900, {0.0, 0.0}, impedance};
+    return {plans.front(), 12345678900, {0.0, 0.0}, {impedance}, 1.0, 1.0};
 }
 
 } // namespace

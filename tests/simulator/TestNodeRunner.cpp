@@ -23,12 +23,6 @@ std::unique_ptr<Cell> capacitor()
     return std::make_unique<RcCell>(10.0, RcElement{std::numeric_limits<double>::infinity(), 1e-3});
 }
 
-ExpNode_t timed(ExpNode_t node, float seconds)
-{
-    Vek_Node_SetTimeLimit(node, seconds, true);
-    return node;
-}
-
 ExpNode_t constantCurrent(float amperes, float seconds, float interval = 0.1f)
 {
     return timed(Vek_Node_Constant_Current(interval, amperes, 0.0f), seconds);
