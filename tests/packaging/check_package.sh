@@ -23,6 +23,16 @@ cmake -S "$source/tests/packaging/consumer" -B "$root/consumer" -G Ninja -DCMAKE
 cmake --build "$root/consumer" >/dev/null
 "$root/consumer/consumer"
 
+echo "== examples"
+cmake -S "$source/examples" -B "$root/examples" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" \
+    -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
+cmake --build "$root/examples" >/dev/null
+for example in constant_current cyclic_voltammetry differential_pulse cycling impedance; do
+    code=0
+    "$root/examples/$example" 2>/dev/null || code=$?
+    [ $code -eq 2 ] || { echo "$example without a port: exit code $code in place of 2"; exit 1; }
+done
+
 echo "== consumer by pkg-config"
 libdir=$(dirname "$(find "$root/usr" -name nimbrelle.pc)")/..
 export PKG_CONFIG_PATH=$libdir/pkgconfig
