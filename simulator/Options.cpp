@@ -28,6 +28,7 @@ struct Words {
     std::string link;
     std::vector<std::string> faults;
     std::string truth;
+    std::string passes;
     bool statistics = false;
     bool listModels = false;
 };
@@ -65,6 +66,7 @@ void declare(CLI::App &app, Words &words)
     app.add_option("--link", words.link, "Path of a symbolic link to the port");
     app.add_option("--fault", words.faults, "Fault to simulate; may be given several times")->take_all();
     app.add_option("--truth", words.truth, "File for every DC record that is sent, in physical units");
+    app.add_option("--passes", words.passes, "File for the charge of every pass of every node");
     app.add_flag("--stats", words.statistics, "Print at the end how many records were sent");
     app.add_flag("--list-models", words.listModels, "List the models and end");
 }
@@ -160,6 +162,7 @@ Options understand(const Words &words)
     }
     options.cells = makeCells(words);
     options.truthPath = QString::fromStdString(words.truth);
+    options.passesPath = QString::fromStdString(words.passes);
     options.wantsStatistics = words.statistics;
     return options;
 }

@@ -7,6 +7,7 @@ struct Options {
     SimulatedInstrument::Setup instrument;
     std::vector<std::unique_ptr<Cell>> cells; ///< one for each channel
     QString truthPath;
+    QString passesPath;
     bool wantsStatistics = false;
 };
 

@@ -129,6 +129,7 @@ void SimulatedChannel::reset()
 void SimulatedChannel::onNodeBegin(quint64 tick, int index)
 {
     const ExpNode_t &node = _store.nodes().at(index);
+    _chargeBefore = node.flags & NodeFlag::chargeLimit ? 0.0 : _lastCharge;
     for (const Part &part : _parts)
         part.channel->beginNode(tick, index, node);
     if (NodeProgram::isImpedance(node.nodeType()) && !_setup.runsAc)
@@ -153,6 +154,7 @@ void SimulatedChannel::onSample(const RunSample &sample)
         checkTemperature();
     }
     ++_counter;
+    _lastCharge = sample.charge;
     for (const Part &part : _parts)
         part.channel->measure(sample, part, _counter);
 }
@@ -173,6 +175,7 @@ void SimulatedChannel::onAcRecord(const RunSample &sample, const AcPlan &plan,
 
 void SimulatedChannel::onNodeDone(quint64 tick, int index)
 {
+    _output.onPassDone(_number, index, tick, _lastCharge - _chargeBefore);
     sendToAll(NT_NODE_DONE, packed(_frontEnd->wireTick(tick), quint16(index), quint16(0)));
 }
 

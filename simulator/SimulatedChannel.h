@@ -19,6 +19,8 @@ public:
     virtual void send(int channel, Notifications_t type, const QByteArray &payload) = 0;
     /// A DC record has been sent; the sample is what the cell gave, before noise and conversion.
     virtual void onDcRecordSent(int channel, int nodeIndex, const DcSample &sample) = 0;
+    /// A pass of a node has ended, during which the channel's cell took so much charge.
+    virtual void onPassDone(int channel, int nodeIndex, quint64 tick, double charge) = 0;
 };
 
 /// Something that happens to a channel at a time of its experiment, because the user asked for it.
@@ -154,6 +156,8 @@ private:
     Mode _mode = Mode::Stopped;
     std::vector<Part> _parts;            ///< at least this channel itself, last
     SimulatedChannel *_leader = nullptr; ///< of a member while the leader's run goes on
+    double _chargeBefore = 0.0;          ///< of the instrument's counter when the pass began
+    double _lastCharge = 0.0;            ///< of the last sample
     quint8 _counter = 0;                 ///< the same on samples that were taken together
     SafetyLimits _limits;
     float _temperatureLimit = std::numeric_limits<float>::infinity();

@@ -52,9 +52,8 @@ const SimulatedInstrument::CommandRow SimulatedInstrument::commandRows[] = {
     {PC_FAN_MODE, &SimulatedInstrument::answerFanMode},
 };
 
-SimulatedInstrument::SimulatedInstrument(const Setup &setup, std::vector<std::unique_ptr<Cell>> cells, TruthFile *truth,
-                                         QObject *parent)
-    : QObject(parent), _setup(setup), _model(HardwareModelFactory::getHardwareModel(setup.model)), _truth(truth),
+SimulatedInstrument::SimulatedInstrument(const Setup &setup, std::vector<std::unique_ptr<Cell>> cells, QObject *parent)
+    : QObject(parent), _setup(setup), _model(HardwareModelFactory::getHardwareModel(setup.model)),
       _terminal(setup.linkPath), _line(_terminal, _setup.faults), _sdCard(int(cells.size())), _counts(cells.size()),
       _now(switchedOnFor)
 {
@@ -119,6 +118,18 @@ void SimulatedInstrument::onDcRecordSent(int channel, int nodeIndex, const DcSam
     ++_counts[std::size_t(channel)].dc;
     if (_setup.faults.disconnectAfter >= 0 && --_setup.faults.disconnectAfter < 0)
         unplug();
+}
+
+void SimulatedInstrument::onPassDone(int channel, int nodeIndex, quint64 tick, double charge)
+{
+    if (_passes)
+        _passes->append(channel, nodeIndex, tick, charge);
+}
+
+void SimulatedInstrument::setFiles(TruthFile *truth, PassFile *passes)
+{
+    _truth = truth;
+    _passes = passes;
 }
 
 void SimulatedInstrument::unplug()

@@ -40,8 +40,10 @@ public:
     };
 
     /// @param cells one for each channel
-    SimulatedInstrument(const Setup &setup, std::vector<std::unique_ptr<Cell>> cells, TruthFile *truth = nullptr,
-                        QObject *parent = nullptr);
+    SimulatedInstrument(const Setup &setup, std::vector<std::unique_ptr<Cell>> cells, QObject *parent = nullptr);
+
+    /// Files to write to; borrowed, and may be null.
+    void setFiles(TruthFile *truth, PassFile *passes);
 
     bool isOpen() const { return _terminal.isOpen(); }
     QString errorText() const { return _terminal.errorText(); }
@@ -72,6 +74,7 @@ private:
 
     void send(int channel, Notifications_t type, const QByteArray &payload) override;
     void onDcRecordSent(int channel, int nodeIndex, const DcSample &sample) override;
+    void onPassDone(int channel, int nodeIndex, quint64 tick, double charge) override;
 
     void onReceived(const QByteArray &bytes);
     void obey(const Frame &frame);
@@ -114,7 +117,8 @@ private:
 
     Setup _setup;
     std::shared_ptr<const HardwareModel> _model;
-    TruthFile *_truth; // borrowed; may be null
+    TruthFile *_truth = nullptr;
+    PassFile *_passes = nullptr;
     PseudoTerminal _terminal;
     Line _line;
     SdCard _sdCard;

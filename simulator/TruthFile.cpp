@@ -29,3 +29,19 @@ void TruthFile::append(int channel, int nodeIndex, const DcSample &sample)
         row += ',' + number(value);
     _file.write(row + '\n');
 }
+
+bool PassFile::open(const QString &path)
+{
+    _file.setFileName(path);
+    if (!_file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    return _file.write("channel,node,end,charge\n") > 0;
+}
+
+void PassFile::append(int channel, int nodeIndex, quint64 tick, double charge)
+{
+    if (!_file.isOpen())
+        return;
+    _file.write(QByteArray::number(channel) + ',' + QByteArray::number(nodeIndex) + ',' +
+                number(double(tick) / ticksPerSecond) + ',' + number(charge) + '\n');
+}

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/SimulatedCalibration.h"
+#include "simulator/FrontEnd.h"
 
 #include <QFile>
 #include <QString>
@@ -18,6 +18,24 @@ public:
     bool open(const QString &path);
     QString errorText() const { return _file.errorString(); }
     void append(int channel, int nodeIndex, const DcSample &sample);
+    void close() { _file.close(); }
+
+private:
+    QFile _file;
+};
+
+/**
+ * The charge of every pass of every node, as the cell took it, in the order in which the passes ended.
+ *
+ * Columns: channel, node index, end in seconds of the instrument's clock, charge in coulombs with its sign.
+ */
+class PassFile
+{
+public:
+    /// @return false if the file cannot be written
+    bool open(const QString &path);
+    QString errorText() const { return _file.errorString(); }
+    void append(int channel, int nodeIndex, quint64 tick, double charge);
     void close() { _file.close(); }
 
 private:

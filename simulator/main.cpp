@@ -33,7 +33,11 @@ int run(Options options, QCoreApplication &application)
     TruthFile truth;
     if (!options.truthPath.isEmpty() && !truth.open(options.truthPath))
         return fail(QStringLiteral("cannot write %1: %2").arg(options.truthPath, truth.errorText()));
-    SimulatedInstrument instrument(options.instrument, std::move(options.cells), &truth);
+    PassFile passes;
+    if (!options.passesPath.isEmpty() && !passes.open(options.passesPath))
+        return fail(QStringLiteral("cannot write %1: %2").arg(options.passesPath, passes.errorText()));
+    SimulatedInstrument instrument(options.instrument, std::move(options.cells));
+    instrument.setFiles(&truth, &passes);
     if (!instrument.isOpen())
         return fail(instrument.errorText());
     QObject::connect(&instrument, &SimulatedInstrument::unplugged, &application, &QCoreApplication::quit);
@@ -41,6 +45,7 @@ int run(Options options, QCoreApplication &application)
     std::fflush(stdout);
     application.exec();
     truth.close();
+    passes.close();
     if (options.wantsStatistics)
         std::fprintf(stderr, "%s\n", qPrintable(instrument.statistics()));
     return 0;

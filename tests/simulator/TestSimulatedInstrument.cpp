@@ -37,6 +37,7 @@ private Q_SLOTS:
     void servesItsTables_data();
     void servesItsTables();
     void measuresImpedance();
+    void writesTruthAndPasses();
     void runsAtItsSpeed();
     void waitsForASlowReader();
     void faultsOfAnswers_data();
@@ -357,6 +358,38 @@ void TestSimulatedInstrument::measuresImpedance()
     withoutAc.host->SendCommand(PC_EXPERIMENT_START);
     QVERIFY(withoutAc.await(NT_EXPERIMENT_DONE));
     QCOMPARE(withoutAc.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_BAD_NODE));
+}
+
+static QList<QByteArray> linesOf(const QString &path)
+{
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    return file.readAll().trimmed().split('\n');
+}
+
+void TestSimulatedInstrument::writesTruthAndPasses()
+{
+    QTemporaryDir folder;
+    TruthFile truth;
+    PassFile passes;
+    QVERIFY(truth.open(folder.filePath(QStringLiteral("truth.csv"))));
+    QVERIFY(passes.open(folder.filePath(QStringLiteral("passes.csv"))));
+    Bench bench;
+    bench.instrument->setFiles(&truth, &passes);
+    ExpNode_t goesOn = current(-0.001953125f, 2.0f, 1.0f);
+    Vek_Node_SetChargeLimit(goesOn, 0.0f, false);
+    bench.upload({current(0.00390625f, 2.0f, 1.0f), goesOn, endNode()});
+    bench.host->SendCommand(PC_EXPERIMENT_START);
+    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+    truth.close();
+    passes.close();
+    const QList<QByteArray> rows = linesOf(folder.filePath(QStringLiteral("truth.csv")));
+    QCOMPARE(rows.size(), 5);
+    QCOMPARE(rows.at(2), QByteArray("0,0,12,3.90625,0.00390625,0,0.0078125,nan"));
+    const QList<QByteArray> ends = linesOf(folder.filePath(QStringLiteral("passes.csv")));
+    QCOMPARE(ends.size(), 3);
+    QCOMPARE(ends.at(1), QByteArray("0,0,12,0.0078125"));
+    QCOMPARE(ends.at(2), QByteArray("0,1,14,-0.00390625"));
 }
 
 void TestSimulatedInstrument::runsAtItsSpeed()
