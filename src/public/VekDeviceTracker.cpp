@@ -9,8 +9,8 @@
 namespace {
 
 // clang-format off
-constexpr QLatin1String alreadyConnected("Nimbrelle is already connected.");
-constexpr QLatin1String noAnswer(
+const QLatin1String alreadyConnected("Nimbrelle is already connected.");
+const QLatin1String noAnswer(
     "The Nimbrelle is not connecting to the selected USB port, and the initialization ping has failed. There could be "
     "multiple reasons for this issue, one of which could be that the Nimbrelle User Interface (NUI) is currently open, "
     "resulting in the COM port being occupied. If the NUI is open, please close it.");

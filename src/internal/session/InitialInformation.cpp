@@ -116,32 +116,32 @@ VekErrorCode notConnected(QLatin1String message)
 }
 
 // clang-format off
-constexpr QLatin1String noPing(
+const QLatin1String noPing(
     "A connection with the device could not be successfully established because the device did not respond to ping. "
     "Please try to reconnect after restarting the device.");
-constexpr QLatin1String noPingOfGale( // Deliberate: a word is missing.
+const QLatin1String noPingOfGale( // Deliberate: a word is missing.
     "A connection with the could not be successfully established because the device did not respond to ping. "
     "Please try to reconnect after restarting the device.");
-constexpr QLatin1String noHardwareVersion(
+const QLatin1String noHardwareVersion(
     "A connection with the device could not be successfully established because hardware version was not received. "
     "Please try to reconnect after restarting the device.");
-constexpr QLatin1String wrongHardwareVersion(
+const QLatin1String wrongHardwareVersion(
     "A connection with the device could not be successfully established because hardware version is invalid. "
     "Please try to reconnect after writing correct hardware information.");
-constexpr QLatin1String noChannelAmount(
+const QLatin1String noChannelAmount(
     "A connection with the device could not be successfully established because total number of channels was not "
     "received. Please try to reconnect after restarting the device.");
-constexpr QLatin1String wrongFirmware(
+const QLatin1String wrongFirmware(
     "A connection with the device could not be successfully established because device firmware did not match with API "
     "version. Please update device firmware using updateFirmwareOnComPort or updateFirmwareOnAllAvailableDevices or use "
     "utility application which is provided with library.");
-constexpr QLatin1String noFirmwareVersion(
+const QLatin1String noFirmwareVersion(
     "A connection with the device could not be successfully established because firmware version was not received. "
     "Please try to reconnect after restarting the device.");
-constexpr QLatin1String noCalibration(
+const QLatin1String noCalibration(
     "A connection with the device could not be successfully established because DC calibration data was not received. "
     "Please try to reconnect after restarting the device.");
-constexpr QLatin1String noConfiguration(
+const QLatin1String noConfiguration(
     "A connection with the device could not be successfully established because configuration data was not received. "
     "Please try to reconnect after restarting the device.");
 // clang-format on
