@@ -27,11 +27,14 @@ scripts/setup.sh
 . scripts/build.sh release
 export PATH="$PWD/build/release/client:$PWD/build/release/simulator:$PATH"
 
-port=$(mktemp -u /tmp/nimbrelle-demo.XXXXXX)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export HOME=$work # the instrument's tables and the log stay out of the user's documents
+port=$work/port
 nimbrelle-sim --model Alder_2_5 --channels 8 --name Demo --cell rc:Rs=100,R=1000,C=0.01 --speed 10 --link "$port" \
     >/dev/null &
 simulator=$!
-trap 'kill $simulator 2>/dev/null; wait $simulator 2>/dev/null || true' EXIT
+trap 'kill $simulator 2>/dev/null; wait $simulator 2>/dev/null || true; rm -rf "$work"' EXIT
 for _ in $(seq 100); do [ -e "$port" ] && break; sleep 0.05; done
 
 echo "== nimbrelle info"

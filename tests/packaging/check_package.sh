@@ -33,6 +33,14 @@ for example in constant_current cyclic_voltammetry differential_pulse cycling im
     [ $code -eq 2 ] || { echo "$example without a port: exit code $code in place of 2"; exit 1; }
 done
 
+echo "== the client in README.md"
+mkdir "$root/readme"
+sed -n '/^```cpp$/,/^```$/{/^```/!p}' "$source/README.md" >"$root/readme/main.cpp"
+cp "$source/tests/packaging/consumer/CMakeLists.txt" "$root/readme"
+cmake -S "$root/readme" -B "$root/readme/build" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" \
+    -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
+cmake --build "$root/readme/build" >/dev/null
+
 echo "== consumer by pkg-config"
 libdir=$(dirname "$(find "$root/usr" -name nimbrelle.pc)")/..
 export PKG_CONFIG_PATH=$libdir/pkgconfig
