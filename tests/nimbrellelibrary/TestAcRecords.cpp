@@ -317,7 +317,7 @@ void TestAcRecords::multiToneGivesSixPoints()
     QCOMPARE(points.size(), std::size_t(6));
     const double frequencies[] = {50.0, 75.0, 100.0, 125.0, 150.0, 200.0};
     for (std::size_t i = 0; i < 6; ++i)
-        QCOMPARE(points[i].frequency, frequencies[i]);
+        QCOMPARE(double(points[i].frequency), frequencies[i]);
     QVERIFY(isNear(points[0].absZ, 2.0, 1e-4));
 }
 

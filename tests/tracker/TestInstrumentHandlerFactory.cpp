@@ -42,7 +42,7 @@ private Q_SLOTS:
     void aHandlerWithoutPortIsReturned();
 
 private:
-    const VekInstrumentHandlerFactoryPrivate _factory;
+    VekInstrumentHandlerFactoryPrivate _factory;
 };
 
 void TestInstrumentHandlerFactory::theModelDecides_data()

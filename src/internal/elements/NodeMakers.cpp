@@ -20,7 +20,8 @@ ExpNode_t makeNode(NodeType_t type, std::initializer_list<float> parameters, qui
     ExpNode_t node;
     node.type = static_cast<quint8>(type);
     node.flags |= flags;
-    std::memcpy(node.parameters, parameters.begin(), parameters.size() * sizeof(float));
+    if (parameters.size() > 0) // an empty list has no address
+        std::memcpy(node.parameters, parameters.begin(), parameters.size() * sizeof(float));
     return node;
 }
 
