@@ -20,7 +20,7 @@ ComplexDataPoint_t AcDataAverage::getDataPoint() const
     average.thdPercent = meanOf(&ComplexDataPoint_t::thdPercent);
     average.currentAmplitude = meanOf(&ComplexDataPoint_t::currentAmplitude);
     average.voltageAmplitude = meanOf(&ComplexDataPoint_t::voltageAmplitude);
-    for (const ComplexDataPoint_t point : _points)
+    for (const ComplexDataPoint_t &point : _points)
         average.numPeriods += point.numPeriods;
     average.absZ = std::sqrt(average.realZ * average.realZ + average.imagZ * average.imagZ);
     average.phaseDeg = std::atan2(average.imagZ, average.realZ) * 180.0 / pi;
@@ -35,9 +35,8 @@ ComplexDataPoint_t AcDataAverage::getDataPoint() const
 
 double AcDataAverage::meanOf(double ComplexDataPoint_t::*field) const
 {
-    // The points are packed, so a reference to a field of theirs would not be aligned.
     double sum = 0.0;
-    for (const ComplexDataPoint_t point : _points)
+    for (const ComplexDataPoint_t &point : _points)
         sum += point.*field;
     return sum / double(_points.size());
 }
