@@ -8,7 +8,7 @@ namespace {
 
 constexpr quint64 never = std::numeric_limits<quint64>::max();
 constexpr int mostHops = 200000;   ///< jumps without time passing, after which a list counts as broken
-constexpr double givesWay = 1e-3;  ///< of an interval: a regular sample so close to the end is the last one
+constexpr double givesWay = 1e-3;  ///< of an interval or step: what comes so close before the end is the end
 constexpr int panelsOfAverage = 8; ///< even, for Simpson's rule
 constexpr int bisections = 40;
 
@@ -29,6 +29,15 @@ float floatAt(const ExpNode_t &node, int offset)
 bool hasTimeLimit(const ExpNode_t &node)
 {
     return node.flags & NodeFlag::timeLimit;
+}
+
+/// One step on, cut at the last value; rounding must not leave a value of its own just before it.
+float steppedTowards(float last, float value, float step)
+{
+    const float next = value + step;
+    if (std::abs(last - next) < float(givesWay) * std::abs(step))
+        return last;
+    return step > 0.0f ? std::min(next, last) : std::max(next, last);
 }
 
 } // namespace
@@ -144,7 +153,7 @@ int NodeRunner::modify(int index)
     if (std::isnan(value))
         value = floatAt(node, 8);
     const bool wasLast = value == last;
-    value = wasLast ? floatAt(node, 8) : step > 0.0f ? std::min(value + step, last) : std::max(value + step, last);
+    value = wasLast ? floatAt(node, 8) : steppedTowards(last, value, step);
     constexpr quint8 biasOfImpedance = 21;
     const int offset = node.parameters[22 - 8] == biasOfImpedance ? 8 : 12;
     std::memcpy(reinterpret_cast<char *>(&_nodes[target]) + offset, &value, sizeof value);
