@@ -44,6 +44,8 @@ void ConnectedInstrument::listen()
             [this](unsigned char channel, const VekDCData &data) {
                 samples.push_back({channel, data});
             });
+    connect(_handler, &VekInstrumentHandler::activeACDataReady, this,
+            [this](unsigned char, const VekACData &data) { points.push_back(data); });
     connect(_handler, &VekInstrumentHandler::experimentNewElementStarting, this,
             [this](unsigned char channel, const VekExperimentNode &node) {
                 announcements.push_back({channel, node, int(samples.size())});

@@ -11,7 +11,7 @@
 /**
  * A simulated instrument in a process of its own, connected through the public interface.
  *
- * Keeps what the instrument tells: samples, announcements, ends. Check isReady() before anything else.
+ * Keeps what the instrument tells: samples, impedance points, announcements, ends. Check isReady() before anything else.
  *
  * @thread The test's.
  */
@@ -38,6 +38,7 @@ public:
     };
     std::vector<Sample> samples;
     std::vector<Announcement> announcements;
+    std::vector<VekACData> points; ///< of all channels
     QStringList ends;
     int losses = 0;
 
