@@ -178,12 +178,15 @@ void TestElementChecks::complains_data()
         {QStringLiteral("alphaFactor should be in range of 0 to 100 for %1.")});
     row("staircase voltammetry", spoilt<StaircasePotentialVoltammetryElement>([](auto &e) {
             e.startVoltage = 11;
-            e.secondVoltageLimit = 21;
-            e.secondVoltageLimitVsOCP = true;
+            e.firstVoltageLimit = 21;
+            e.firstVoltageLimitVsOCP = true;
+            e.secondVoltageLimit = -11;
+            e.endVoltage = -21;
+            e.endVoltageVsOCP = true;
             e.samplingInterval = 0;
             e.approxMaxCurrent = 2;
         }),
-        {controlled, openCircuit, voltageStep, sampling, current});
+        {controlled, openCircuit, controlled, openCircuit, voltageStep, sampling, current});
     row("staircase voltammetry with an automatic range", spoilt<StaircasePotentialVoltammetryElement>([](auto &e) {
             e.stepSize = -0.01;
             e.approxMaxCurrent = 2;
@@ -300,6 +303,14 @@ void TestElementChecks::complains_data()
             e.minCurrent = -2;
         }),
         {QStringLiteral("%1 Resistance must be greater than 0"), sampling, controlled, current});
+    row("constant resistance, upper limits", spoilt<ConstantResistanceElement>([](auto &e) {
+            e.resistance = 10;
+            e.minVoltage = -15;
+            e.minimumVoltageVsOCP = true;
+            e.maxVoltage = 11;
+            e.maxCurrent = 2;
+        }),
+        {controlled, current});
     row("constant resistance as it comes", spoilt<ConstantResistanceElement>([](auto &) {}), {});
     row("charge and discharge check the model alone",
         spoilt<ChargeDischargeElement>([](auto &e) { e.charge.current = 1e6; }), {});
