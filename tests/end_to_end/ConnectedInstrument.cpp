@@ -59,3 +59,25 @@ bool ConnectedInstrument::waitForEnds(int count, int timeoutMs)
 {
     return QTest::qWaitFor([&] { return ends.size() >= count || losses > 0; }, timeoutMs) && ends.size() >= count;
 }
+
+bool ConnectedInstrument::complete(const VekExperiment &experiment, int timeoutMs)
+{
+    const VekErrorCode upload = handler().uploadExperimentToChannel(0, experiment);
+    const VekErrorCode start = handler().startUploadedExperiment(0);
+    const bool hasEnded = start == VekErrorCode::Success && waitForEnds(1, timeoutMs);
+    if (hasEnded && ends == QStringList{"Experiment completed"})
+        return true;
+    qWarning("%s, %s, %s", qPrintable(upload.message()), qPrintable(start.message()), qPrintable(ends.join(' ')));
+    return false;
+}
+
+std::vector<VekDCData> ConnectedInstrument::samplesOf(std::size_t announcement) const
+{
+    const std::size_t end = announcement + 1 < announcements.size()
+                                ? std::size_t(announcements[announcement + 1].samplesBefore)
+                                : samples.size();
+    std::vector<VekDCData> result;
+    for (std::size_t i = std::size_t(announcements[announcement].samplesBefore); i < end; ++i)
+        result.push_back(samples[i].data);
+    return result;
+}

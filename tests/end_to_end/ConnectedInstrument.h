@@ -3,6 +3,7 @@
 #include "support/SimulatorProcess.h"
 
 #include <VekDeviceTracker.h>
+#include <VekExperiment.h>
 #include <VekInstrumentHandler.h>
 
 #include <QElapsedTimer>
@@ -44,6 +45,10 @@ public:
 
     /// Runs the event loop until so many experiments have ended; false when that takes longer.
     bool waitForEnds(int count, int timeoutMs);
+    /// Runs an experiment on channel 0; false, with a warning, unless it completes.
+    bool complete(const VekExperiment &experiment, int timeoutMs = 60000);
+    /// The samples of the element of an announcement.
+    std::vector<VekDCData> samplesOf(std::size_t announcement) const;
 
 private:
     void connectThroughTracker(const QString &name);

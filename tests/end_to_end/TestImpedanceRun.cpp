@@ -78,16 +78,8 @@ std::vector<VekACData> pointsOf(const QString &name, const VekExperiment &experi
                                 const QStringList &further = {})
 {
     ConnectedInstrument instrument(name, QStringList{"--speed", "max", "--cell", cell} + further);
-    if (!instrument.isReady())
+    if (!instrument.isReady() || !instrument.complete(experiment))
         return {};
-    const VekErrorCode upload = instrument.handler().uploadExperimentToChannel(0, experiment);
-    const VekErrorCode start = instrument.handler().startUploadedExperiment(0);
-    const bool hasEnded = start == VekErrorCode::Success && instrument.waitForEnds(1, 60000);
-    if (!hasEnded || instrument.ends != QStringList{"Experiment completed"}) {
-        qWarning("%s, %s, %s", qPrintable(upload.message()), qPrintable(start.message()),
-                 qPrintable(instrument.ends.join(' ')));
-        return {};
-    }
     return instrument.points;
 }
 
