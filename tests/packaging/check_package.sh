@@ -5,7 +5,8 @@ set -euo pipefail
 build=$1 source=$2 compiler=$3 flags=${4:-}
 
 root=$(mktemp -d)
-trap 'rm -rf "$root"' EXIT
+simulator=
+trap 'kill $simulator 2>/dev/null || true; rm -rf "$root"' EXIT
 export HOME=$root/home
 mkdir -p "$HOME"
 cmake --install "$build" --prefix "$root/usr" >/dev/null
@@ -32,6 +33,26 @@ for example in constant_current cyclic_voltammetry differential_pulse cycling im
     "$root/examples/$example" 2>/dev/null || code=$?
     [ $code -eq 2 ] || { echo "$example without a port: exit code $code in place of 2"; exit 1; }
 done
+
+# measure EXAMPLE CELL ROWS: runs it on a simulated instrument to its end
+measure() {
+    mkfifo "$root/port"
+    "$build/simulator/nimbrelle-sim" --cell "$2" --speed max >"$root/port" &
+    simulator=$!
+    read -r port <"$root/port"
+    rm "$root/port"
+    "$root/examples/$1" "$port" >"$root/$1.csv" 2>"$root/$1.log" || { echo "$1 failed:"; cat "$root/$1.log"; exit 1; }
+    kill $simulator
+    wait $simulator 2>/dev/null || true
+    simulator=
+    rows=$(($(wc -l <"$root/$1.csv") - 1))
+    [ $rows -eq "$3" ] || { echo "$1: $rows rows in place of $3"; exit 1; }
+}
+measure constant_current resistor:R=1000 100       # 10 s, a row each 0.1 s
+measure cyclic_voltammetry redox 3602              # 2 s at rest by 1 s, six legs of 6 s by 10 ms
+measure differential_pulse redox 121               # both ends of 0.6 V by 5 mV
+measure cycling battery:Q=3600,soc=0,Rs=0.1,R=0.05,C=80 3
+measure impedance warburg:Rs=20,Rct=200,C=2e-5,W=50 61 # six decades
 
 echo "== the client in README.md"
 mkdir "$root/readme"
