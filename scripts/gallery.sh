@@ -59,5 +59,5 @@ run differential-pulse   redox:Rs=5;                   keep differential-pulse v
 run square-wave          redox:Rs=5;                   keep square-wave voltammogram
 run impedance            warburg:Rs=20,Rct=200,C=2e-05,W=50; keep impedance nyquist bode
 run mott-schottky        semiconductor;                keep mott-schottky mott-schottky
-run battery-cycling      battery:Q=3600,soc=0.2,Rs=0.1,R=0.05,C=80,efficiency=0.99
+run battery-cycling      battery:Q=3600,soc=0,Rs=0.1,R=0.05,C=80,efficiency=0.99
 keep battery-cycling time cycling
