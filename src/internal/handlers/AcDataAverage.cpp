@@ -6,20 +6,30 @@ namespace {
 
 constexpr double pi = 3.141592653589793;
 
+/// Mean of what @p valueOf takes out of each point. By name: a reference to a field of a packed point is not aligned.
+template <typename ValueOf>
+double meanOf(const std::vector<ComplexDataPoint_t> &points, ValueOf valueOf)
+{
+    double sum = 0.0;
+    for (const ComplexDataPoint_t &point : points)
+        sum += valueOf(point);
+    return sum / double(points.size());
 }
+
+} // namespace
 
 ComplexDataPoint_t AcDataAverage::getDataPoint() const
 {
     ComplexDataPoint_t average;
     if (_points.empty())
         return average;
-    average.realZ = meanOf(&ComplexDataPoint_t::realZ);
-    average.imagZ = meanOf(&ComplexDataPoint_t::imagZ);
-    average.dcCurrent = meanOf(&ComplexDataPoint_t::dcCurrent);
-    average.dcVoltage = meanOf(&ComplexDataPoint_t::dcVoltage);
-    average.thdPercent = meanOf(&ComplexDataPoint_t::thdPercent);
-    average.currentAmplitude = meanOf(&ComplexDataPoint_t::currentAmplitude);
-    average.voltageAmplitude = meanOf(&ComplexDataPoint_t::voltageAmplitude);
+    average.realZ = meanOf(_points, [](const ComplexDataPoint_t &point) { return point.realZ; });
+    average.imagZ = meanOf(_points, [](const ComplexDataPoint_t &point) { return point.imagZ; });
+    average.dcCurrent = meanOf(_points, [](const ComplexDataPoint_t &point) { return point.dcCurrent; });
+    average.dcVoltage = meanOf(_points, [](const ComplexDataPoint_t &point) { return point.dcVoltage; });
+    average.thdPercent = meanOf(_points, [](const ComplexDataPoint_t &point) { return point.thdPercent; });
+    average.currentAmplitude = meanOf(_points, [](const ComplexDataPoint_t &point) { return point.currentAmplitude; });
+    average.voltageAmplitude = meanOf(_points, [](const ComplexDataPoint_t &point) { return point.voltageAmplitude; });
     for (const ComplexDataPoint_t &point : _points)
         average.numPeriods += point.numPeriods;
     average.absZ = std::sqrt(average.realZ * average.realZ + average.imagZ * average.imagZ);
@@ -31,12 +41,4 @@ ComplexDataPoint_t AcDataAverage::getDataPoint() const
     average.iGain = first.iGain;
     average.timestamp = _points.back().timestamp;
     return average;
-}
-
-double AcDataAverage::meanOf(double ComplexDataPoint_t::*field) const
-{
-    double sum = 0.0;
-    for (const ComplexDataPoint_t &point : _points)
-        sum += point.*field;
-    return sum / double(_points.size());
 }

@@ -19,7 +19,5 @@ public:
     ComplexDataPoint_t getDataPoint() const;
 
 private:
-    double meanOf(double ComplexDataPoint_t::*field) const;
-
     const std::vector<ComplexDataPoint_t> &_points;
 };
