@@ -18,6 +18,12 @@ for header in "$root"/usr/include/nimbrelle/*.h; do
         "$compiler" -std=c++17 -fPIC -fsyntax-only -Werror -Wall -Wextra -I"$root/usr/include/nimbrelle" $includes -x c++ -
 done
 
+echo "== programs and their manuals are installed"
+for program in nimbrelle nimbrelle-sim; do
+    "$root/usr/bin/$program" --version >/dev/null
+    [ -s "$root/usr/share/man/man1/$program.1" ] || { echo "no manual of $program"; exit 1; }
+done
+
 echo "== consumer by CMake"
 cmake -S "$source/tests/packaging/consumer" -B "$root/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" \
     -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
