@@ -91,13 +91,27 @@ bool addCount(int &count, const QString &text, int preset)
     return isGood;
 }
 
+/// What "WHAT[@SECONDS]" says.
+struct Timed {
+    explicit Timed(const QString &text)
+    {
+        const QStringList parts = text.split(QLatin1Char('@'));
+        what = parts.first();
+        isGood = parts.size() == 1 || (parts.size() == 2 && readNumber(parts[1], seconds, 0.0));
+    }
+    QString what;
+    double seconds = 0.0;
+    bool isGood;
+};
+
 bool addAlarm(Faults &faults, const QString &text)
 {
-    const QStringList parts = text.split(QLatin1Char('@'));
-    const NamedAlarm *row = rowNamed(alarms, parts.first());
-    TimedEvent event;
-    if (!row || parts.size() > 2 || (parts.size() == 2 && !readNumber(parts[1], event.seconds, 0.0)))
+    const Timed timed(text);
+    const NamedAlarm *row = rowNamed(alarms, timed.what);
+    if (!row || !timed.isGood)
         return false;
+    TimedEvent event;
+    event.seconds = timed.seconds;
     event.alarm = row->type;
     if (row->type == NT_CURRENT_RANGE_UP)
         event.payload = packed(quint8(0));
@@ -109,12 +123,12 @@ bool addAlarm(Faults &faults, const QString &text)
 
 bool addStop(Faults &faults, const QString &text)
 {
-    const QStringList parts = text.split(QLatin1Char('@'));
-    TimedEvent event;
+    const Timed timed(text);
     double type = 0.0;
-    if (!readNumber(parts.first(), type, 1.0) || type > 255.0 || parts.size() > 2 ||
-        (parts.size() == 2 && !readNumber(parts[1], event.seconds, 0.0)))
+    if (!timed.isGood || !readNumber(timed.what, type, 1.0) || type > 255.0)
         return false;
+    TimedEvent event;
+    event.seconds = timed.seconds;
     event.stops = ExpStopType_t(int(type));
     faults.events.append(event);
     return true;
@@ -126,6 +140,16 @@ bool addMissingCalibration(Faults &faults, const QString &text)
     if (!readNumber(text, channel, 0.0))
         return false;
     faults.missingCalibration.insert(int(channel));
+    return true;
+}
+
+bool addLag(Faults &faults, const QString &text)
+{
+    const Timed timed(text);
+    double channel = 0.0;
+    if (!timed.isGood || !readNumber(timed.what, channel, 0.0))
+        return false;
+    faults.lagsFrom.insert(int(channel), timed.seconds);
     return true;
 }
 
@@ -168,6 +192,7 @@ const FaultRow faultRows[] = {
     {"sd-file", "", "spoils one table of the SD card", [](Faults &f, Arguments) { return f.sdCard.hasBadFile = true; }},
     {"alarm", "ALARM[@SECONDS]", "reports an alarm during each experiment", addAlarm},
     {"stop", "TYPE[@SECONDS]", "ends each experiment with a stop type", addStop},
+    {"lag", "CHANNEL[@SECONDS]", "lets the counter of a linked channel fall behind its group's", addLag},
     {"disconnect", "SECONDS|Nrecords", "pulls the cable, so long after the first start or after N records",
         addDisconnection},
     // clang-format on

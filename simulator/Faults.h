@@ -5,6 +5,7 @@
 #include "simulator/SdCard.h"
 #include "simulator/SimulatedChannel.h"
 
+#include <QMap>
 #include <QSet>
 #include <QString>
 
@@ -20,6 +21,7 @@ struct Faults {
     bool hasUnknownModel = false;
     QSet<int> unanswered;         ///< commands (PCcommand_t) that get no answer
     QSet<int> missingCalibration; ///< channels whose calibration is not sent
+    QMap<int, double> lagsFrom;   ///< channels whose counter falls behind their group's, and the second of a run
     QSet<int> shortReplies;       ///< commands whose answer lacks its last byte
     int lostAckEvery = 0;         ///< each n-th acknowledgement, of nodes too, is lost; 0: none
     int delayMs = 0;              ///< each answer to a command comes so much later

@@ -11,6 +11,7 @@ constexpr quint64 never = std::numeric_limits<quint64>::max();
 constexpr double idleInterval = 1.0;   ///< seconds, also of a manual experiment before the host says otherwise
 constexpr double toleratedOver = 1.05; ///< of the model's limits, before the instrument protects itself
 constexpr int highestCompensation = 10;
+constexpr int samplesOfALag = 2; ///< of one, a member would still meet the sample before of a leader, who reports last
 
 } // namespace
 
@@ -233,9 +234,14 @@ void SimulatedChannel::sendToAll(Notifications_t type, const QByteArray &payload
 
 // ---- one sample ----
 
+double SimulatedChannel::secondsOfRun(quint64 tick) const
+{
+    return double(tick - _startTick) / ticksPerSecond;
+}
+
 void SimulatedChannel::meetEvents(quint64 tick)
 {
-    const double seconds = double(tick - _startTick) / ticksPerSecond;
+    const double seconds = secondsOfRun(tick);
     for (; _nextEvent < _setup.events.size() && _setup.events[_nextEvent].seconds <= seconds; ++_nextEvent) {
         const TimedEvent &event = _setup.events[_nextEvent];
         if (event.alarm != NT_IGNORED_1)
@@ -286,7 +292,8 @@ void SimulatedChannel::measure(const RunSample &run, const Part &part, quint8 co
     sample.charge = run.charge * part.currentShare;
     sample.temperature = _setup.temperature;
     chooseRanges({sample.voltage, sample.current});
-    sendDcRecord(sample, counter);
+    const bool isBehind = secondsOfRun(run.tick) >= _setup.lagsFrom;
+    sendDcRecord(sample, quint8(counter - (isBehind ? samplesOfALag : 0)));
 }
 
 void SimulatedChannel::sendDcRecord(const DcSample &sample, quint8 counter)

@@ -52,6 +52,8 @@ public:
         bool hasTare = false;          ///< measures its offsets before each experiment
         int acCycles = 120;            ///< the most that one AC record holds
         QVector<TimedEvent> events;
+        /// Seconds of a run after which the counter is behind that of the channel's group.
+        double lagsFrom = std::numeric_limits<double>::infinity();
     };
 
     SimulatedChannel(int number, std::unique_ptr<FrontEnd> frontEnd, std::unique_ptr<Cell> cell, const Setup &setup,
@@ -137,6 +139,7 @@ private:
     void chooseRanges(const CellReading &reading);
     void widenFor(double current);
     void beginNode(quint64 tick, int index, const ExpNode_t &node);
+    double secondsOfRun(quint64 tick) const;
     void measure(const RunSample &sample, const Part &part, quint8 counter);
     void sendDcRecord(const DcSample &sample, quint8 counter);
     void sendToAll(Notifications_t type, const QByteArray &payload = QByteArray());

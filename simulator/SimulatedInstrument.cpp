@@ -83,6 +83,7 @@ void SimulatedInstrument::makeChannels(std::vector<std::unique_ptr<Cell>> cells)
     ChannelOutput &output = *this;
     for (auto &cell : cells) {
         const int number = int(_channels.size());
+        setup.lagsFrom = _setup.faults.lagsFrom.value(number, std::numeric_limits<double>::infinity());
         std::unique_ptr<FrontEnd> frontEnd;
         if (isGale())
             frontEnd = std::make_unique<GaleFrontEnd>(seed, number, setup.noise);
