@@ -1,14 +1,9 @@
-#include "ConnectedInstrument.h"
+#include "StreamCount.h"
 
+#include "support/ProcessFigures.h"
 #include "support/TestMain.h"
 
 #include <VekConstantCurrentElement.h>
-#include <VekExperiment.h>
-
-#include <QRegularExpression>
-
-#include <numeric>
-#include <vector>
 
 /**
  * All channels of an instrument at full speed: every record that it sent is delivered, in order, none lost, none doubled.
@@ -27,32 +22,6 @@ namespace {
 
 constexpr double interval = 0.001;
 constexpr qint64 leastSamples = 10000;
-constexpr double clockResolution = 1e-7; ///< seconds, of the coarser line
-
-struct Stream {
-    qint64 count = 0;
-    qint64 gaps = 0;       ///< samples that come more than one interval after the one before
-    qint64 repeats = 0;    ///< samples that do not come after the one before
-    double lastTime = 0.0; ///< the first sample comes one interval after the start
-    int cycles = 0;
-
-    void take(double time)
-    {
-        ++count;
-        gaps += time - lastTime > interval + clockResolution;
-        repeats += time - lastTime < clockResolution;
-        lastTime = time;
-    }
-};
-
-/// One long element.
-VekExperiment steadyCurrent()
-{
-    VekConstantCurrentElement element(1e-3, interval, 1e6);
-    VekExperiment experiment;
-    experiment.appendElement(element, 1);
-    return experiment;
-}
 
 /// Up and down between two voltages, over and over.
 VekExperiment cycling()
@@ -76,21 +45,6 @@ int streamSeconds()
     return given ? seconds : 3;
 }
 
-qint64 totalOf(const std::vector<Stream> &streams)
-{
-    return std::accumulate(streams.begin(), streams.end(), qint64(0),
-                           [](qint64 sum, const Stream &stream) { return sum + stream.count; });
-}
-
-/// Resident memory of this process in megabytes.
-double residentMegabytes()
-{
-    QFile statm(QStringLiteral("/proc/self/statm"));
-    if (!statm.open(QIODevice::ReadOnly))
-        return 0.0;
-    return statm.readAll().split(' ').value(1).toDouble() * 4096.0 / 1e6;
-}
-
 } // namespace
 
 void TestThroughput::losesNothingAtFullSpeed_data()
@@ -112,46 +66,21 @@ void TestThroughput::losesNothingAtFullSpeed()
     ConnectedInstrument instrument(model, {"--model", model, "--channels", QString::number(channels), "--speed", "max",
                                            "--cell", cell, "--stats"});
     QVERIFY(instrument.isReady());
-    const auto streamCount = std::size_t(channels);
-    std::vector<Stream> streams(streamCount);
-    const VekInstrumentHandler &handler = instrument.handler();
-    disconnect(&handler, &VekInstrumentHandler::activeDCDataReady, &instrument, nullptr);
-    disconnect(&handler, &VekInstrumentHandler::experimentNewElementStarting, &instrument, nullptr);
-    connect(&handler, &VekInstrumentHandler::activeDCDataReady, this,
-            [&streams](unsigned char channel, const VekDCData &data) { streams.at(channel).take(data.timestamp); });
-    connect(&handler, &VekInstrumentHandler::experimentNewElementStarting, this,
-            [&streams](unsigned char channel, const VekExperimentNode &node) {
-                streams.at(channel).cycles = node.cycleNumber;
-            });
-
-    const VekExperiment experiment = cycles ? cycling() : steadyCurrent();
-    for (int channel = 0; channel < channels; ++channel)
-        QCOMPARE(handler.uploadExperimentToChannel(quint8(channel), experiment).message(), QString("Success"));
-    for (int channel = 0; channel < channels; ++channel)
-        QCOMPARE(handler.startUploadedExperiment(quint8(channel)).message(), QString("Success"));
+    StreamCount streams(instrument, channels, interval);
+    QVERIFY(streams.start(cycles ? cycling() : StreamCount::steadyCurrent(interval)));
 
     QTest::qWait(1000 * streamSeconds() / 2);
-    const double halfWay = residentMegabytes();
+    const double halfWay = ProcessFigures::residentMegabytes();
     QTest::qWait(1000 * streamSeconds() / 2);
-    const double atTheEnd = residentMegabytes();
-    QVERIFY(QTest::qWaitFor([&] { return totalOf(streams) > leastSamples; }, 60000)); // on a crowded machine
-    for (int channel = 0; channel < channels; ++channel)
-        QCOMPARE(handler.stopExperiment(quint8(channel)).message(), QString("Success"));
-    QVERIFY(instrument.waitForEnds(channels, 60000));
+    const double atTheEnd = ProcessFigures::residentMegabytes();
+    QVERIFY(QTest::qWaitFor([&] { return streams.delivered() > leastSamples; }, 60000)); // on a crowded machine
 
-    const QString statistics = instrument.simulator().finish();
-    for (int channel = 0; channel < channels; ++channel) {
-        const QRegularExpression row(QStringLiteral("channel %1: (\\d+)").arg(channel));
-        const QRegularExpressionMatch match = row.match(statistics);
-        QVERIFY2(match.hasMatch(), qPrintable(statistics));
-        const Stream &stream = streams.at(std::size_t(channel));
-        QCOMPARE(stream.count, match.captured(1).toLongLong());
-        QCOMPARE(stream.gaps, 0);
-        QCOMPARE(stream.repeats, 0);
-        QVERIFY2(stream.cycles >= (cycles ? 2 : 1), qPrintable(QString::number(stream.cycles)));
-    }
-    qInfo("%lld samples of %d channels in %d s; resident memory %.0f MB half-way, %.0f MB at the end", totalOf(streams),
-          channels, streamSeconds(), halfWay, atTheEnd);
+    QVERIFY(streams.finish(60000));
+    QVERIFY2(streams.faults() == 0, qPrintable(streams.text()));
+    for (const StreamCount::Channel &channel : streams.channels())
+        QVERIFY2(channel.cycles >= (cycles ? 2 : 1), qPrintable(QString::number(channel.cycles)));
+    qInfo("%lld samples of %d channels in %d s; resident memory %.0f MB half-way, %.0f MB at the end",
+          streams.delivered(), channels, streamSeconds(), halfWay, atTheEnd);
     QVERIFY(atTheEnd - halfWay < 50.0);
 }
 

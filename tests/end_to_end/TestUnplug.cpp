@@ -1,11 +1,11 @@
 #include "ConnectedInstrument.h"
 
+#include "support/ProcessFigures.h"
 #include "support/TestMain.h"
 
 #include <VekConstantCurrentElement.h>
 #include <VekExperiment.h>
 
-#include <QDir>
 #include <QRandomGenerator>
 
 class TestUnplug : public QObject
@@ -17,11 +17,6 @@ private Q_SLOTS:
 };
 
 namespace {
-
-int threadCount()
-{
-    return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
-}
 
 VekExperiment longRun()
 {
@@ -37,7 +32,7 @@ void TestUnplug::everyKillIsToldOnceAndLeavesNoThread()
 {
     constexpr int kills = 20; // of the library; the client's own test adds its share
     QRandomGenerator random(20261124);
-    const int threadsBefore = threadCount();
+    const int threadsBefore = ProcessFigures::threads();
     for (int i = 0; i < kills; ++i) {
         QSignalSpy trackerLosses(VekDeviceTracker::Instance(), &VekDeviceTracker::deviceDisconnected);
         const QString name = QStringLiteral("Kill%1").arg(i);
@@ -51,7 +46,7 @@ void TestUnplug::everyKillIsToldOnceAndLeavesNoThread()
         QTRY_COMPARE(trackerLosses.size(), 1);
         QCOMPARE(instrument.handler().startUploadedExperiment(0), VekErrorCode(VekErrorCode::DeviceNotFound));
         QVERIFY(VekDeviceTracker::Instance()->getConnectedDevices().empty());
-        QTRY_COMPARE(threadCount(), threadsBefore);
+        QTRY_COMPARE(ProcessFigures::threads(), threadsBefore);
         QCOMPARE(instrument.losses, 1);
     }
     VekDeviceTracker::Instance()->purgeStaleDevices();

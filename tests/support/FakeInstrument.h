@@ -37,6 +37,8 @@ public:
 
     /// What to do when a command comes; an empty function stands for silence.
     void on(PCcommand_t command, Answer answer) { _answers[command] = std::move(answer); }
+    /// What it does when a command comes, for tests that spoil a right answer.
+    Answer answerTo(PCcommand_t command) const { return _answers.value(command); }
     /// Answers a command with one notification on the command's channel.
     void reply(PCcommand_t command, Notifications_t type, const QByteArray &payload = QByteArray());
     void send(Notifications_t type, quint8 channel, const QByteArray &payload = QByteArray());

@@ -4,6 +4,7 @@
 #include "VekExperiment.h"
 #include "VekInstrumentHandler.h"
 #include "session/AdmittedInstrument.h"
+#include "support/ProcessFigures.h"
 #include "support/TestMain.h"
 
 namespace {
@@ -12,11 +13,6 @@ const QString noAnswerMessage =
     "The Nimbrelle is not connecting to the selected USB port, and the initialization ping has failed. There could be "
     "multiple reasons for this issue, one of which could be that the Nimbrelle User Interface (NUI) is currently open, "
     "resulting in the COM port being occupied. If the NUI is open, please close it.";
-
-int threadsOfProcess()
-{
-    return QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
-}
 
 VekExperiment oneStepExperiment()
 {
@@ -68,7 +64,7 @@ void TestDeviceTracker::initTestCase()
 
 void TestDeviceTracker::init()
 {
-    _threadsAtRest = threadsOfProcess();
+    _threadsAtRest = ProcessFigures::threads();
 }
 
 void TestDeviceTracker::cleanup()
@@ -76,7 +72,7 @@ void TestDeviceTracker::cleanup()
     _instruments.clear(); // pulls all cables
     QTRY_VERIFY(_tracker->getConnectedDevices().empty());
     _tracker->purgeStaleDevices();
-    QTRY_COMPARE(threadsOfProcess(), _threadsAtRest); // each link thread and each handler thread has ended
+    QTRY_COMPARE(ProcessFigures::threads(), _threadsAtRest); // each link thread and each handler thread has ended
 }
 
 AdmittedInstrument &TestDeviceTracker::plugIn(const QByteArray &name)
@@ -207,7 +203,7 @@ void TestDeviceTracker::aLossDuringStartUpConnectsNothing()
     QTest::ignoreMessage(QtDebugMsg,
                          "Initial device connections failed for Cedar-1. Please restart the device and try again.");
     QCOMPARE(int(_tracker->connectToDeviceOnComPort(instrument.portName())), int(VekErrorCode::Success));
-    QTRY_COMPARE(threadsOfProcess(), _threadsAtRest);
+    QTRY_COMPARE(ProcessFigures::threads(), _threadsAtRest);
     QCOMPARE(arrivals.size(), 0);
 }
 

@@ -1,0 +1,41 @@
+#include "support/ProcessFigures.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <malloc.h>
+#include <unistd.h>
+
+namespace {
+
+int entries(const char *folder)
+{
+    return QDir(QLatin1String(folder)).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+}
+
+} // namespace
+
+int ProcessFigures::threads()
+{
+    return entries("/proc/self/task");
+}
+
+int ProcessFigures::openFiles()
+{
+    return entries("/proc/self/fd") - 1; // the one that reads the folder
+}
+
+qint64 ProcessFigures::heapBytes()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return qint64(info.uordblks + info.hblkhd);
+}
+
+double ProcessFigures::residentMegabytes()
+{
+    malloc_trim(0);
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly))
+        return 0.0;
+    return statm.readAll().split(' ').value(1).toDouble() * double(sysconf(_SC_PAGESIZE)) / 1e6;
+}
