@@ -1,0 +1,304 @@
+#include "VekConstantCurrentElement.h"
+#include "VekExperiment.h"
+#include "handlers/HandlerBench.h"
+#include "handlers/MainInstrumentHandler.h"
+#include "session/AdmittedInstrument.h"
+#include "session/InitialInformation.h"
+#include "support/TestMain.h"
+
+#include <QSemaphore>
+
+#include <functional>
+#include <map>
+
+namespace {
+
+/// What is wrong with the answer to one command.
+struct Fault {
+    enum Kind { LateByLess, LateByMore, Twice, OtherChannel, OfSize } kind;
+    int size = 0; ///< of the payload, in bytes
+};
+
+QByteArray nameOf(const Fault &fault)
+{
+    constexpr const char *names[] = {"a little before the end", "a little after the end", "twice",
+                                     "on another channel"};
+    return fault.kind == Fault::OfSize ? QByteArray::number(fault.size) + " bytes" : QByteArray(names[fault.kind]);
+}
+
+/// An answer that is awaited.
+struct Awaited {
+    PCcommand_t command;
+    Notifications_t answer;
+    int lessMs; ///< a delay that the wait allows for, and one that it does not
+    int moreMs;
+};
+
+/// @return the answer as it was, to mend it with
+FakeInstrument::Answer spoil(FakeInstrument &instrument, const Awaited &awaited, const Fault &fault)
+{
+    const FakeInstrument::Answer usual = instrument.answerTo(awaited.command);
+    const auto late = [&instrument, usual](int delayMs) {
+        return [&instrument, usual, delayMs](const FakeInstrument::Command &command) {
+            QTimer::singleShot(delayMs, &instrument, [usual, command] { usual(command); });
+        };
+    };
+    switch (fault.kind) {
+    case Fault::LateByLess:
+        instrument.on(awaited.command, late(awaited.lessMs));
+        break;
+    case Fault::LateByMore:
+        instrument.on(awaited.command, late(awaited.moreMs));
+        break;
+    case Fault::Twice:
+        instrument.on(awaited.command, [usual](const FakeInstrument::Command &command) {
+            usual(command);
+            usual(command);
+        });
+        break;
+    case Fault::OtherChannel:
+        instrument.on(awaited.command, [usual](FakeInstrument::Command command) {
+            ++command.channel;
+            usual(command);
+        });
+        break;
+    case Fault::OfSize: // of an acknowledgement, the command comes first
+        instrument.reply(awaited.command, awaited.answer,
+                         QByteArray(1, char(awaited.command)).leftJustified(fault.size, '\0', true));
+        break;
+    }
+    return usual;
+}
+
+struct Outcome {
+    int code = -1;
+    QString message;
+    int nextCode = -1; ///< of the next try, with the fault mended
+};
+
+/// What one row does, on a thread of its own.
+struct Attempt {
+    std::unique_ptr<QThread> thread; // one of Qt's: others serve no serial port
+    Outcome outcome;
+};
+
+/// An answer just before the end of a wait comes too late when the machine is busy: that tells nothing, so try again.
+Outcome repeated(const Fault &fault, const std::function<Outcome()> &attempt)
+{
+    Outcome outcome = attempt();
+    for (int more = 0; more < 4 && fault.kind == Fault::LateByLess && outcome.code != VekErrorCode::Success; ++more)
+        outcome = attempt();
+    return outcome;
+}
+
+VekErrorCode connectTo(const FakeInstrument &instrument)
+{
+    if (!InitialInformation::PingToInstrument(instrument.portName()))
+        return VekErrorCode(VekErrorCode::ConnectionFailed, QStringLiteral("no answer"));
+    InstrumentInfo info;
+    return InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info);
+}
+
+Outcome connectDespite(HardwareModel_t model, const Awaited &awaited, const Fault &fault)
+{
+    AdmittedInstrument instrument(model, "Spoilt", 2);
+    const FakeInstrument::Answer usual = spoil(instrument, awaited, fault);
+    const VekErrorCode verdict = connectTo(instrument);
+    instrument.on(awaited.command, usual);
+    return {int(verdict), verdict.message(), int(connectTo(instrument))};
+}
+
+using Request = VekErrorCode (*)(const VekInstrumentHandler &handler);
+
+Outcome requestDespite(Request request, const Awaited &awaited, const Fault &fault)
+{
+    Outcome outcome;
+    {
+        HandlerBench<MainInstrumentHandler> bench(HardwareModel_t::Birch_2_2, 2, roundMainRecord());
+        const FakeInstrument::Answer usual = spoil(bench.instrument, awaited, fault);
+        const VekErrorCode result = request(*bench.device);
+        bench.instrument.on(awaited.command, usual);
+        outcome = {int(result), result.message(), int(request(*bench.device))};
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // this thread's loop ends with it
+    return outcome;
+}
+
+VekErrorCode upload(const VekInstrumentHandler &handler)
+{
+    VekExperiment experiment;
+    VekConstantCurrentElement element(0.001, 1.0, 10.0);
+    experiment.appendElement(element, 1);
+    return handler.uploadExperimentToChannel(0, experiment);
+}
+
+VekErrorCode limit(const VekInstrumentHandler &handler)
+{
+    return handler.setChannelMaximumVoltage(0, 4.2);
+}
+
+VekErrorCode sample(const VekInstrumentHandler &handler)
+{
+    handler.startManualExperiment(0);
+    return handler.setManualModeSamplingInterval(0, 0.1);
+}
+
+const QString because = "A connection with the device could not be successfully established because ";
+const QString restart = " Please try to reconnect after restarting the device.";
+
+constexpr HardwareModel_t alder = HardwareModel_t::Alder_2_5;
+constexpr HardwareModel_t gale = HardwareModel_t::Gale;
+
+} // namespace
+
+Q_DECLARE_METATYPE(Outcome)
+
+/**
+ * Answers that come late, twice, from elsewhere or in another size. Each costs the one request that waited for it: the
+ * next try, with a right answer, succeeds.
+ *
+ * Most of the time goes into the system's own waits, so all rows run at the same time, each on a thread of its own.
+ */
+class TestReplyFaults : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void handshake_data();
+    void handshake() { check(); }
+    void acknowledgement_data();
+    void acknowledgement() { check(); }
+
+private:
+    void addRow(const QByteArray &subject, const Fault &fault, const Outcome &expected,
+                const std::function<Outcome()> &attempt);
+    void check();
+
+    QSemaphore _places{16}; // more at once would make each other late
+    std::map<QByteArray, Attempt> _attempts;
+};
+
+void TestReplyFaults::addRow(const QByteArray &subject, const Fault &fault, const Outcome &expected,
+                             const std::function<Outcome()> &attempt)
+{
+    const QByteArray name = subject + ", " + nameOf(fault);
+    QTest::newRow(name.constData()) << name << expected;
+    Attempt &row = _attempts[name];
+    row.thread.reset(QThread::create([this, &row, fault, attempt] {
+        _places.acquire();
+        const QSemaphoreReleaser place(_places);
+        row.outcome = repeated(fault, attempt);
+    }));
+    row.thread->start();
+}
+
+void TestReplyFaults::check()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(Outcome, expected);
+    const Attempt &attempt = _attempts[name];
+    QVERIFY(attempt.thread->wait());
+    const Outcome &outcome = attempt.outcome;
+    QCOMPARE(outcome.code, expected.code);
+    QCOMPARE(outcome.message, expected.message);
+    QCOMPARE(outcome.nextCode, int(VekErrorCode::Success));
+}
+
+void TestReplyFaults::handshake_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<Outcome>("expected");
+    const Outcome admitted{0, "Success"};
+    const Outcome wrongFirmware{2, because + "device firmware did not match with API version. Please update device "
+                                             "firmware using updateFirmwareOnComPort or "
+                                             "updateFirmwareOnAllAvailableDevices or use utility application which is "
+                                             "provided with library."};
+    const auto missing = [](const QString &what) {
+        return Outcome{1, because + what + " was not received." + restart};
+    };
+    struct Row {
+        const char *subject;
+        HardwareModel_t model;
+        PCcommand_t command;
+        Notifications_t answer;
+        Outcome refusal;           ///< when the answer does not count
+        bool hasChannel;           ///< an answer on another channel does not count
+        std::vector<int> refused;  ///< sizes that do not count
+        std::vector<int> accepted; ///< sizes that count, odd as they are: what is missing reads as zero
+    };
+    const std::vector<Row> rows = {
+        // clang-format off
+        {"ping", alder, PC_PING, NT_PING_REPLY, {1, "no answer"}, false, {}, {1, 65535}},
+        {"hardware record", alder, PC_READ_HARDWARE_VERSION, NT_HARDWARE_VERSION, missing("hardware version"), false,
+            {0, 1, 63, 65, 255, 257}, {}},
+        {"channel count", alder, PC_READ_CHANNEL_COUNT, NT_CHANNEL_COUNT, missing("total number of channels"), false,
+            {0, 2}, {}},
+        {"checksum", alder, PC_READ_FIRMWARE_CHECKSUM, NT_FIRMWARE_CHECKSUM, wrongFirmware, false, {0, 1, 5}, {}},
+        {"firmware version", alder, PC_READ_FIRMWARE_VERSION, NT_FIRMWARE_VERSION, missing("firmware version"), false,
+            {}, {0, 65535}},
+        {"calibration", alder, PC_READ_FLASH_CAL, NT_RAW_CAL_DATA, missing("DC calibration data"), true,
+            {}, {0, 3, 375, 377}},
+        {"configuration", gale, PC_READ_CONFIG, NT_CONFIG, missing("configuration data"), false, {0, 287, 289}, {}},
+        // clang-format on
+    };
+    constexpr int lessMs = 800; // of the 1,000 ms that a question waits
+    constexpr int moreMs = 1200;
+    for (const Row &row : rows) {
+        const auto add = [&](const Fault &fault, const Outcome &expected) {
+            const Awaited awaited{row.command, row.answer, lessMs, moreMs};
+            const HardwareModel_t model = row.model;
+            addRow(row.subject, fault, expected, [=] { return connectDespite(model, awaited, fault); });
+        };
+        add({Fault::LateByLess}, admitted);
+        add({Fault::LateByMore}, row.refusal);
+        add({Fault::Twice}, admitted);
+        add({Fault::OtherChannel}, row.hasChannel ? row.refusal : admitted);
+        for (const int size : row.refused)
+            add({Fault::OfSize, size}, row.refusal);
+        for (const int size : row.accepted)
+            add({Fault::OfSize, size}, admitted);
+    }
+}
+
+void TestReplyFaults::acknowledgement_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<Outcome>("expected");
+    struct Row {
+        const char *subject;
+        Request request;
+        Awaited awaited;
+        Outcome refusal;
+        std::vector<int> refused;
+        std::vector<int> accepted;
+    };
+    const std::vector<Row> rows = {
+        // clang-format off
+        {"node", &upload, {PC_NODE_APPEND, NT_NODE_APPENDED, 800, 1200},
+            {106, "Experiment was not successfully uploaded to the channel. Please try again."}, {}, {0, 2}},
+        {"limits", &limit, {PC_CHANNEL_LIMITS, NT_GENERAL_ACK, 50, 300}, // the last look comes after 100 ms
+            {115, "Channel maximum voltage is not set. Please try again."}, {0}, {1, 3}},
+        {"sampling", &sample, {PC_MANUAL_SAMPLING_PARAMS, NT_GENERAL_ACK, 50, 300},
+            {100, "API is unable to send command to device. Please try again."}, {0}, {1, 3}},
+        // clang-format on
+    };
+    for (const Row &row : rows) {
+        const auto add = [&](const Fault &fault, const Outcome &expected) {
+            const Request request = row.request;
+            const Awaited awaited = row.awaited;
+            addRow(row.subject, fault, expected, [=] { return requestDespite(request, awaited, fault); });
+        };
+        const Outcome success{0, "Success"};
+        add({Fault::LateByLess}, success);
+        add({Fault::LateByMore}, row.refusal);
+        add({Fault::Twice}, success);
+        add({Fault::OtherChannel}, row.refusal);
+        for (const int size : row.refused)
+            add({Fault::OfSize, size}, row.refusal);
+        for (const int size : row.accepted)
+            add({Fault::OfSize, size}, success);
+    }
+}
+
+NIMBRELLE_TEST_MAIN(TestReplyFaults)
+#include "TestReplyFaults.moc"
