@@ -29,6 +29,18 @@ constexpr NamedCommand answeredCommands[] = {
     {"sddata", PC_SD_CAL_DATA_NEXT},
 };
 
+struct NamedStep {
+    const char *name;
+    BootStep step;
+};
+
+constexpr NamedStep bootSteps[] = {
+    {"ping", BootStep::Ping},     {"hardware", BootStep::Hardware}, {"channels", BootStep::Channels},
+    {"unlock", BootStep::Unlock}, {"prepare", BootStep::Prepare},   {"record", BootStep::Record},
+    {"info", BootStep::Info},     {"erase", BootStep::Erase},       {"program", BootStep::Program},
+    {"crc", BootStep::Crc},
+};
+
 struct NamedAlarm {
     const char *name;
     Notifications_t type;
@@ -103,6 +115,14 @@ struct Timed {
     double seconds = 0.0;
     bool isGood;
 };
+
+bool addBootStep(Faults &faults, const QString &name)
+{
+    const NamedStep *row = rowNamed(bootSteps, name);
+    if (row)
+        faults.boot.silentAt = row->step;
+    return row;
+}
 
 bool addAlarm(Faults &faults, const QString &text)
 {
@@ -195,6 +215,14 @@ const FaultRow faultRows[] = {
     {"lag", "CHANNEL[@SECONDS]", "lets the counter of a linked channel fall behind its group's", addLag},
     {"disconnect", "SECONDS|Nrecords", "pulls the cable, so long after the first start or after N records",
         addDisconnection},
+    {"boot-silence", "STEP", "leaves a command to the bootloader unanswered", addBootStep},
+    {"boot-crc", "", "tells a wrong CRC of the flash", [](Faults &f, Arguments) { return f.boot.hasWrongCrc = true; }},
+    {"boot-refuse", "N", "refuses the N-th record of an image (1)",
+        [](Faults &f, Arguments a) { return addCount(f.boot.refusedRecord, a, 1); }},
+    {"boot-power", "N", "loses power at the N-th batch of an image, over a serial port at the N-th record (1)",
+        [](Faults &f, Arguments a) { return addCount(f.boot.powerLossAt, a, 1); }},
+    {"boot-deaf", "MS", "takes no HID report for so long (60000)",
+        [](Faults &f, Arguments a) { return addCount(f.boot.deafMs, a, 60000); }},
     // clang-format on
 };
 
@@ -223,6 +251,7 @@ QString Faults::help()
         text += QStringLiteral("  %1 %2\n").arg(name, -28).arg(QLatin1String(row.meaning));
     }
     text += QStringLiteral("  COMMAND is one of %1\n").arg(namesOf(answeredCommands));
+    text += QStringLiteral("  STEP is one of %1\n").arg(namesOf(bootSteps));
     text += QStringLiteral("  ALARM is one of %1\n").arg(namesOf(alarms));
     return text;
 }

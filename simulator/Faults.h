@@ -2,6 +2,7 @@
 
 #include "link/Notifications.h"
 #include "link/PCcommand.h"
+#include "simulator/BootFaults.h"
 #include "simulator/SdCard.h"
 #include "simulator/SimulatedChannel.h"
 
@@ -30,6 +31,7 @@ struct Faults {
     double disconnectAt = -1.0;   ///< seconds of instrument time after the first start; negative: never
     qint64 disconnectAfter = -1;  ///< DC records; negative: never
     SdCardFaults sdCard;
+    BootFaults boot; ///< of the bootloader
     QVector<TimedEvent> events;
 
     /// Adds the fault that a text names. @return an empty text, or what is wrong with it

@@ -8,7 +8,7 @@ constexpr int pieceIntervalMs = 1;
 
 } // namespace
 
-Line::Line(PseudoTerminal &terminal, const Faults &faults, QObject *parent)
+Line::Line(SerialEnd &terminal, const Faults &faults, QObject *parent)
     : QObject(parent), _terminal(terminal), _faults(faults)
 {
     _pieceTimer.setInterval(pieceIntervalMs);
@@ -60,4 +60,11 @@ void Line::sendPiece()
     _pieces.remove(0, _faults.pieceSize);
     if (_pieces.isEmpty())
         _pieceTimer.stop();
+}
+
+void Line::clear()
+{
+    _batch.clear();
+    _pieces.clear();
+    _pieceTimer.stop();
 }

@@ -2,7 +2,7 @@
 
 #include "link/Frame.h"
 #include "simulator/Faults.h"
-#include "simulator/PseudoTerminal.h"
+#include "simulator/SerialEnd.h"
 
 #include <QTimer>
 
@@ -19,11 +19,13 @@ class Line : public QObject
     Q_OBJECT
 
 public:
-    Line(PseudoTerminal &terminal, const Faults &faults, QObject *parent = nullptr);
+    Line(SerialEnd &terminal, const Faults &faults, QObject *parent = nullptr);
 
     void send(quint8 type, int channel, const QByteArray &payload);
     void sendRaw(const QByteArray &bytes);
     void flush();
+    /// Throws away what has not gone to the terminal yet.
+    void clear();
     int bytesWaiting() const { return _batch.size() + _pieces.size() + _terminal.bytesWaiting(); }
 
     /// From now until endAnswer() frames are answers to this command; faults of answers apply to them.
@@ -34,7 +36,7 @@ private:
     bool isLost(quint8 type);
     void sendPiece();
 
-    PseudoTerminal &_terminal;
+    SerialEnd &_terminal;
     const Faults &_faults;
     std::optional<PCcommand_t> _answered;
     QByteArray _batch;

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include <iostream>
+#include <map>
 
 namespace {
 
@@ -26,6 +27,11 @@ struct Words {
     double counterResistance = 0.0;
     std::vector<std::string> harmonics;
     std::string link;
+    std::string device;
+    std::string firmware = "current";
+    std::string hid;
+    int release = -1;
+    std::string onChange;
     std::vector<std::string> faults;
     std::string truth;
     std::string passes;
@@ -39,6 +45,10 @@ class Complaint : public std::runtime_error
 public:
     explicit Complaint(const QString &text) : std::runtime_error(text.toStdString()) {}
 };
+
+using Firmware = UpdatableInstrument::Firmware;
+const std::map<std::string, Firmware> firmwares = {
+    {"current", Firmware::Current}, {"none", Firmware::None}, {"old", Firmware::Old}};
 
 void declare(CLI::App &app, Words &words)
 {
@@ -64,6 +74,15 @@ void declare(CLI::App &app, Words &words)
         ->capture_default_str();
     app.add_option("--harmonic", words.harmonics, "Harmonic of the current in AC records, ORDER=SHARE")->take_all();
     app.add_option("--link", words.link, "Path of a symbolic link to the port");
+    app.add_option("--device", words.device, "Terminal to run on, instead of a pseudo-terminal")->excludes("--link");
+    app.add_option("--firmware", words.firmware, "Firmware in the flash: current, old, or none (bootloader)")
+        ->check(CLI::IsMember(firmwares))
+        ->capture_default_str();
+    app.add_option("--hid", words.hid, "Node of the HID bootloader: /dev/hidgN, or path of a socket to make");
+    app.add_option("--release", words.release, "USB release number of the HID bootloader (the model's number)")
+        ->check(CLI::Range(0, 0xFFFF));
+    app.add_option("--on-change", words.onChange,
+                   "Shell command that is run with 'firmware' or 'bootloader' before the instrument comes up so");
     app.add_option("--fault", words.faults, "Fault to simulate; may be given several times")->take_all();
     app.add_option("--truth", words.truth, "File for every DC record that is sent, in physical units");
     app.add_option("--passes", words.passes, "File for the charge of every pass of every node");
@@ -138,28 +157,51 @@ AcFrontEnd::Harmonics readHarmonics(const std::vector<std::string> &texts)
     return harmonics;
 }
 
-Options understand(const Words &words)
+void understandFaults(const std::vector<std::string> &texts, Faults &faults)
 {
-    Options options;
-    const auto model = modelNamed(QString::fromStdString(words.model));
-    if (!model)
-        throw Complaint(QStringLiteral("--model: there is no model '%1'").arg(QString::fromStdString(words.model)));
-    options.instrument.model = *model;
-    if (words.channels > mostChannels && *model != HardwareModel_t::Gale)
-        throw Complaint(QStringLiteral("--channels: only a Gale has more than %1").arg(mostChannels));
-    options.instrument.name = QString::fromStdString(words.name);
-    options.instrument.speed = readSpeed(words.speed);
-    options.instrument.linkPath = QString::fromStdString(words.link);
-    options.instrument.channel.noise = words.noise;
-    options.instrument.channel.temperature = words.temperature;
-    options.instrument.channel.counterResistance = words.counterResistance;
-    options.instrument.channel.seed = words.seed;
-    options.instrument.harmonics = readHarmonics(words.harmonics);
-    for (const std::string &fault : words.faults) {
-        const QString error = options.instrument.faults.add(QString::fromStdString(fault));
+    for (const std::string &text : texts) {
+        const QString error = faults.add(QString::fromStdString(text));
         if (!error.isEmpty())
             throw Complaint(QStringLiteral("--fault: ") + error);
     }
+}
+
+HardwareModel_t readModel(const Words &words)
+{
+    const auto model = modelNamed(QString::fromStdString(words.model));
+    if (!model)
+        throw Complaint(QStringLiteral("--model: there is no model '%1'").arg(QString::fromStdString(words.model)));
+    if (words.channels > mostChannels && *model != HardwareModel_t::Gale)
+        throw Complaint(QStringLiteral("--channels: only a Gale has more than %1").arg(mostChannels));
+    return *model;
+}
+
+SimulatedInstrument::Setup readInstrument(const Words &words)
+{
+    SimulatedInstrument::Setup instrument;
+    instrument.model = readModel(words);
+    instrument.name = QString::fromStdString(words.name);
+    instrument.speed = readSpeed(words.speed);
+    instrument.linkPath = QString::fromStdString(words.link);
+    instrument.devicePath = QString::fromStdString(words.device);
+    instrument.channel.noise = words.noise;
+    instrument.channel.temperature = words.temperature;
+    instrument.channel.counterResistance = words.counterResistance;
+    instrument.channel.seed = words.seed;
+    instrument.harmonics = readHarmonics(words.harmonics);
+    understandFaults(words.faults, instrument.faults);
+    return instrument;
+}
+
+Options understand(const Words &words)
+{
+    Options options;
+    options.setup.instrument = readInstrument(words);
+    options.setup.firmware = firmwares.at(words.firmware);
+    options.setup.hidPath = QString::fromStdString(words.hid);
+    if (words.release >= 0)
+        options.setup.release = words.release;
+    options.setup.onChange = QString::fromStdString(words.onChange);
     options.cells = makeCells(words);
     options.truthPath = QString::fromStdString(words.truth);
     options.passesPath = QString::fromStdString(words.passes);

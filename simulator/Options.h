@@ -1,10 +1,10 @@
 #pragma once
 
-#include "simulator/SimulatedInstrument.h"
+#include "simulator/UpdatableInstrument.h"
 
 /// What the command line asks for.
 struct Options {
-    SimulatedInstrument::Setup instrument;
+    UpdatableInstrument::Setup setup;
     std::vector<std::unique_ptr<Cell>> cells; ///< one for each channel
     QString truthPath;
     QString passesPath;

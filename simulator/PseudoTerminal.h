@@ -1,61 +1,33 @@
 #pragma once
 
-#include <QByteArray>
-#include <QObject>
-#include <QString>
-
-#include <memory>
-
-class QSocketNotifier;
+#include "SerialEnd.h"
 
 /**
- * The instrument's end of a pseudo-terminal; a program under test opens the other end as a serial port.
+ * A line of its own: the instrument's end of a pseudo-terminal. A program under test opens the other end as a serial port.
  *
- * Bytes are handed on as they are (raw mode), in both directions. Nothing is lost when the other side does not read:
- * what the kernel does not take waits here, and bytesWaiting() tells how much that is.
- *
- * @thread Lives on one thread, which must run an event loop.
+ * @thread As SerialEnd.
  */
-class PseudoTerminal : public QObject
+class PseudoTerminal : public SerialEnd
 {
     Q_OBJECT
 
 public:
-    /// @param linkPath where a symbolic link to the port is made; none if empty. It goes with the object.
+    /**
+     * Plugs itself in; isOpen() tells whether that worked.
+     *
+     * @param linkPath where a symbolic link to the port is made; none if empty. It comes and goes with the port.
+     */
     explicit PseudoTerminal(const QString &linkPath = QString(), QObject *parent = nullptr);
     ~PseudoTerminal() override;
 
-    /// False when no terminal or no link could be made; errorText() then says why.
-    bool isOpen() const { return _master >= 0; }
-    QString errorText() const { return _errorText; }
-    /// Path of the other end, for example "/dev/pts/4".
-    QString portName() const { return _portName; }
-
-    /// Takes bytes to send; they leave in order, as fast as the other side makes room.
-    void write(const QByteArray &bytes);
-    /// Bytes that the kernel has not taken yet.
-    int bytesWaiting() const { return _outgoing.size() - _outgoingSent; }
-    /// Pulls the cable: the other side sees its port vanish.
-    void unplug();
-
-Q_SIGNALS:
-    void received(const QByteArray &bytes);
-    /// The kernel has taken everything that was waiting.
-    void drained();
+    bool plug() override;
+    void unplug() override;
 
 private:
-    void open(const QString &linkPath);
-    void onReadable();
-    void onWritable();
-    void fail(const QString &what);
+    bool open(int master);
+    bool link();
 
-    int _master = -1;
+    QString _wantedLink;
+    QString _linkPath;   ///< while there is one
     int _keptSlave = -1; ///< held open so that the terminal outlives each program that opens and closes it
-    QString _portName;
-    QString _linkPath;
-    QString _errorText;
-    QByteArray _outgoing;
-    int _outgoingSent = 0;
-    std::unique_ptr<QSocketNotifier> _readable;
-    std::unique_ptr<QSocketNotifier> _writable;
 };

@@ -1,9 +1,11 @@
 #include "simulator/SimulatedInstrument.h"
 
 #include "hardware_models/HardwareModelFactory.h"
+#include "simulator/DeviceTerminal.h"
 #include "simulator/GaleFrontEnd.h"
 #include "simulator/MainFrontEnd.h"
 #include "simulator/Payload.h"
+#include "simulator/PseudoTerminal.h"
 
 #include <QStringList>
 
@@ -21,6 +23,13 @@ constexpr int pacedIntervalMs = 2;
 constexpr qint64 sliceNs = 10000000;
 constexpr int mostCyclesOfABatch = 1000; ///< of a cycler, for which each batch is a point of its own
 constexpr int fullQueue = 1 << 17;       ///< bytes that wait before time stands still
+
+std::unique_ptr<SerialEnd> makeTerminal(const SimulatedInstrument::Setup &setup)
+{
+    if (setup.devicePath.isEmpty())
+        return std::make_unique<PseudoTerminal>(setup.linkPath);
+    return std::make_unique<DeviceTerminal>(setup.devicePath);
+}
 
 } // namespace
 
@@ -54,17 +63,18 @@ const SimulatedInstrument::CommandRow SimulatedInstrument::commandRows[] = {
 
 SimulatedInstrument::SimulatedInstrument(const Setup &setup, std::vector<std::unique_ptr<Cell>> cells, QObject *parent)
     : QObject(parent), _setup(setup), _model(HardwareModelFactory::getHardwareModel(setup.model)),
-      _terminal(setup.linkPath), _line(_terminal, _setup.faults), _sdCard(int(cells.size())), _counts(cells.size()),
-      _now(switchedOnFor)
+      _terminal(makeTerminal(setup)), _line(*_terminal, _setup.faults), _sdCard(int(cells.size())),
+      _counts(cells.size()), _now(switchedOnFor)
 {
     makeChannels(std::move(cells));
     _hardwareRecord.append(char(setup.model)).append(setup.name.toUtf8().left(hardwareRecordSize - 2)).append('\n');
     _hardwareRecord.append(hardwareRecordSize - _hardwareRecord.size(), '\0');
+    _firmwareChecksum = QByteArray::fromHex(_model->hexFileCheckSum().toLatin1());
     _timer.setTimerType(Qt::PreciseTimer);
     _wall.start();
     connect(&_timer, &QTimer::timeout, this, &SimulatedInstrument::onTimer);
-    connect(&_terminal, &PseudoTerminal::received, this, &SimulatedInstrument::onReceived);
-    connect(&_terminal, &PseudoTerminal::drained, this, &SimulatedInstrument::schedule);
+    connect(_terminal.get(), &SerialEnd::received, this, &SimulatedInstrument::onReceived);
+    connect(_terminal.get(), &SerialEnd::drained, this, &SimulatedInstrument::schedule);
 }
 
 void SimulatedInstrument::makeChannels(std::vector<std::unique_ptr<Cell>> cells)
@@ -133,12 +143,31 @@ void SimulatedInstrument::setFiles(TruthFile *truth, PassFile *passes)
     _passes = passes;
 }
 
+void SimulatedInstrument::switchOff()
+{
+    _isOn = false;
+    for (const auto &channel : _channels)
+        channel->reset();
+    _sdCard.rewind();
+    _line.clear();
+    _received.clear();
+    _link = Link();
+    _askedForTime = false;
+    schedule();
+}
+
+void SimulatedInstrument::switchOn(const QByteArray &firmwareChecksum)
+{
+    _isOn = true;
+    _firmwareChecksum = firmwareChecksum;
+}
+
 void SimulatedInstrument::unplug()
 {
     _line.flush();
     _timer.stop();
     QTimer::singleShot(0, this, [this] {
-        _terminal.unplug();
+        _terminal->unplug();
         Q_EMIT unplugged();
     });
 }
@@ -147,6 +176,8 @@ void SimulatedInstrument::unplug()
 
 void SimulatedInstrument::onReceived(const QByteArray &bytes)
 {
+    if (!_isOn)
+        return;
     if (_setup.faults.echoes)
         return _line.sendRaw(bytes);
     if (_timer.isActive() && !isFree())
@@ -254,11 +285,12 @@ void SimulatedInstrument::answerChannelCount(const Frame &)
     send(deviceChannel, NT_CHANNEL_COUNT, packed(quint8(_channels.size())));
 }
 
-void SimulatedInstrument::answerReset(const Frame &frame)
+/// Without an answer: the instrument restarts at once.
+void SimulatedInstrument::answerReset(const Frame &)
 {
     for (const auto &channel : _channels)
         channel->reset();
-    send(int(frame.channel), NT_GENERAL_ACK, packed(quint8(PC_SOFT_RESET), quint8(FW_SUCCESS)));
+    Q_EMIT resetRequested();
 }
 
 void SimulatedInstrument::answerFirmwareVersion(const Frame &)
@@ -268,7 +300,7 @@ void SimulatedInstrument::answerFirmwareVersion(const Frame &)
 
 void SimulatedInstrument::answerChecksum(const Frame &)
 {
-    QByteArray checksum = QByteArray::fromHex(_model->hexFileCheckSum().toLatin1());
+    QByteArray checksum = _firmwareChecksum;
     if (_setup.faults.hasWrongFirmware)
         checksum =
             checksum.isEmpty() ? QByteArrayLiteral("\x01") : checksum.replace(0, 1, QByteArray(1, char(~checksum[0])));
@@ -346,7 +378,7 @@ void SimulatedInstrument::schedule()
 {
     const bool isActive =
         std::any_of(_channels.begin(), _channels.end(), [](const auto &each) { return each->isActive(); });
-    if (!isActive || !_terminal.isOpen() || _line.bytesWaiting() > fullQueue) {
+    if (!isActive || !_terminal->isOpen() || _line.bytesWaiting() > fullQueue) {
         _timer.stop();
         _isAnchored = false;
         return;
@@ -389,7 +421,7 @@ bool SimulatedInstrument::runOne(quint64 until)
     const auto next = std::min_element(_channels.begin(), _channels.end(),
                                        [](const auto &a, const auto &b) { return a->nextTick() < b->nextTick(); });
     const quint64 tick = (*next)->nextTick();
-    if (tick > until || !_terminal.isOpen())
+    if (tick > until || !_terminal->isOpen())
         return false;
     if (_unplugTick && tick > *_unplugTick) {
         unplug();

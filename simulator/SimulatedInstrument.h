@@ -36,7 +36,8 @@ public:
         SimulatedChannel::Setup channel;
         AcFrontEnd::Harmonics harmonics; ///< of the current in AC records
         Faults faults;
-        QString linkPath;
+        QString linkPath;   ///< of a symbolic link to the port; none if empty
+        QString devicePath; ///< terminal to run on; a pseudo-terminal of its own if empty
     };
 
     /// @param cells one for each channel
@@ -45,15 +46,24 @@ public:
     /// Files to write to; borrowed, and may be null.
     void setFiles(TruthFile *truth, PassFile *passes);
 
-    bool isOpen() const { return _terminal.isOpen(); }
-    QString errorText() const { return _terminal.errorText(); }
-    QString portName() const { return _terminal.portName(); }
+    QString portName() const { return _terminal->portName(); }
+    SerialEnd &serialEnd() { return *_terminal; }
+    QByteArray hardwareRecord() const { return _hardwareRecord; }
+    int channelCount() const { return int(_channels.size()); }
+
+    /// Stops obeying, and forgets everything but its cells, calibration and hardware record.
+    void switchOff();
+    /// Starts firmware that reports this checksum. A new object has started the one that the library carries.
+    void switchOn(const QByteArray &firmwareChecksum);
+
     /// One line per channel: how many records have been sent.
     QString statistics() const;
 
 Q_SIGNALS:
     /// A fault has pulled the cable.
     void unplugged();
+    /// The host wants the bootloader.
+    void resetRequested();
 
 private:
     using Answer = void (SimulatedInstrument::*)(const Frame &frame);
@@ -119,7 +129,7 @@ private:
     std::shared_ptr<const HardwareModel> _model;
     TruthFile *_truth = nullptr;
     PassFile *_passes = nullptr;
-    PseudoTerminal _terminal;
+    std::unique_ptr<SerialEnd> _terminal;
     Line _line;
     SdCard _sdCard;
     std::vector<std::unique_ptr<SimulatedChannel>> _channels;
@@ -127,6 +137,8 @@ private:
     QByteArray _received;
     quint32 _skipped = 0;
     QByteArray _hardwareRecord;
+    QByteArray _firmwareChecksum;
+    bool _isOn = true;
     Link _link;
     bool _askedForTime = false;
     quint64 _now;

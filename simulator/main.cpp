@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <csignal>
 #include <cstdio>
@@ -28,6 +29,12 @@ int fail(const QString &text)
     return 2;
 }
 
+void printLine(const QString &text)
+{
+    std::printf("%s\n", qPrintable(text));
+    std::fflush(stdout);
+}
+
 int run(Options options, QCoreApplication &application)
 {
     TruthFile truth;
@@ -36,19 +43,22 @@ int run(Options options, QCoreApplication &application)
     PassFile passes;
     if (!options.passesPath.isEmpty() && !passes.open(options.passesPath))
         return fail(QStringLiteral("cannot write %1: %2").arg(options.passesPath, passes.errorText()));
-    SimulatedInstrument instrument(options.instrument, std::move(options.cells));
+    UpdatableInstrument instrument(options.setup, std::move(options.cells));
     instrument.setFiles(&truth, &passes);
-    if (!instrument.isOpen())
-        return fail(instrument.errorText());
-    QObject::connect(&instrument, &SimulatedInstrument::unplugged, &application, &QCoreApplication::quit);
-    std::printf("%s\n", qPrintable(instrument.portName()));
-    std::fflush(stdout);
+    QString failure;
+    QObject::connect(&instrument, &UpdatableInstrument::unplugged, &application, &QCoreApplication::quit);
+    QObject::connect(&instrument, &UpdatableInstrument::cameUp, &application, printLine);
+    QObject::connect(&instrument, &UpdatableInstrument::failed, &application, [&](const QString &reason) {
+        failure = reason;
+        QCoreApplication::quit();
+    });
+    QTimer::singleShot(0, &instrument, &UpdatableInstrument::start);
     application.exec();
     truth.close();
     passes.close();
     if (options.wantsStatistics)
         std::fprintf(stderr, "%s\n", qPrintable(instrument.statistics()));
-    return 0;
+    return failure.isEmpty() ? 0 : fail(failure);
 }
 
 } // namespace
@@ -62,6 +72,7 @@ int main(int argc, char **argv)
     const int signalFd = watchSignals(); // before a thread exists, so that none can take the signals instead
     if (signalFd < 0)
         return fail(QStringLiteral("cannot watch signals"));
+    std::signal(SIGPIPE, SIG_IGN); // a host may go at any moment
     QCoreApplication application(argc, argv);
     QSocketNotifier stopRequest(signalFd, QSocketNotifier::Read);
     QObject::connect(&stopRequest, &QSocketNotifier::activated, &application, [] { QCoreApplication::quit(); });
