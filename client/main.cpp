@@ -12,8 +12,9 @@
 #include "commands/PlotCommand.h"
 #include "commands/RunCommand.h"
 #include "commands/UpdateCommand.h"
+#include "plots/RunPlots.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 
 #include <memory>
 #include <vector>
@@ -43,13 +44,12 @@ Commands makeCommands(CLI::App &app)
     return commands;
 }
 
-/// Pictures are drawn without a display; everything else does without any part of the GUI.
+/// Only what draws takes any part of the GUI.
 std::unique_ptr<QCoreApplication> makeApplication(const Command &command, int &argc, char **argv)
 {
-    if (!command.drawsPictures())
-        return std::make_unique<QCoreApplication>(argc, argv);
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    return std::make_unique<QApplication>(argc, argv);
+    if (command.drawsPictures())
+        return makeDrawingApplication(argc, argv);
+    return std::make_unique<QCoreApplication>(argc, argv);
 }
 
 int execute(const Commands &commands, int &argc, char **argv)

@@ -25,7 +25,7 @@ public:
     Command &operator=(const Command &) = delete;
 
     bool isChosen() const { return _app->parsed(); }
-    /// Whether pictures will be drawn, which takes a QApplication.
+    /// Whether pictures will be drawn, which takes an application object of its own.
     virtual bool drawsPictures() const { return false; }
     /// Called once the options are read and the application object exists. @return the exit code of the program
     virtual int run() = 0;

@@ -7,9 +7,16 @@
 #include "plots/TimePlot.h"
 #include "plots/Voltammogram.h"
 
+#include <QApplication>
 #include <QDir>
 
 namespace client {
+
+std::unique_ptr<QCoreApplication> makeDrawingApplication(int &argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QApplication>(argc, argv);
+}
 
 bool drawRun(const QString &folder)
 {
