@@ -295,7 +295,7 @@ int VekInstrumentHandlerPrivate::setLinkedChannels(std::vector<unsigned char>, b
 
 std::vector<unsigned char> VekInstrumentHandlerPrivate::getLinkedChannels(unsigned char channel)
 {
-    return isValidChannel(channel) ? channelAt(channel)->linkedChannels : std::vector<unsigned char>();
+    return isValidChannel(channel) ? channelAt(channel)->linkedChannels.list() : std::vector<unsigned char>();
 }
 
 bool VekInstrumentHandlerPrivate::hasBipolarMode(unsigned char)

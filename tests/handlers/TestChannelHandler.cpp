@@ -91,7 +91,7 @@ void TestChannelHandler::endOfAnExperimentKeepsWhatTheClientHasSet()
     QCOMPARE(channel.getIRComp().compensationLevel, 0.85);
     QCOMPARE(int(channel.getCompRange().getStabilityFactor()), 3);
     QCOMPARE(channel.getLoadImpValue(), 50.0f);
-    QCOMPARE(channel.linkedChannels, (std::vector<unsigned char>{3, 4}));
+    QCOMPARE(channel.linkedChannels.list(), (std::vector<unsigned char>{3, 4}));
     channel.resetChannelLimits();
     QCOMPARE(channel.getLimits().vMax, qInf());
     QCOMPARE(channel.getLimits().iMin, -qInf());

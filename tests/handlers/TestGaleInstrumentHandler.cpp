@@ -73,6 +73,7 @@ private Q_SLOTS:
     void joinsABipolarPairOverItsRun();
     void earlierRunsAreNotJoined();
     void groupEndsWithItsMaster();
+    void endedMemberTakesItsMasterOutOfTheGroup();
     void startUpNeitherAsksNorFans();
     void manualSetPointsAreRaw();
     void rangesFollowTheBoard();
@@ -136,6 +137,7 @@ void TestGaleInstrumentHandler::linksChannels_data()
     row("the new primary leaves its group", {{{0, 4}, false, 0}, {{2, 3}, false, 2}, {{0, 3}, false, 0}},
         QStringLiteral("0:03 3:03"));
     row("alone after a group", {{{0, 1}, false, 0}, {{1}, false, 1}}, QString());
+    row("busy channel in a pair", {{{0, 1}, false, 0}, {{1, busyChannel}, true, -1}}, QStringLiteral("0:01 1:01"));
     row("a pair", {{{1, 0}, true, 0}}, QStringLiteral("0:01 1:01"), QStringLiteral("01"));
     row("no pair: not one board", {{{1, 2}, true, -1}}, QString(), QStringLiteral("12"));
     row("no pair: one", {{{0}, true, -1}}, QString());
@@ -145,6 +147,8 @@ void TestGaleInstrumentHandler::linksChannels_data()
     row("bipolar with parallel", {{{0, 1}, true, 0}, {{0, 1, 2, 3}, false, -1}}, QString(), QStringLiteral("01"));
     row("two pairs", {{{0, 1}, true, 0}, {{2, 3}, true, 2}, {{0, 1, 2, 3}, false, 0}},
         QStringLiteral("0:0123 1:0123 2:0123 3:0123"), QStringLiteral("0123"));
+    row("halves of two pairs", {{{0, 1}, true, 0}, {{2, 3}, true, 2}, {{0, 2}, false, -1}}, QString(),
+        QStringLiteral("0123"));
     row("refused pair bars parallel", {{{1, 2}, true, -1}, {{0, 1}, false, -1}}, QString(), QStringLiteral("12"));
 }
 
@@ -312,6 +316,26 @@ void TestGaleInstrumentHandler::groupEndsWithItsMaster()
     QCOMPARE(ends.at(0),
              (QVariantList{QVariant::fromValue<unsigned char>(1), QStringLiteral("Experiment stopped by user")}));
     QCOMPARE(_bench->device->getLinkedChannels(0), (Channels{0, 1})); // the group survives its run
+}
+
+void TestGaleInstrumentHandler::endedMemberTakesItsMasterOutOfTheGroup()
+{
+    QSignalSpy ends(_bench->device.get(), &VekInstrumentHandler::experimentStopped);
+    QCOMPARE(_bench->device->setLinkedChannels({0, 1}), 0);
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(1, oneNode()), E::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(1), E::Success);
+    begin(1, {0, 1});
+    send(NT_EXPERIMENT_DONE, 0, wire(quint64(0), quint8(STOP_COMPLETED)));
+    QVERIFY(_bench->settle());
+    QCOMPARE(_bench->device->setLinkedChannels({0, 2}), 0);
+    QVERIFY(_bench->device->getLinkedChannels(1).empty());
+    send(NT_DC_DATA, 1, dcRecord(11.0, 1.0, 2.0, 3.0, 7));
+    send(NT_EXPERIMENT_DONE, 1, wire(quint64(0), quint8(STOP_COMPLETED)));
+    QVERIFY(_bench->settle());
+    QCOMPARE(_active->size(), 1); // alone, without waiting for the other
+    QCOMPARE(_active->at(0).at(1).value<VekDCData>().current, 1.0);
+    QCOMPARE(ends.size(), 1);
+    QCOMPARE(_bench->device->getLinkedChannels(0), (Channels{0, 2}));
 }
 
 void TestGaleInstrumentHandler::startUpNeitherAsksNorFans()

@@ -1,15 +1,20 @@
 #pragma once
 
 #include "calibration/DataRecords.h"
+#include "handlers/CrossThreadList.h"
+#include "handlers/CrossThreadValue.h"
 
-#include <vector>
-
-/// The group of linked channels that a channel belongs to (Gale line only). Copies share nothing.
+/**
+ * The group of linked channels that a channel belongs to (Gale line only). Copies share nothing.
+ *
+ * @thread The client's thread links, the handler's thread reads. A channel that runs may lose its group meanwhile: the
+ *         end of one member makes that member free for another group before the last of them has ended.
+ */
 struct ChannelLinker {
-    quint8 masterChannel = 0; ///< on which the group's experiment was started; meaningless before a linked start
-    std::vector<unsigned char> linkedChannels; ///< ascending, this channel included; empty without a group
-    bool bipolar = false;                      ///< the group is a pair in series; never cleared again
-    ProcessedDCData lastPoint;                 ///< this channel's latest sample, kept until the whole group has one
+    CrossThreadValue<quint8> masterChannel = 0; ///< on which the group's experiment was started; else meaningless
+    CrossThreadList linkedChannels;             ///< ascending, this channel included; empty without a group
+    CrossThreadValue<bool> bipolar = false;     ///< the group is a pair in series; never cleared again
+    ProcessedDCData lastPoint; ///< this channel's latest sample, until the whole group has one; handler's thread alone
 
     /// Lets no sample of an earlier run be taken for one of the run that begins: no sample bears this counter.
     void forgetLastPoint() { lastPoint.counter = 0xFFFF; }

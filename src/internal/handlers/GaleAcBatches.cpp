@@ -37,9 +37,8 @@ void GaleInstrumentHandler::onExperimentACDataReceived(unsigned char channel, co
     const Group group = groupOf(*handler);
     if (packetsAwaitedBy(group) != 0)
         return;
-    const std::vector<ComplexDataPoint_t> points = analyseBatch(*handler, group);
-    const bool isLinked = !handler->linkedChannels.empty();
-    ChannelHandler *const target = isLinked ? channelAt(handler->masterChannel) : handler;
+    const std::vector<ComplexDataPoint_t> points = analyseBatch(group);
+    ChannelHandler *const target = group.size() > 1 ? channelAt(handler->masterChannel) : handler;
     if (points.empty() || !target)
         return; // nothing is reset: the next header begins anew
     target->startClockOnce(points.front().timestamp);
@@ -59,8 +58,7 @@ qint64 GaleInstrumentHandler::packetsAwaitedBy(const Group &group)
     return awaited;
 }
 
-std::vector<ComplexDataPoint_t> GaleInstrumentHandler::analyseBatch(const ChannelHandler &channel,
-                                                                    const Group &group) const
+std::vector<ComplexDataPoint_t> GaleInstrumentHandler::analyseBatch(const Group &group) const
 {
     std::vector<Gale_AC_Header_t> headers;
     std::vector<std::pair<int *, int>> words;
@@ -71,6 +69,6 @@ std::vector<ComplexDataPoint_t> GaleInstrumentHandler::analyseBatch(const Channe
         words.emplace_back(reinterpret_cast<int *>(data.data()), data.size() / int(sizeof(int)));
         calibrations.push_back(&calibrationOf(member->getChannelNumber()));
     }
-    const bool bipolar = !channel.linkedChannels.empty() && channel.bipolar;
+    const bool bipolar = group.size() > 1 && group.front()->bipolar;
     return NimbrelleLib::AnalyzeFRA(headers, words, calibrations, bipolar, {}, QString(), 0.0);
 }

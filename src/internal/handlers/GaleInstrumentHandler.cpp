@@ -71,12 +71,10 @@ VekErrorCode GaleInstrumentHandler::setFanSpeedVariable(bool variable)
 
 GaleInstrumentHandler::Group GaleInstrumentHandler::groupOf(ChannelHandler &channel) const
 {
-    if (channel.linkedChannels.empty())
-        return {&channel};
     Group group;
-    for (const unsigned char member : channel.linkedChannels)
+    for (const unsigned char member : channel.linkedChannels.list())
         group.push_back(channelAt(member));
-    return group;
+    return group.empty() ? Group{&channel} : group;
 }
 
 int GaleInstrumentHandler::setLinkedChannels(std::vector<unsigned char> channels, bool bipolar)
@@ -91,7 +89,7 @@ int GaleInstrumentHandler::setLinkedChannels(std::vector<unsigned char> channels
     if (bipolar && channels.size() != 2)
         return -1;
     for (const unsigned char channel : channels)
-        channelAt(channel)->bipolar |= bipolar; // never cleared again, not even if the pair is refused
+        channelAt(channel)->bipolar = bipolar || channelAt(channel)->bipolar; // kept, even if the pair is refused
     if (!fitTogether(channels))
         return -1;
     if (channels.size() > 1) {
@@ -119,7 +117,7 @@ void GaleInstrumentHandler::clearLinkedChannels(unsigned char channel, unsigned 
 {
     if (checkFree(channel) != VekErrorCode::Success)
         return;
-    std::vector<unsigned char> group = channelAt(channel)->linkedChannels;
+    std::vector<unsigned char> group = channelAt(channel)->linkedChannels.list();
     if (!contains(group, channel))
         return;
     if (!contains(group, newPrimary))
@@ -142,7 +140,7 @@ VekErrorCode GaleInstrumentHandler::uploadExperimentToChannel(unsigned char chan
 {
     if (!isValidChannel(channel))
         return VekErrorCode::InvalidChannel;
-    if (!areAllFree(channelAt(channel)->linkedChannels))
+    if (!areAllFree(channelAt(channel)->linkedChannels.list()))
         return VekErrorCode::ChannelBusy;
     return VekInstrumentHandlerPrivate::uploadExperimentToChannel(channel, experiment);
 }
@@ -162,10 +160,9 @@ VekErrorCode GaleInstrumentHandler::startUploadedExperiment(unsigned char channe
 VekErrorCode GaleInstrumentHandler::startGroup(unsigned char channel)
 {
     ChannelHandler *const master = channelAt(channel);
-    _op->setChannelsLink(master->linkedChannels, master->bipolar);
+    _op->setChannelsLink(master->linkedChannels.list(), master->bipolar);
     for (ChannelHandler *const member : groupOf(*master)) {
         member->masterChannel = channel;
-        member->forgetLastPoint();
         member->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_RUNNING);
         member->setRunningExperimentMode(ChannelHandler::MODE_ACTIVE);
         if (member != master) {
@@ -182,8 +179,11 @@ void GaleInstrumentHandler::onExperimentDataBeginning(unsigned char channel, con
     if (!isChannelBusy(channel))
         return;
     ChannelHandler *const handler = channelAt(channel);
-    for (ChannelHandler *const member : groupOf(*handler))
+    for (ChannelHandler *const member : groupOf(*handler)) {
+        if (member->getDataStatus() != ChannelHandler::DATA_STARTED)
+            member->forgetLastPoint();
         member->setDataStatus(ChannelHandler::DATA_STARTED);
+    }
     handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / ticksPerSecond);
 }
 
@@ -192,17 +192,19 @@ void GaleInstrumentHandler::onExperimentCompleted(unsigned char channel, const Q
     ChannelHandler *const handler = channelAt(channel);
     if (!handler)
         return;
-    const ChannelLinker linker = *handler; // the client may link anew as soon as the channel is free
+    // Taken before the channel is free: the client may link it anew from then on.
+    const std::vector<unsigned char> group = handler->linkedChannels.list();
+    const unsigned char master = handler->masterChannel;
     handler->setIdealConfig();
-    if (linker.linkedChannels.empty()) {
+    if (group.empty()) {
         Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
         return;
     }
-    for (const unsigned char member : linker.linkedChannels) {
+    for (const unsigned char member : group) {
         if (ChannelHandler *const memberHandler = channelAt(member))
             memberHandler->capacity.endExperiment();
     }
-    if (channel == linker.masterChannel) // the other members end in silence
+    if (channel == master) // the other members end in silence
         Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
 }
 

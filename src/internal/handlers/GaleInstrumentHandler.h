@@ -7,7 +7,8 @@
  * pair of an even channel and the odd one above it, in series. A group runs one experiment, which is uploaded to and
  * started on one of its channels, the master of that run.
  *
- * @thread As its base. Groups change on the client's thread, and only while none of their channels is busy.
+ * @thread As its base. Groups change on the client's thread; a channel that still runs can lose its group to one that has
+ *         ended. Each notification therefore looks at the group once.
  */
 class GaleInstrumentHandler : public VekInstrumentHandlerPrivate
 {
@@ -58,16 +59,16 @@ public Q_SLOTS:
 private:
     using Group = std::vector<ChannelHandler *>;
 
-    /// The channels of a channel's group, or the channel alone.
+    /// The channels of a channel's group, two at least, or the channel alone.
     Group groupOf(ChannelHandler &channel) const;
     bool areAllFree(const std::vector<unsigned char> &channels) const;
     bool fitTogether(const std::vector<unsigned char> &channels) const;
     VekErrorCode startGroup(unsigned char channel);
 
-    void joinGroupSample(ChannelHandler &channel, const ProcessedDCData &point);
+    void joinGroupSample(ChannelHandler &channel, const Group &group, const ProcessedDCData &point);
     void postProcessDataAndEmit(unsigned char channel, const ProcessedDCData &point);
     static qint64 packetsAwaitedBy(const Group &group);
-    std::vector<ComplexDataPoint_t> analyseBatch(const ChannelHandler &channel, const Group &group) const;
+    std::vector<ComplexDataPoint_t> analyseBatch(const Group &group) const;
 
     std::vector<unsigned char> _manualRangeIndices; // current range behind each entry of the list last returned
 };

@@ -16,13 +16,14 @@ void GaleInstrumentHandler::onExperimentDCDataReceived(unsigned char channel, co
     const bool isDue = handler->dc.countSample();
     if (isChannelPause(channel) || !isDue)
         return;
-    if (handler->linkedChannels.empty())
+    const Group group = groupOf(*handler);
+    if (group.size() == 1)
         postProcessDataAndEmit(channel, point);
     else
-        joinGroupSample(*handler, point);
+        joinGroupSample(*handler, group, point);
 }
 
-void GaleInstrumentHandler::joinGroupSample(ChannelHandler &channel, const ProcessedDCData &point)
+void GaleInstrumentHandler::joinGroupSample(ChannelHandler &channel, const Group &group, const ProcessedDCData &point)
 {
     channel.lastPoint = point;
     if (channel.getChannelNumber() != channel.masterChannel) // each member stays visible by itself
@@ -31,7 +32,7 @@ void GaleInstrumentHandler::joinGroupSample(ChannelHandler &channel, const Proce
     if (!master)
         return;
     std::vector<LinkedPoint> members;
-    for (const ChannelHandler *const member : groupOf(channel)) {
+    for (const ChannelHandler *const member : group) {
         if (member->lastPoint.counter != point.counter)
             return; // not all samples of this moment are in
         members.emplace_back(member->getChannelNumber(), member->lastPoint);
