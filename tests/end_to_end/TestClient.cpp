@@ -42,7 +42,9 @@ private Q_SLOTS:
     void anInterruptionOfTheHandshakeLeavesNothingBehind();
     void aKilledClientLosesNothingOlderThanASecond();
     void aLostDeviceIsToldOnce();
+    void runsSeveralChannelsAtOnce_data();
     void runsSeveralChannelsAtOnce();
+    void runsLinkedChannelsAsOne();
     void refusesToLinkWhatCannotBeLinked();
     void doesNotOverwriteARun();
     void monitorsAnIdleChannel();
@@ -267,10 +269,18 @@ void TestClient::aLostDeviceIsToldOnce()
     }
 }
 
+void TestClient::runsSeveralChannelsAtOnce_data()
+{
+    QTest::addColumn<QString>("model");
+    QTest::newRow("main line") << "Alder_2_5";
+    QTest::newRow("battery cycler") << "Gale";
+}
+
 void TestClient::runsSeveralChannelsAtOnce()
 {
-    SimulatorProcess simulator(
-        {"--channels", "4", "--cell", "resistor:R=100", "--cell", "3=resistor:R=400", "--speed", "100"});
+    QFETCH(QString, model);
+    SimulatorProcess simulator({"--model", model, "--channels", "4", "--cell", "resistor:R=100", "--cell",
+                                "3=resistor:R=400", "--speed", "100"});
     const QString folder = freshFolder();
     const QString first = writeExperiment(
         "{\"element\": \"ConstantCurrent\", \"current\": 0.001, \"samplingInterval\": 0.1, \"maxDuration\": 2}");
@@ -283,6 +293,30 @@ void TestClient::runsSeveralChannelsAtOnce()
     QVERIFY(qAbs(rows(folder + "/channel-1/dc.csv").last()[Voltage] - 0.1) < 1e-4 * 0.1);
     QVERIFY(qAbs(rows(folder + "/channel-3/dc.csv").last()[Voltage] - 0.8) < 1e-4 * 0.8);
     QCOMPARE(ClientProcess::run({"run", first, "--port", simulator.portName(), "--channel", "4"}), 2);
+}
+
+// Each group drives the cell of its lowest channel, and is recorded as that channel.
+void TestClient::runsLinkedChannelsAsOne()
+{
+    SimulatorProcess simulator({"--model", "Gale", "--channels", "6", "--cell", "resistor:R=2", "--cell",
+                                "4=resistor:R=10", "--speed", "100"});
+    const QString folder = freshFolder();
+    const QString up = writeExperiment(
+        "{\"element\": \"ConstantCurrent\", \"current\": 0.8, \"samplingInterval\": 0.1, \"maxDuration\": 2}");
+    const QString down = writeExperiment(
+        "{\"element\": \"ConstantCurrent\", \"current\": -0.2, \"samplingInterval\": 0.1, \"maxDuration\": 4}");
+    ClientProcess client({"run", up, down, "--port", simulator.portName(), "--link", "0,1,2,3", "--bipolar", "5,4",
+                          "--out", folder, "--json"});
+    QCOMPARE(client.finish(), 0);
+    QCOMPARE(QJsonDocument::fromJson(client.output()).array().size(), 2);
+    const auto agrees = [](double measured, double expected) {
+        return qAbs(measured - expected) < 1e-6 * qAbs(expected);
+    };
+    const auto parallel = rows(folder + "/channel-0/dc.csv").last();
+    QVERIFY(agrees(parallel[Current], 0.8) && agrees(parallel[Voltage], 1.6) && agrees(parallel[NetCharge], 1.6));
+    const auto bipolar = rows(folder + "/channel-4/dc.csv").last();
+    QVERIFY(agrees(bipolar[Current], -0.2) && agrees(bipolar[Voltage], -2.0) && agrees(bipolar[NetCharge], -0.8));
+    QCOMPARE(rowCount(folder + "/channel-4/dc.csv"), 40);
 }
 
 void TestClient::refusesToLinkWhatCannotBeLinked()
@@ -368,6 +402,16 @@ void TestClient::showsPortsAndRanges()
     QCOMPARE(currents.size(), 8);
     QCOMPARE(currents[0]["max"].toDouble(), 0.25); // the model's limit, not the converter's
     QVERIFY(currents[7]["max"].toDouble() < currents[6]["max"].toDouble());
+
+    SimulatorProcess cycler({"--model", "Gale", "--channels", "2"});
+    ClientProcess limitsOfABoard({"limits", cycler.portName(), "--json"});
+    QCOMPARE(limitsOfABoard.finish(), 0);
+    const QJsonArray ranges =
+        QJsonDocument::fromJson(limitsOfABoard.output()).array()[1].toObject()["currentRanges"].toArray();
+    QCOMPARE(ranges.size(), 4);                  // of eight, those that exist
+    QCOMPARE(ranges[0]["min"].toDouble(), -5.0); // the board's limits, not the range's own
+    QCOMPARE(ranges[0]["max"].toDouble(), 5.0);
+    QVERIFY(ranges[1]["max"].toDouble() < 1.0);
 }
 
 void TestClient::leavesRightFirmwareAlone()
