@@ -66,7 +66,8 @@ int waitForEnd(const VekInstrumentHandler &handler, QEventLoop &loop)
 
 } // namespace
 
-int runExperiment(const VekExperiment &experiment, const char *headings, const RunObservers &observers)
+int runExperiment(const VekExperiment &experiment, const char *headings, const RunObservers &observers,
+                  const std::vector<unsigned char> &linkedChannels)
 {
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() != 2)
@@ -80,11 +81,15 @@ int runExperiment(const VekExperiment &experiment, const char *headings, const R
         return fail(NoConnection, QStringLiteral("The device did not become ready."));
 
     const VekInstrumentHandler &handler = VekDeviceTracker::Instance()->getInstrumentHandler(deviceName);
+    const int group = linkedChannels.empty() ? 0 : handler.setLinkedChannels(linkedChannels);
+    if (group < 0)
+        return fail(Refused, QStringLiteral("The channels cannot be linked."));
+    const auto channel = static_cast<unsigned char>(group);
     QEventLoop loop;
     passOn(handler, observers, &loop);
-    VekErrorCode started = handler.uploadExperimentToChannel(0, experiment);
+    VekErrorCode started = handler.uploadExperimentToChannel(channel, experiment);
     if (started == VekErrorCode::Success)
-        started = handler.startUploadedExperiment(0);
+        started = handler.startUploadedExperiment(channel);
     if (started != VekErrorCode::Success)
         return fail(Refused, started.message());
     std::cout << std::setprecision(9) << headings << '\n';

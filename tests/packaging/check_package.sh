@@ -34,16 +34,16 @@ echo "== examples"
 cmake -S "$source/examples" -B "$root/examples" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" \
     -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
 cmake --build "$root/examples" >/dev/null
-for example in constant_current cyclic_voltammetry differential_pulse cycling impedance; do
+for example in constant_current cyclic_voltammetry differential_pulse cycling linked_cycling impedance; do
     code=0
     "$root/examples/$example" 2>/dev/null || code=$?
     [ $code -eq 2 ] || { echo "$example without a port: exit code $code in place of 2"; exit 1; }
 done
 
-# measure EXAMPLE CELL ROWS: runs it on a simulated instrument to its end
+# measure EXAMPLE CELL ROWS [SIMULATOR-OPTION...]: runs it on a simulated instrument to its end
 measure() {
     mkfifo "$root/port"
-    "$build/simulator/nimbrelle-sim" --cell "$2" --speed max >"$root/port" &
+    "$build/simulator/nimbrelle-sim" --cell "$2" --speed max "${@:4}" >"$root/port" &
     simulator=$!
     read -r port <"$root/port"
     rm "$root/port"
@@ -58,6 +58,7 @@ measure constant_current resistor:R=1000 100       # 10 s, a row each 0.1 s
 measure cyclic_voltammetry redox 3602              # 2 s at rest by 1 s, six legs of 6 s by 10 ms
 measure differential_pulse redox 121               # both ends of 0.6 V by 5 mV
 measure cycling battery:Q=3600,soc=0,Rs=0.1,R=0.05,C=80 3
+measure linked_cycling battery:Q=14400,soc=0,Rs=0.025,R=0.0125,C=320 3 --model Gale --channels 4
 measure impedance warburg:Rs=20,Rct=200,C=2e-5,W=50 61 # six decades
 
 echo "== the client in README.md"
