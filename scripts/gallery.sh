@@ -30,14 +30,18 @@ simulator=
 trap 'kill $simulator 2>/dev/null || true; rm -rf "$work"' EXIT
 export HOME=$work # the instrument's tables and the log stay out of the user's documents
 
+simulated=() # further options of the instrument
+linked=()    # options that link its channels
+
 # run EXPERIMENT CELL: leaves a folder of that name in $work
 run() {
     mkfifo "$work/port"
-    "$programs/simulator/nimbrelle-sim" --cell "$2" --speed max >"$work/port" &
+    "$programs/simulator/nimbrelle-sim" --cell "$2" --speed max "${simulated[@]}" >"$work/port" &
     simulator=$!
     read -r port <"$work/port"
     rm "$work/port"
-    "$programs/client/nimbrelle" --quiet run "examples/experiments/$1.json" --port "$port" --out "$work/$1" --plot >/dev/null
+    "$programs/client/nimbrelle" --quiet run "examples/experiments/$1.json" --port "$port" --out "$work/$1" --plot \
+        "${linked[@]}" >/dev/null
     kill $simulator
     wait $simulator 2>/dev/null || true
     simulator=
@@ -61,3 +65,7 @@ run impedance            warburg:Rs=20,Rct=200,C=2e-05,W=50; keep impedance nyqu
 run mott-schottky        semiconductor;                keep mott-schottky mott-schottky
 run battery-cycling      battery:Q=3600,soc=0,Rs=0.1,R=0.05,C=80,efficiency=0.99
 keep battery-cycling time cycling
+
+simulated=(--model Gale --channels 4) linked=(--link 0,1,2,3)
+run linked-cycling       battery:Q=14400,soc=0,Rs=0.025,R=0.0125,C=320,efficiency=0.99
+keep linked-cycling cycling
