@@ -97,6 +97,7 @@ void Logger::logToFile(const QString &line)
         openLogFile();
     if (_stream.device() == nullptr)
         return;
+    _stream.resetStatus(); // after one failure it would stay silent, though the disk may have room again
     _stream << line << "\n";
     _stream.flush();
 }

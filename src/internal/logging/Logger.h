@@ -16,7 +16,7 @@
  *          threads may stand out of the order of their times by a moment. setLogFilePath() is for the start of a
  *          program: it takes no lock.
  * @failure A folder that cannot be made gives a Qt warning, a file that cannot be opened gives none. The message is
- *          lost then, and the next one tries again.
+ *          lost then, and the next one tries again. What a full disk did not take follows when there is room again.
  */
 class Logger
 {
