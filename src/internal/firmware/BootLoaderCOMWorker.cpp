@@ -2,22 +2,18 @@
 
 #include "firmware/SerialBootloader.h"
 #include "link/Frame.h"
-#include "session/InstrumentInfo.h"
 
 #include <QFile>
 #include <QSerialPort>
 #include <QThread>
-#include <QtEndian>
 
 using namespace SerialBootloader;
 
 namespace {
 
 constexpr int recordsInFlight = 8; // keep the line busy while the boards write to their flash
-constexpr int channelsPerBoard = 2;
 constexpr int writeTimeoutMs = 1000;
 constexpr unsigned long resetMs = 100;
-constexpr char accessCode[] = "W4TnKqYs8LhBfM2c"; // instrument and host hold the same
 
 /// Opens the port and throws away what was on its way.
 bool openClean(QSerialPort &port)
@@ -38,34 +34,11 @@ bool hasOpened(QSerialPort &port)
     return openClean(port);
 }
 
-QByteArray emptyFrame(PCcommand_t command, unsigned char channel = deviceChannel)
-{
-    return makeFrame(command, channel);
-}
-
-bool isAnswered(QSerialPort &port, const QByteArray &frame, const QByteArray &reply, int boards = 1)
-{
-    port.write(frame);
-    return checkResponses(port, reply, boards);
-}
-
-bool answersPing(QSerialPort &port)
-{
-    return isAnswered(port, emptyFrame(PC_PING), emptyFrame(PC_PING));
-}
-
 void reset(QSerialPort &port)
 {
-    port.write(emptyFrame(PC_SOFT_RESET, allChannels));
+    port.write(makeFrame(PC_SOFT_RESET, allChannels));
     port.waitForBytesWritten(writeTimeoutMs);
     port.close();
-}
-
-bool unlocksFlash(QSerialPort &port, int boards)
-{
-    const QByteArray unlock = makeFrame(PC_BOOT_UNLOCK, allChannels, accessCode);
-    return isAnswered(port, unlock, emptyFrame(PC_BOOT_UNLOCK), boards) &&
-           isAnswered(port, emptyFrame(PC_BOOT_PREPARE, allChannels), emptyFrame(PC_BOOT_PREPARE), boards);
 }
 
 /// Restarts the instrument; its bootloader is what answers afterwards.
@@ -74,31 +47,6 @@ bool entersBootloader(QSerialPort &port)
     reset(port);
     QThread::msleep(resetMs);
     return openClean(port);
-}
-
-/// Asks for the hardware record; its bytes behind the model are at most 64. @return false without a reply
-bool readHardware(QSerialPort &port, QString &hardware)
-{
-    if (!isAnswered(port, emptyFrame(PC_READ_HARDWARE_VERSION), emptyFrame(PC_READ_HARDWARE_VERSION).left(4)))
-        return false;
-    const QByteArray lengthAndModel = waitForResponse(port, 3);
-    if (lengthAndModel.size() < 3)
-        return false;
-    const int rest = qFromLittleEndian<quint16>(lengthAndModel.constData()) - 1;
-    hardware = textIn(waitForResponse(port, qBound(0, rest, 64)));
-    return true;
-}
-
-bool countBoards(QSerialPort &port, int &boards)
-{
-    const QByteArray replyHeader = makeFrame(NT_CHANNEL_COUNT, deviceChannel, "?").left(frameHeaderSize);
-    if (!isAnswered(port, emptyFrame(PC_READ_CHANNEL_COUNT), replyHeader))
-        return false;
-    const QByteArray channels = waitForResponse(port, 1);
-    if (channels.isEmpty())
-        return false;
-    boards = static_cast<qint8>(channels.at(0)) / channelsPerBoard;
-    return true;
 }
 
 int countRecords(QIODevice &file)
@@ -149,7 +97,7 @@ bool BootLoaderCOMWorker::update()
 
 bool BootLoaderCOMWorker::sendImage(QSerialPort &port, QIODevice &file, int boards)
 {
-    const QByteArray reply = emptyFrame(PC_BOOT_RECORD);
+    const QByteArray reply = makeFrame(PC_BOOT_RECORD, deviceChannel);
     const int records = countRecords(file);
     int written = writeRecords(port, file, recordsInFlight);
     int acknowledged = 0;

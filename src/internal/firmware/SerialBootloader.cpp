@@ -1,10 +1,12 @@
 #include "firmware/SerialBootloader.h"
 
 #include "link/Frame.h"
+#include "session/InstrumentInfo.h"
 
 #include <QDeadlineTimer>
 #include <QSerialPort>
 #include <QThread>
+#include <QtEndian>
 
 namespace {
 
@@ -13,10 +15,24 @@ constexpr unsigned long openPauseMs = 5;
 constexpr int replyTimeoutMs = 5000;
 constexpr int readSliceMs = 5;
 constexpr int channelPosition = 3;
+constexpr int channelsPerBoard = 2;
+constexpr int longestHardwareText = 64;
+constexpr char accessCode[] = "W4TnKqYs8LhBfM2c"; // instrument and host hold the same
 
 bool mayGoOn(const QDeadlineTimer &deadline)
 {
     return !deadline.hasExpired() && !QThread::currentThread()->isInterruptionRequested();
+}
+
+QByteArray emptyFrame(PCcommand_t command, unsigned char channel = deviceChannel)
+{
+    return makeFrame(command, channel);
+}
+
+bool isAnswered(QSerialPort &port, const QByteArray &frame, const QByteArray &reply, int boards = 1)
+{
+    port.write(frame);
+    return SerialBootloader::checkResponses(port, reply, boards);
 }
 
 } // namespace
@@ -55,6 +71,42 @@ bool SerialBootloader::checkResponses(QSerialPort &port, const QByteArray &expec
             return false;
     }
     return true;
+}
+
+bool SerialBootloader::answersPing(QSerialPort &port)
+{
+    return isAnswered(port, emptyFrame(PC_PING), emptyFrame(PC_PING));
+}
+
+bool SerialBootloader::readHardware(QSerialPort &port, QString &hardware)
+{
+    if (!isAnswered(port, emptyFrame(PC_READ_HARDWARE_VERSION), emptyFrame(PC_READ_HARDWARE_VERSION).left(4)))
+        return false;
+    const QByteArray lengthAndModel = waitForResponse(port, 3);
+    if (lengthAndModel.size() < 3)
+        return false;
+    const int rest = qFromLittleEndian<quint16>(lengthAndModel.constData()) - 1;
+    hardware = textIn(waitForResponse(port, qBound(0, rest, longestHardwareText)));
+    return true;
+}
+
+bool SerialBootloader::countBoards(QSerialPort &port, int &boards)
+{
+    const QByteArray replyHeader = makeFrame(NT_CHANNEL_COUNT, deviceChannel, "?").left(frameHeaderSize);
+    if (!isAnswered(port, emptyFrame(PC_READ_CHANNEL_COUNT), replyHeader))
+        return false;
+    const QByteArray channels = waitForResponse(port, 1);
+    if (channels.isEmpty())
+        return false;
+    boards = static_cast<qint8>(channels.at(0)) / channelsPerBoard;
+    return true;
+}
+
+bool SerialBootloader::unlocksFlash(QSerialPort &port, int boards)
+{
+    const QByteArray unlock = makeFrame(PC_BOOT_UNLOCK, allChannels, accessCode);
+    return isAnswered(port, unlock, emptyFrame(PC_BOOT_UNLOCK), boards) &&
+           isAnswered(port, emptyFrame(PC_BOOT_PREPARE, allChannels), emptyFrame(PC_BOOT_PREPARE), boards);
 }
 
 int SerialBootloader::writeRecords(QSerialPort &port, QIODevice &file, int count)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 class QIODevice;
 class QSerialPort;
@@ -18,6 +19,13 @@ bool tryOpen(QSerialPort &port);
 QByteArray waitForResponse(QSerialPort &port, int size);
 /// Whether so many replies come as expected; which board answers does not matter.
 bool checkResponses(QSerialPort &port, const QByteArray &expected, int count);
+bool answersPing(QSerialPort &port);
+/// Asks for the hardware record; its bytes behind the model are at most 64. @return false without a reply
+bool readHardware(QSerialPort &port, QString &hardware);
+/// Asks for the number of channels, of which a board has two. @return false without a reply
+bool countBoards(QSerialPort &port, int &boards);
+/// Unlocks and prepares the flash of all boards.
+bool unlocksFlash(QSerialPort &port, int boards);
 /// Sends the next records of an image, at most @p count; other lines are skipped. @return how many
 int writeRecords(QSerialPort &port, QIODevice &file, int count);
 
