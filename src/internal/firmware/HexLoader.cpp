@@ -143,7 +143,7 @@ QList<QByteArray> HexLoader::ReadFile(QString const &path)
         if (line.startsWith(';'))
             continue;
         QByteArray record;
-        if (!ReadHexRecord(QString::fromLatin1(line), record))
+        if (!ReadHexRecord(QString::fromLatin1(line.constData(), line.size()), record)) // past a NUL too
             return {};
         records.append(record);
     }
