@@ -100,6 +100,11 @@ void CSVdataImporter::WriteCSVs()
     }
 }
 
+QString CSVdataImporter::pathOf(const QString &name) const
+{
+    return directory + QDir::separator() + name;
+}
+
 void CSVdataImporter::prepareDirectory() const
 {
     if (directory.isEmpty())
@@ -110,7 +115,7 @@ void CSVdataImporter::prepareDirectory() const
         return;
     const QStringList oldFiles = folder.entryList(QDir::Files | QDir::Hidden | QDir::System);
     for (const QString &file : oldFiles)
-        folder.remove(file);
+        QFile::remove(pathOf(file)); // QDir would take a name with a colon in front for a resource
 }
 
 CSVdataImporter::ImportedFiles CSVdataImporter::writeFile(const QString &name, const QByteArray &contents) const
@@ -121,7 +126,7 @@ CSVdataImporter::ImportedFiles CSVdataImporter::writeFile(const QString &name, c
         qWarning("CSVdataImporter::WriteCSVs  csvFileName file name is empty.");
         return result;
     }
-    QFile file(directory + QDir::separator() + name);
+    QFile file(pathOf(name));
     if (file.open(QIODevice::WriteOnly | QIODevice::Text))
         file.write(contents);
     if (contents.isEmpty())

@@ -52,6 +52,7 @@ public:
     const QList<ImportedFiles> &files() const { return importedFiles; }
 
 private:
+    QString pathOf(const QString &name) const;
     void prepareDirectory() const;
     ImportedFiles writeFile(const QString &name, const QByteArray &contents) const;
 
