@@ -16,7 +16,7 @@ constexpr double pi = 3.141592653589793;
 constexpr quint16 multiTone = 2;
 constexpr float toneMultiples[] = {2.0f, 3.0f, 4.0f,
                                    5.0f, 6.0f, 8.0f}; ///< of the base frequency, in a multi-tone drive
-constexpr quint32 mostSamples = 1u << 26;             // of a batch; a damaged head may claim billions
+constexpr std::size_t mostMissing = 4096;             // samples of a batch; a damaged head may claim billions
 
 /// One channel's batch, its samples scaled back to single readings.
 struct Batch {
@@ -42,13 +42,14 @@ std::vector<float> tonesOf(const Gale_AC_Header_t &head)
     return tones;
 }
 
-/// Samples that the words do not reach stay zero.
+/// Samples that the words do not reach stay zero; a batch that lacks too many of them counts as empty.
 Batch unpacked(const Gale_AC_Header_t &head, const std::pair<int *, int> &words, const CalibrationData *calibration)
 {
-    const std::size_t count = head.samplesPerSignal > mostSamples ? 0 : head.samplesPerSignal;
+    const std::size_t pairsHeld = std::size_t(std::max(words.second, 0)) / 2;
+    const std::size_t count = head.samplesPerSignal > pairsHeld + mostMissing ? 0 : head.samplesPerSignal;
     Batch batch = {head, calibration, std::vector<float>(count), std::vector<float>(count)};
     const float scale = 1.0f / float(head.nSum);
-    const std::size_t pairs = std::min(count, std::size_t(std::max(words.second, 0)) / 2);
+    const std::size_t pairs = std::min(count, pairsHeld);
     for (std::size_t j = 0; j < pairs; ++j) {
         batch.current[j] = float(words.first[2 * j]) * scale;
         batch.voltage[j] = float(words.first[2 * j + 1]) * scale;
