@@ -18,6 +18,7 @@ constexpr int statusAckTimeoutMs = 100;
 constexpr int ackPasses = 3;
 constexpr int calibrationWriteMs = 500;
 constexpr double strayAckSeconds = 600.0;
+constexpr int mostUnclaimedAcks = 1000; // an instrument may acknowledge for months what nobody awaits
 constexpr int nodeSizeOnWire = 64;
 
 quint32 channelMask(const std::vector<unsigned char> &channels)
@@ -318,6 +319,8 @@ bool InstrumentOperator::receivedAcknowledgment(const AckInfo &ack)
 {
     _ackGuard->acquire();
     const QSemaphoreReleaser releaser(_ackGuard.get());
+    if (_acks.size() == mostUnclaimedAcks)
+        _acks.removeFirst();
     _acks.append(ack);
     return true;
 }
