@@ -8,6 +8,9 @@ namespace client {
 
 namespace {
 
+/// Objects and lists within each other; what walks over the tree goes as deep, and its stack must hold out.
+constexpr std::size_t deepestNesting = 200;
+
 /// Where in the text the parser stands.
 struct Position {
     int line = 1;
@@ -120,6 +123,12 @@ private:
     }
     bool open(JsonValue::Kind kind)
     {
+        if (_open.size() == deepestNesting) {
+            _complaints.push_back(
+                {_position.line,
+                 QStringLiteral("more than %1 objects and lists stand within each other").arg(deepestNesting)});
+            return false;
+        }
         _open.push_back(&place(ofKind(kind)));
         return true;
     }

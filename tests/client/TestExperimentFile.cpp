@@ -105,6 +105,9 @@ void TestExperimentFile::refusesWithLineAndSuggestion_data()
     QTest::newRow("unknown unit")
         << fileOf(head + "\"current\":\n\"9 mV\", \"maxDuration\": 1}")
         << "file:4: \"current\": \"mV\" is not a unit of a current, whose base unit is A; did you mean \"mA\"?";
+    QTest::newRow("one group too deep") << fileOf(QByteArray("{\"group\": [\n").repeated(99) + "{}" +
+                                                  QByteArray("]}").repeated(99))
+                                        << "file:101: more than 200 objects and lists stand within each other";
     QTest::newRow("wrong type") << fileOf(head + "\"current\": true, \"maxDuration\": 1}")
                                 << "file:3: \"current\" takes a current, not true or false";
     QTest::newRow("flag as a number")
