@@ -1,0 +1,25 @@
+// Experiment files of the client: any text ends in complaints with their lines, or in an experiment.
+
+#include "ExperimentCheck.h"
+#include "ExperimentFile.h"
+#include "FuzzTarget.h"
+#include "VekExperimentPlan.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    FuzzProcess::instance();
+    const QByteArray text(reinterpret_cast<const char *>(data), int(size));
+    const client::ExperimentFile file = client::parseExperiment(text, QStringLiteral("fuzz.json"));
+    const int lines = text.count('\n') + 1;
+    for (const client::Complaint &complaint : file.complaints) {
+        mustHold(1 <= complaint.line && complaint.line <= lines, "a complaint names a line of the file");
+        mustHold(!complaint.text.isEmpty(), "a complaint says what is wrong");
+    }
+    if (!file.isUsable())
+        return 0;
+    const QString model = QStringLiteral("Alder_2_5");
+    const bool isComplainedAbout = !client::complaintsOfModel(file, model).empty();
+    const auto plan = VekExperimentPlan::forModel(file.experiment, model);
+    mustHold(plan.complaints().isEmpty() != isComplainedAbout, "an experiment is as good as its elements");
+    return 0;
+}
