@@ -12,6 +12,7 @@ namespace {
 
 constexpr int silenceMs = 60000; ///< a bootloader that takes nothing is given up by the library long before
 constexpr int barLength = 20;
+const QString unknownModel = QStringLiteral("Unknow HID model connections. "); ///< an update that cannot go on
 const QString progressMark = QStringLiteral(": Progress ");
 
 } // namespace
@@ -63,7 +64,7 @@ void UpdateWatch::onNotification(const QString &text)
     if (percent >= 0)
         return Console::instance().progress(
             [&] { return progressBar(text.left(text.lastIndexOf(progressMark)), percent); });
-    const bool hasFailed = text.endsWith(QLatin1String(": Firmware update failed."));
+    const bool hasFailed = text == unknownModel || text.endsWith(QLatin1String(": Firmware update failed."));
     if (hasFailed)
         Console::instance().error(text);
     else

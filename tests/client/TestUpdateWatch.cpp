@@ -55,6 +55,7 @@ void TestUpdateWatch::waitsForTheEndOfEachUpdate_data()
     const QString bad = "Alder-2: Firmware update failed.";
     QTest::newRow("both succeed") << QStringList{"Alder-1: Progress 50", good, good} << int(Done);
     QTest::newRow("one fails") << QStringList{good, "Alder-2: Firmware update is starting.", bad} << int(Refused);
+    QTest::newRow("one cannot go on") << QStringList{"Unknow HID model connections. ", good} << int(Refused);
 }
 
 void TestUpdateWatch::waitsForTheEndOfEachUpdate()
