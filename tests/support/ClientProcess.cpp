@@ -2,8 +2,9 @@
 
 #include <csignal>
 
-ClientProcess::ClientProcess(const QStringList &arguments)
+ClientProcess::ClientProcess(const QStringList &arguments, const QProcessEnvironment &environment)
 {
+    _process.setProcessEnvironment(environment);
     _process.start(QStringLiteral(NIMBRELLE_CLIENT_PROGRAM), arguments);
     _process.waitForStarted();
 }

@@ -12,7 +12,8 @@
 class ClientProcess
 {
 public:
-    explicit ClientProcess(const QStringList &arguments);
+    explicit ClientProcess(const QStringList &arguments,
+                           const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
     ~ClientProcess();
 
     /// Waits for its end. @return the exit code; -1 when it did not end in time or crashed

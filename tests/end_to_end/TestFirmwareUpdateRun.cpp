@@ -1,0 +1,163 @@
+#include "UpdateBench.h"
+#include "support/TestMain.h"
+
+#include <csignal>
+
+namespace {
+
+constexpr int noConnection = 3; // exit codes of the program
+constexpr int refused = 4;
+
+const QString initialized = QStringLiteral("%1: Firmware update has initialized.\n");
+const QString starting = QStringLiteral("%1: Firmware update is starting.\n");
+const QString updated = QStringLiteral("%1: Firmware updated successfully.\n");
+
+/// What one whole update says.
+QString wholeUpdate(const QString &name)
+{
+    return initialized.arg(name) + starting.arg(name) + updated.arg(name);
+}
+
+} // namespace
+
+/// Instruments with firmware that the client does not know: refused, updated, connected.
+class TestFirmwareUpdateRun : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void refusedUpdatedConnected_data();
+    void refusedUpdatedConnected();
+    void drawsItsProgressOnATerminal();
+    void anInterruptionDoesNotCutItOff();
+    void everyInstrumentThatNeedsItIsUpdated();
+    void bootloadersAreUpdatedOneAfterTheOther();
+    void whatCannotBeUpdatedIsTold_data();
+    void whatCannotBeUpdatedIsTold();
+};
+
+void TestFirmwareUpdateRun::refusedUpdatedConnected_data()
+{
+    QTest::addColumn<QStringList>("model");
+    QTest::addColumn<QString>("found"); // by what name the bootloader is announced
+    QTest::newRow("Alder") << QStringList{"Alder_2_5"} << "Bench";
+    QTest::newRow("Ibis") << QStringList{"Ibis_2_4", "--channels", "2"} << "Bench";
+    // A cycler's bootloader is announced by the text of its hardware record, line end and all.
+    QTest::newRow("Gale") << QStringList{"Gale", "--channels", "4"} << "Bench\n";
+}
+
+void TestFirmwareUpdateRun::refusedUpdatedConnected()
+{
+    QFETCH(QStringList, model);
+    QFETCH(QString, found);
+    UpdateBench bench;
+    const QString port = bench.plug(QStringList{"--name", "Bench", "--firmware", "old", "--model"} + model);
+    const auto refusedClient = bench.client({"info", port});
+    QCOMPARE(refusedClient->finish(), noConnection);
+    QCOMPARE(refusedClient->errors(),
+             QStringLiteral("nimbrelle: %1: code 2: A connection with the device could not be successfully established "
+                            "because device firmware did not match with API version. Please update device firmware "
+                            "using updateFirmwareOnComPort or updateFirmwareOnAllAvailableDevices or use utility "
+                            "application which is provided with library.\n")
+                 .arg(port));
+
+    const auto updatingClient = bench.client({"update", port});
+    QCOMPARE(updatingClient->finish(), 0);
+    QCOMPARE(updatingClient->errors(), initialized.arg("Bench") + starting.arg(found) + updated.arg("Bench"));
+    QCOMPARE(updatingClient->output(), QByteArray());
+
+    QVERIFY(UpdateBench::hasCome(port));
+    const auto connectedClient = bench.client({"info", port});
+    QCOMPARE(connectedClient->finish(), 0);
+    QVERIFY(connectedClient->output().startsWith("Name:      Bench\n"));
+    const auto secondUpdate = bench.client({"update", port});
+    QCOMPARE(secondUpdate->finish(), 0);
+    QVERIFY(secondUpdate->errors().contains("code 4: Device has up to date firmware."));
+}
+
+void TestFirmwareUpdateRun::drawsItsProgressOnATerminal()
+{
+    UpdateBench bench;
+    const QString port = bench.plug({"--name", "Bench", "--firmware", "old"});
+    QProcess terminal; // the program script(1) runs a command on a terminal of its own
+    terminal.setProcessEnvironment(bench.environment());
+    terminal.start("script", {"-qefc", QStringLiteral(NIMBRELLE_CLIENT_PROGRAM " update ") + port, "/dev/null"});
+    QVERIFY(terminal.waitForFinished(30000));
+    QCOMPARE(terminal.exitCode(), 0);
+    const QByteArray seen = terminal.readAllStandardOutput();
+    QVERIFY2(seen.contains("] ") && seen.contains(" % Bench"), seen);
+    QVERIFY2(seen.contains("\r\033[KBench: Firmware updated successfully.\r\n"), seen); // the bar gives way
+    QVERIFY2(seen.endsWith('\n'), seen);
+}
+
+void TestFirmwareUpdateRun::anInterruptionDoesNotCutItOff()
+{
+    UpdateBench bench;
+    const QString port = bench.plug({"--name", "Bench", "--firmware", "old"});
+    const auto client = bench.client({"update", port});
+    QTRY_VERIFY_WITH_TIMEOUT(client->errors().contains("has initialized"), 20000);
+    client->sendSignal(SIGINT);
+    QCOMPARE(client->finish(), 0);
+    QVERIFY(client->errors().contains("The update goes on"));
+    QVERIFY(UpdateBench::hasCome(port));
+    QCOMPARE(bench.run({"info", port}), 0);
+}
+
+void TestFirmwareUpdateRun::everyInstrumentThatNeedsItIsUpdated()
+{
+    UpdateBench bench;
+    const QStringList ports{bench.plug({"--name", "Alder-1", "--firmware", "old"}),
+                            bench.plug({"--name", "Gale-2", "--firmware", "old", "--model", "Gale", "--channels", "2"}),
+                            bench.plug({"--name", "Alder-3"}),
+                            bench.plug({"--name", "Ibis-4", "--firmware", "none", "--model", "Ibis_2_4"})};
+    const QString untouched = QFileInfo(ports[2]).symLinkTarget();
+    const auto client = bench.client({"update", "--all"});
+    QCOMPARE(client->finish(60000), 0);
+    const QString told = client->errors();
+    for (const char *name : {"Alder-1", "Gale-2", ""}) // one that is in its bootloader already has no name
+        QVERIFY2(("\n" + told).contains("\n" + updated.arg(name)), qPrintable(told));
+    QVERIFY(!told.contains("Alder-3"));
+    QCOMPARE(QFileInfo(ports[2]).symLinkTarget(), untouched);
+    for (const QString &port : ports) {
+        QVERIFY(UpdateBench::hasCome(port));
+        QCOMPARE(bench.run({"info", port}), 0);
+    }
+}
+
+void TestFirmwareUpdateRun::bootloadersAreUpdatedOneAfterTheOther()
+{
+    UpdateBench bench;
+    const QStringList ports{bench.plug({"--firmware", "none"}),
+                            bench.plug({"--firmware", "none", "--model", "Heron_2_0"})};
+    const auto client = bench.client({"update", "--all"});
+    QCOMPARE(client->finish(), 0);
+    QCOMPARE(client->errors(), wholeUpdate(QString()).repeated(2));
+    for (const QString &port : ports) {
+        QVERIFY(UpdateBench::hasCome(port)); // each got its own model's image, else its firmware would be refused
+        QCOMPARE(bench.run({"info", port}), 0);
+    }
+}
+
+void TestFirmwareUpdateRun::whatCannotBeUpdatedIsTold_data()
+{
+    QTest::addColumn<QString>("release");
+    QTest::addColumn<QString>("told");
+    QTest::newRow("unknown release number") << "256"
+                                            << "nimbrelle: Unknow HID model connections. \n";
+    QTest::newRow("no model's release number")
+        << "200" << initialized.arg("") + "nimbrelle: : Firmware update failed.\n";
+}
+
+void TestFirmwareUpdateRun::whatCannotBeUpdatedIsTold()
+{
+    QFETCH(QString, release);
+    UpdateBench bench;
+    const QString port = bench.plug({"--firmware", "none", "--release", release});
+    const auto client = bench.client({"update", "--all"});
+    QCOMPARE(client->finish(), refused);
+    QTEST(client->errors(), "told");
+    QVERIFY(!QFileInfo::exists(port));
+}
+
+NIMBRELLE_TEST_MAIN(TestFirmwareUpdateRun)
+#include "TestFirmwareUpdateRun.moc"
