@@ -42,6 +42,8 @@ private Q_SLOTS:
     void failureEndsTheRunAndTheNextSucceeds_data();
     void failureEndsTheRunAndTheNextSucceeds();
     void rightsMayComeLate();
+    void onlyRefusedRightsAreWaitedFor_data();
+    void onlyRefusedRightsAreWaitedFor();
     void announcedUpdatesAreTakenInOrder();
     void announcedDeviceMayComeAfterABatch();
     void unknownModelWaitsForAnAnswer();
@@ -178,6 +180,30 @@ void TestHidBootloader::rightsMayComeLate()
     _hid->checkForHidConnections();
     QVERIFY(finishes());
     QCOMPARE(_finished->first(), QVariantList({"", true}));
+}
+
+void TestHidBootloader::onlyRefusedRightsAreWaitedFor_data()
+{
+    QTest::addColumn<Fault>("fault");
+    QTest::addColumn<bool>("isWaitedFor");
+    QTest::newRow("no rights") << Fault([](Device &device) { device.refusedOpens = 1000; }) << true;
+    QTest::newRow("broken") << Fault([](Device &device) { device.isBroken = true; }) << false;
+}
+
+void TestHidBootloader::onlyRefusedRightsAreWaitedFor()
+{
+    QFETCH(Fault, fault);
+    QFETCH(bool, isWaitedFor);
+    Device device;
+    fault(device);
+    _bus.plug(path, device);
+    QElapsedTimer timer;
+    timer.start();
+    const HidCommunicator communicator(path);
+    QCOMPARE(timer.hasExpired(2000), isWaitedFor);
+    QVERIFY(!timer.hasExpired(10000));
+    QVERIFY(!isWaitedFor || _bus.device(path).refusedOpens < 990); // tried again and again
+    QCOMPARE(_bus.openDevices(), 0);
 }
 
 void TestHidBootloader::announcedUpdatesAreTakenInOrder()
