@@ -25,13 +25,21 @@ QStringList threadsOfProcess()
 struct Moment {
     const char *name;
     PCcommand_t command;
+    bool isInUpdate = false;
 };
 
 constexpr Moment moments[] = {
+    {"ping", PC_PING},
+    {"echo-test", PC_ECHO_TEST},
     {"handshake", PC_READ_CHANNEL_COUNT},
+    {"calibration", PC_READ_FLASH_CAL},
     {"start-up", PC_READ_DEVICE_STATUS},
     {"upload", PC_NODE_APPEND},
     {"run", PC_EXPERIMENT_START},
+    {"update-question", PC_READ_FIRMWARE_CHECKSUM, true},
+    {"update-reset", PC_SOFT_RESET, true},
+    {"update-unlock", PC_BOOT_UNLOCK, true},
+    {"update-records", PC_BOOT_RECORD, true},
 };
 
 void stream(AdmittedInstrument &instrument)
@@ -44,8 +52,9 @@ void stream(AdmittedInstrument &instrument)
 
 void quitAt(const Moment &moment, AdmittedInstrument &instrument)
 {
-    instrument.on(moment.command, [&instrument](const FakeInstrument::Command &) {
-        stream(instrument);
+    instrument.on(moment.command, [&instrument, moment](const FakeInstrument::Command &) {
+        if (!moment.isInUpdate)
+            stream(instrument);
         QTimer::singleShot(50, qApp, &QCoreApplication::quit);
     });
 }
@@ -60,6 +69,14 @@ void useInstrument(const QString &name)
         handler.startUploadedExperiment(0);
 }
 
+/// Its firmware wants an update, which goes over its port.
+void becomeOld(AdmittedInstrument &instrument)
+{
+    instrument.reply(PC_READ_FIRMWARE_CHECKSUM, NT_FIRMWARE_CHECKSUM, "old");
+    for (const PCcommand_t command : {PC_BOOT_UNLOCK, PC_BOOT_PREPARE, PC_BOOT_RECORD})
+        instrument.reply(command, Notifications_t(command));
+}
+
 /// One that has been waited for may still be on its way out of the kernel.
 QStringList threadsThatStay()
 {
@@ -72,13 +89,20 @@ QStringList threadsThatStay()
 QStringList runClient(int argc, char **argv, const Moment &moment)
 {
     auto application = std::make_unique<QCoreApplication>(argc, argv);
-    AdmittedInstrument instrument(HardwareModel_t::Cedar_2_0, "Cedar-1");
+    AdmittedInstrument instrument(moment.isInUpdate ? HardwareModel_t::Gale : HardwareModel_t::Cedar_2_0, "Quit-1");
     instrument.reply(PC_NODE_APPEND, NT_NODE_APPENDED, QByteArray(1, '\0'));
+    if (moment.isInUpdate)
+        becomeOld(instrument);
     quitAt(moment, instrument);
     VekDeviceTracker *tracker = VekDeviceTracker::Instance();
     QObject::connect(tracker, &VekDeviceTracker::newDeviceConnected, application.get(), &useInstrument,
                      Qt::QueuedConnection);
-    QTimer::singleShot(0, tracker, [&] { tracker->connectToDeviceOnComPort(instrument.portName()); });
+    QTimer::singleShot(0, tracker, [&] {
+        if (moment.isInUpdate)
+            tracker->updateFirmwareOnComPort(instrument.portName());
+        else
+            tracker->connectToDeviceOnComPort(instrument.portName());
+    });
     QCoreApplication::exec();
     application.reset();
     return threadsThatStay();
