@@ -63,8 +63,10 @@ void CsvFile::flush()
 
 void CsvFile::check(bool isWritten)
 {
-    if (!isWritten && _error.isEmpty())
-        _error = QStringLiteral("%1: %2").arg(_file.fileName(), _file.errorString());
+    if (isWritten || !_error.isEmpty())
+        return;
+    _file.flush(); // a write that was cut short names no reason, the next one does
+    _error = QStringLiteral("%1: %2").arg(_file.fileName(), _file.errorString());
 }
 
 } // namespace client
