@@ -1,10 +1,12 @@
 #include "ConnectedInstrument.h"
 
 #include "support/ClientProcess.h"
+#include "support/RunFolder.h"
 #include "support/TestMain.h"
 
 #include <VekConstantCurrentElement.h>
 
+#include <cerrno>
 #include <csignal>
 #include <functional>
 #include <sys/resource.h>
@@ -36,6 +38,7 @@ private Q_SLOTS:
     void twoInstrumentsOfOneName();
     void badDocuments_data();
     void badDocuments();
+    void fullDiskEndsARunWithItsReason();
 };
 
 namespace {
@@ -209,6 +212,22 @@ void TestHostFaults::badDocuments()
     QVERIFY(runIntoAlarm());
     QCOMPARE(alarms.size(), 2);
     QVERIFY(linesIn(home.filePath(logFile)) >= (logs ? 2 : 1));
+}
+
+void TestHostFaults::fullDiskEndsARunWithItsReason()
+{
+    QTemporaryDir folder;
+    const QString run = folder.filePath("run");
+    const QString experiment = RunFolder::writeExperiment(folder.filePath("long.json"),
+                                                          "{\"element\": \"ConstantCurrent\", \"current\": \"1 mA\", "
+                                                          "\"samplingInterval\": 0.01, \"maxDuration\": 10}");
+    SimulatorProcess simulator({"--model", "Cedar_2_0", "--speed", "max"});
+    constexpr rlim_t room = 8192; // inherited by the client
+    limitFiles(room);
+    ClientProcess client({"run", experiment, "--port", simulator.portName(), "--out", run, "--quiet"});
+    QCOMPARE(client.finish(60000), 1); // a file of this machine could not be written
+    QCOMPARE(client.errors(), QStringLiteral("nimbrelle: %1/dc.csv: %2\n").arg(run, qt_error_string(EFBIG)));
+    QCOMPARE(QFileInfo(run + "/dc.csv").size(), qint64(room)); // what fitted is there
 }
 
 NIMBRELLE_TEST_MAIN(TestHostFaults)

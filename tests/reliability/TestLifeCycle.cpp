@@ -57,6 +57,7 @@ private Q_SLOTS:
 private:
     void connectAndLose(int count);
     void connectFrom(const Instruments &instruments, std::size_t first);
+    VekErrorCode connectTo(const AdmittedInstrument &instrument);
     int threadsInUse() const { return ProcessFigures::threads() - _atRest.threads; }
 
     VekDeviceTracker *_tracker = VekDeviceTracker::Instance();
@@ -68,16 +69,30 @@ void TestLifeCycle::init()
     _atRest = Holdings();
 }
 
+/// Tries again when a crowded machine lets an answer come after the second that it may take.
+VekErrorCode TestLifeCycle::connectTo(const AdmittedInstrument &instrument)
+{
+    constexpr int attempts = 4;
+    VekErrorCode result = VekErrorCode::ConnectionFailed;
+    for (int i = 0; i < attempts && result == VekErrorCode::ConnectionFailed; ++i) {
+        result = _tracker->connectToDeviceOnComPort(instrument.portName());
+        if (!instrument.isPluggedIn())
+            break;
+    }
+    return result;
+}
+
 /// Connects all of them: each while the one before waits for the second of its echo test.
 void TestLifeCycle::connectFrom(const Instruments &instruments, std::size_t first)
 {
     if (first == instruments.size())
         return;
     AdmittedInstrument *instrument = instruments[first].get();
-    instrument->on(PC_ECHO_TEST, [&, first](const FakeInstrument::Command &) {
+    instrument->on(PC_ECHO_TEST, [&instruments, instrument, first, this](const FakeInstrument::Command &) {
+        instrument->fallSilentOn(PC_ECHO_TEST); // once
         QTimer::singleShot(0, this, [&instruments, first, this] { connectFrom(instruments, first + 1); });
     });
-    QCOMPARE(_tracker->connectToDeviceOnComPort(instrument->portName()).message(), QString("Success"));
+    QCOMPARE(connectTo(*instrument).message(), QString("Success"));
 }
 
 void TestLifeCycle::connectAndLose(int count)
@@ -104,6 +119,8 @@ void TestLifeCycle::comingsAndGoingsLeaveNothing()
     const int rounds = connectCount() / atOnce;
     for (int round = 0; round < rounds && !QTest::currentTestFailed(); ++round)
         connectAndLose(atOnce);
+    if (QTest::currentTestFailed())
+        return;
     const Holdings after;
     qInfo("%d connections: %+d threads, %+d files, %+lld bytes of heap, %+.1f MB resident", rounds * atOnce,
           after.threads - before.threads, after.files - before.files, after.heapBytes - before.heapBytes,
@@ -156,7 +173,7 @@ void TestLifeCycle::lossAtEachStage()
     QSignalSpy losses(_tracker, &VekDeviceTracker::deviceDisconnected);
     connect(_tracker, &VekDeviceTracker::deviceDisconnected, &instrument, [this] { _tracker->purgeStaleDevices(); });
 
-    QCOMPARE(int(_tracker->connectToDeviceOnComPort(instrument.portName())), connection);
+    QCOMPARE(int(connectTo(instrument)), connection);
     if (upload >= 0) {
         QTRY_COMPARE(arrivals.size(), 1);
         const VekInstrumentHandler &handler = _tracker->getInstrumentHandler("Cedar-1");
@@ -178,7 +195,7 @@ void TestLifeCycle::lossInASampleSlot()
     AdmittedInstrument instrument(HardwareModel_t::Cedar_2_0, "Cedar-1", 2);
     QSignalSpy arrivals(_tracker, &VekDeviceTracker::newDeviceConnected);
     QSignalSpy losses(_tracker, &VekDeviceTracker::deviceDisconnected);
-    QCOMPARE(int(_tracker->connectToDeviceOnComPort(instrument.portName())), 0);
+    QCOMPARE(int(connectTo(instrument)), 0);
     QTRY_COMPARE(arrivals.size(), 1);
     const VekInstrumentHandler &handler = _tracker->getInstrumentHandler("Cedar-1");
     int samples = 0;

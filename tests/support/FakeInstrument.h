@@ -46,6 +46,7 @@ public:
     /// Sends everything back that arrives, as a plugged loop would.
     void setEchoing(bool echoing) { _echoing = echoing; }
     void unplug() { _terminal.unplug(); }
+    bool isPluggedIn() const { return _terminal.isOpen(); }
 
 Q_SIGNALS:
     void commandReceived(PCcommand_t command, unsigned char channel, const QByteArray &payload);
