@@ -115,7 +115,7 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.addHelpOption();
     parser.addOption({"minutes", "How long to stream.", "N", "30"});
-    parser.addOption({"speed", "Instrument time against wall time, 1 to 1000, or max.", "SPEED", "max"});
+    parser.addOption({"speed", "Instrument time against wall time, 1 to 1000, or max.", "SPEED", "4"});
     parser.process(application);
     bool isNumber = false;
     const double minutes = parser.value("minutes").toDouble(&isNumber);
