@@ -10,7 +10,8 @@
 
 namespace {
 
-/// A link that answers each command by some packets of the input, and then is lost, which ends the wait at once.
+/// A link that is lost at each command, which ends the wait at once, and answers by some packets of the input all the
+/// same: an answer that fits decides, as the later of the two.
 class ScriptedLink : public SerialCommunicator
 {
 public:
@@ -20,10 +21,10 @@ public:
 
     void SendCommand(PCcommand_t command, unsigned char channel, const QByteArray &) override
     {
+        QMetaObject::invokeMethod(this, &SerialCommunicator::deviceDisconnected, Qt::QueuedConnection);
         const int replies = _script->below(4);
         for (int i = 0; i < replies; ++i)
             reply(command, channel);
-        QMetaObject::invokeMethod(this, &SerialCommunicator::deviceDisconnected, Qt::QueuedConnection);
     }
 
 private:
