@@ -46,20 +46,26 @@ private:
 
     void reply(PCcommand_t command, unsigned char channel)
     {
-        switch (_script->below(3)) {
+        const Row &row = rowOf(command);
+        switch (_script->below(4)) {
         case 0:
-            return send(Notifications_t(_script->take<qint8>()), _script->take<quint8>(),
-                        _script->bytes(_script->take<quint16>()));
+            return send(Notifications_t(_script->take<qint8>()), _script->take<quint8>(), anySize());
         case 1: // the right answer, of any content
-            for (const Row &row : rows) {
-                if (row.command == command)
-                    send(row.answer, channel, row.size > 0 ? _script->record(row.size) : _script->text());
-            }
-            return;
+            return send(row.answer, channel, row.size > 0 ? _script->record(row.size) : _script->text());
         case 2: // the checksum of the firmware that the library carries, which nobody guesses
             return send(NT_FIRMWARE_CHECKSUM, channel, checksumOf(HardwareModel_t(_script->take<quint8>())));
+        case 3: // the right answer but for its size
+            return send(row.answer, channel, anySize());
         }
     }
+
+    static const Row &rowOf(PCcommand_t command)
+    {
+        return *std::find_if(std::begin(rows), std::end(rows) - 1,
+                             [command](const Row &row) { return row.command == command; });
+    }
+
+    QByteArray anySize() { return _script->bytes(_script->take<quint16>()); }
 
     static QByteArray checksumOf(HardwareModel_t model)
     {

@@ -329,8 +329,7 @@ SEEDS = {
         "echo": reply(ANSWER, text(b"")),
         "silent": b"",
         "board-of-a-few-bytes": handshake(18, 2, reply(ANSWER, text(b"1.0")) + flash_record(b"vc07") * 2 +
-                                          u8(2, 0, 104, 0) + long_text(bytes(20)) + u8(0, 104, 2) +
-                                          long_text(bytes(400))),
+                                          u8(2, 3) + long_text(bytes(20)) + u8(3) + long_text(bytes(400))),
         "no-model": handshake(200, 1, b""),
         "firmware-of-another-model": handshake(35, 1, b"", checksum_of=18),
         "no-channels": handshake(35, 0, reply(ANSWER, text(b"2.5.1"))),
