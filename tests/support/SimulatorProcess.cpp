@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr int patienceMs = 5000;
+constexpr int patienceMs = 30000;
 
 } // namespace
 
