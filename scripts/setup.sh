@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what the build, the tests and the demo need on Debian 12. Says nothing when nothing is missing.
+# Installs what the build, the tests and the demo need on Debian 12; with --usb also what the USB lane needs. Says nothing
+# when nothing is missing.
 set -euo pipefail
 
 packages=(
@@ -11,6 +12,7 @@ packages=(
     libumockdev-dev umockdev libudev-dev                 # fake ports for the tests
     libbenchmark-dev doxygen python3
 )
+[ "${1:-}" = --usb ] && packages+=(qemu-system-x86 udev kmod cpio binutils)
 
 missing=()
 for package in "${packages[@]}"; do
