@@ -46,15 +46,14 @@ private:
     double _discharged = 0.0; // negative
 };
 
-/// Three cycles with a current in amperes.
-VekExperiment cyclingExperiment(double current)
+VekExperiment cyclingExperiment(double current, double samplingInterval)
 {
-    VekConstantCurrentElement charge(current, 10.0, 3 * 3600.0); // seconds between samples, seconds
+    VekConstantCurrentElement charge(current, samplingInterval, 3 * 3600.0);
     charge.setMaxVoltage(4.2);
-    VekConstantPotElement hold(4.2, 10.0, 3600.0);
+    VekConstantPotElement hold(4.2, samplingInterval, 3600.0);
     hold.setMinAbsoluteCurrent(0.1 * current);
     VekOpenCircuitElement rest(600.0, 30.0);
-    VekConstantCurrentElement discharge(-current, 10.0, 3 * 3600.0);
+    VekConstantCurrentElement discharge(-current, samplingInterval, 3 * 3600.0);
     discharge.setMinVoltage(3.0);
 
     VekExperiment cycle;
@@ -70,14 +69,14 @@ VekExperiment cyclingExperiment(double current)
 
 } // namespace
 
-int runCycling(double current, const std::vector<unsigned char> &linkedChannels)
+int runCycling(double current, double samplingInterval, const std::vector<unsigned char> &linkedChannels)
 {
     CapacityTable table;
     RunObservers observers;
     observers.onStep = [&table](const VekExperimentNode &node) { table.beginStep(node); };
     observers.onSample = [&table](const VekDCData &data) { table.add(data); };
     const int result =
-        runExperiment(cyclingExperiment(current),
+        runExperiment(cyclingExperiment(current, samplingInterval),
                       "Cycle Count / 1,Charge Capacity / mAh,Discharge Capacity / mAh,Coulombic Efficiency / %",
                       observers, linkedChannels);
     table.finishCycle();

@@ -8,5 +8,5 @@
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
-    return runCycling(0.5);
+    return runCycling(0.5, 10.0);
 }
