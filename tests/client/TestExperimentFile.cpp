@@ -82,7 +82,7 @@ void TestExperimentFile::numbersElementsAsTheRunWill()
         fileOf(rest + ",\n{\"group\": [\n" + rest + ",\n" + rest + "], \"repeats\": 3},\n" + rest), "memory");
     QVERIFY(file.isUsable());
     QCOMPARE(file.elements.at(1).line, 4);
-    const auto nodes = VekExperimentPlan::forModel(file.experiment, "Alder_2_5").nodes();
+    const auto nodes = VekExperimentPlan::forModel(file.experiment, model).nodes();
     QVector<int> numbers;
     for (const VekPlannedNode &node : nodes)
         numbers.append(node.stepNumber);
@@ -176,21 +176,23 @@ void TestExperimentFile::tellsWhyAFileCannotBeRead()
 void TestExperimentFile::readsTheExamples_data()
 {
     QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("model");
     const QDir folder(NIMBRELLE_EXPERIMENTS_DIR);
     const QStringList names = folder.entryList({"*.json"});
     QVERIFY(!names.isEmpty());
     for (const QString &name : names)
-        QTest::newRow(qPrintable(name)) << folder.filePath(name);
+        QTest::newRow(qPrintable(name)) << folder.filePath(name) << (name.startsWith("linked") ? "Gale" : "Alder_2_5");
 }
 
 void TestExperimentFile::readsTheExamples()
 {
     QFETCH(QString, path);
+    QFETCH(QString, model);
     const ExperimentFile file = readExperimentFile(path);
     for (const Complaint &complaint : file.complaints)
         qWarning("%s", qPrintable(withPlace(path, complaint)));
     QVERIFY(file.isUsable());
-    QCOMPARE(VekExperimentPlan::forModel(file.experiment, "Alder_2_5").complaints(), QStringList());
+    QCOMPARE(VekExperimentPlan::forModel(file.experiment, model).complaints(), QStringList());
 }
 
 NIMBRELLE_TEST_MAIN(TestExperimentFile)
