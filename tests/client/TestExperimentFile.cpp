@@ -82,7 +82,7 @@ void TestExperimentFile::numbersElementsAsTheRunWill()
         fileOf(rest + ",\n{\"group\": [\n" + rest + ",\n" + rest + "], \"repeats\": 3},\n" + rest), "memory");
     QVERIFY(file.isUsable());
     QCOMPARE(file.elements.at(1).line, 4);
-    const auto nodes = VekExperimentPlan::forModel(file.experiment, model).nodes();
+    const auto nodes = VekExperimentPlan::forModel(file.experiment, "Alder_2_5").nodes();
     QVector<int> numbers;
     for (const VekPlannedNode &node : nodes)
         numbers.append(node.stepNumber);
