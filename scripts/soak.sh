@@ -12,10 +12,10 @@ each into one client, which counts them. Prints a line each minute and a table a
   --preset NAME   release (the default) or debug
   --minutes N     how long; 30 by default
   --speed SPEED   instrument time against wall time, 1 to 1000, or max; 4 by default, which is 25,600 samples a second.
-                  What the client cannot keep up with fills queues of some 100 MB for each instrument first: then only
-                  a run of many minutes tells whether memory stays flat.
+                  What the client cannot keep up with waits in queues of some 100 MB for each instrument.
 
-Exit code: 0 when nothing was lost, doubled or out of order and memory stayed flat; 1 when not; 2 when it could not start.
+Exit code: 0 when nothing was lost, doubled or out of order and the heap in use is as before once the last sample has
+come; 1 when not; 2 when it could not start.
 TEXT
 }
 

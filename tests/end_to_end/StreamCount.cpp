@@ -50,11 +50,16 @@ bool StreamCount::start(const VekExperiment &experiment)
     return isGood;
 }
 
-bool StreamCount::finish(int timeoutMs)
+bool StreamCount::stop(int timeoutMs)
 {
     for (std::size_t channel = 0; channel < _channels.size(); ++channel)
         _instrument.handler().stopExperiment(quint8(channel));
-    const bool haveEnded = _instrument.waitForEnds(int(_channels.size()), timeoutMs);
+    return _instrument.waitForEnds(int(_channels.size()), timeoutMs);
+}
+
+bool StreamCount::finish(int timeoutMs)
+{
+    const bool haveEnded = stop(timeoutMs);
     return readStatistics(_instrument.simulator().finish()) && haveEnded;
 }
 

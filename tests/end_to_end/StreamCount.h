@@ -32,7 +32,9 @@ public:
 
     /// Uploads an experiment to each channel, then starts all; false when a request is refused.
     bool start(const VekExperiment &experiment);
-    /// Stops all channels, waits for their ends, ends the instrument and takes what it says that it has sent.
+    /// Stops all channels and waits for their ends, before which all their samples come.
+    bool stop(int timeoutMs);
+    /// Stops what still runs, ends the instrument and takes what it says that it has sent.
     bool finish(int timeoutMs);
 
     const std::vector<Channel> &channels() const { return _channels; }
