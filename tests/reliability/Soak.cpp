@@ -12,10 +12,12 @@ namespace {
 
 constexpr int instrumentCount = 4;
 constexpr int channelsEach = 16;
-constexpr double interval = 0.01;  // seconds of instrument time
-constexpr int sampleMs = 2000;     // between two looks at the memory
-constexpr int drainMs = 300000;    // for what is on its way when the channels are stopped
-constexpr double mostGrowth = 4.0; // megabytes of the heap, for what is made on first use
+constexpr double interval = 0.01; // seconds of instrument time
+constexpr int sampleMs = 2000;    // between two looks at the memory
+constexpr int drainMs = 300000;   // for what is on its way when the channels are stopped
+/// Megabytes of the heap. Event lists keep the room for the 131,072 packets that may be on their way from each instrument;
+/// half an hour at the preset speed brings 46 million samples, so that one byte for each would show.
+constexpr double mostGrowth = 32.0;
 
 struct Source {
     std::unique_ptr<ConnectedInstrument> instrument;
