@@ -33,6 +33,13 @@ UpdatableInstrument::UpdatableInstrument(const Setup &setup, std::vector<std::un
     connect(&_hidNode, &HidNode::received, this, &UpdatableInstrument::onReport);
 }
 
+UpdatableInstrument::~UpdatableInstrument()
+{
+    _changeCommand.disconnect(this); // its end means nothing any more
+    _changeCommand.kill();
+    _changeCommand.waitForFinished();
+}
+
 bool UpdatableInstrument::keepsPort() const
 {
     return isGale() && _setup.instrument.linkPath.isEmpty() && _setup.instrument.devicePath.isEmpty();

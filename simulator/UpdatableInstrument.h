@@ -38,6 +38,7 @@ public:
     };
 
     UpdatableInstrument(const Setup &setup, std::vector<std::unique_ptr<Cell>> cells, QObject *parent = nullptr);
+    ~UpdatableInstrument() override;
 
     /// Files to write to; borrowed, and may be null.
     void setFiles(TruthFile *truth, PassFile *passes) { _instrument.setFiles(truth, passes); }

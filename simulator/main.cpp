@@ -43,9 +43,9 @@ int run(Options options, QCoreApplication &application)
     PassFile passes;
     if (!options.passesPath.isEmpty() && !passes.open(options.passesPath))
         return fail(QStringLiteral("cannot write %1: %2").arg(options.passesPath, passes.errorText()));
+    QString failure;
     UpdatableInstrument instrument(options.setup, std::move(options.cells));
     instrument.setFiles(&truth, &passes);
-    QString failure;
     QObject::connect(&instrument, &UpdatableInstrument::unplugged, &application, &QCoreApplication::quit);
     QObject::connect(&instrument, &UpdatableInstrument::cameUp, &application, printLine);
     QObject::connect(&instrument, &UpdatableInstrument::failed, &application, [&](const QString &reason) {
