@@ -69,8 +69,6 @@ bool execute(FakeHidDevice &device, const QByteArray &body)
     device.commands.append(command);
     if (command == 2)
         device.flash.clear();
-    if (command == 3 && device.goneAtBatch == device.batches.size())
-        return false;
     if (command == 3) {
         device.batches.append(body.mid(1));
         device.flash.append(body.mid(1));

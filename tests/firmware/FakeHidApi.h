@@ -21,7 +21,6 @@ struct FakeHidDevice {
     unsigned short release = 35;
     // faults
     int silentAt = 0;             ///< command that gets no reply
-    int goneAtBatch = -1;         ///< loses power when this batch of records comes
     bool repliesWrongCrc = false; ///< READ_CRC tells another value
     bool takesNoReports = false;  ///< a write blocks, then fails
     int refusedOpens = 0;         ///< so many opens are refused for lack of rights

@@ -145,10 +145,7 @@ void TestHidBootloader::failureEndsTheRunAndTheNextSucceeds_data()
 {
     QTest::addColumn<Fault>("fault");
     QTest::newRow("no reply to erase") << Fault([](Device &device) { device.silentAt = 2; });
-    QTest::newRow("no reply to program") << Fault([](Device &device) { device.silentAt = 3; });
-    QTest::newRow("no reply to the CRC request") << Fault([](Device &device) { device.silentAt = 4; });
     QTest::newRow("other CRC") << Fault([](Device &device) { device.repliesWrongCrc = true; });
-    QTest::newRow("power lost at the last batch") << Fault([](Device &device) { device.goneAtBatch = 25; });
     QTest::newRow("cannot be opened") << Fault([](Device &device) { device.isBroken = true; });
     QTest::newRow("takes no reports") << Fault([](Device &device) { device.takesNoReports = true; });
 }
