@@ -101,7 +101,9 @@ void printRow(const QStringList &cells)
     QString line;
     for (int column = 0; column < cells.size(); ++column)
         line += cells[column].leftJustified(widths[column]) + QLatin1Char(' ');
-    std::printf("%s\n", qPrintable(line.trimmed().isEmpty() ? QString() : line));
+    while (line.endsWith(QLatin1Char(' ')))
+        line.chop(1);
+    std::printf("%s\n", qPrintable(line));
 }
 
 void printTable(const VekExperimentPlan &plan)

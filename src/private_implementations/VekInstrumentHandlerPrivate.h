@@ -267,6 +267,7 @@ private:
                           VekErrorCode::ErrorCode failure);
 
     std::shared_ptr<HandlerLink> _link;
+    bool _isFolderWarningSaid = false;
     // Guards the calibration. The handler's thread alone changes it, hence reads without the lock: a tare may arrive
     // while a client asks for ranges.
     mutable QReadWriteLock _calibrationLock;

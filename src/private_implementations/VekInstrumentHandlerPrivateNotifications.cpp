@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -309,7 +310,10 @@ void VekInstrumentHandlerPrivate::loadCalibrationTables(unsigned char channel)
 {
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     changeCalibration(channel, [&](CalibrationData &calibration) {
-        calibration.importCalData(documents + QStringLiteral("/Brenmoor Apparatus"), _info.deviceName);
+        const bool hasFolder =
+            calibration.importCalData(documents + QStringLiteral("/Brenmoor Apparatus"), _info.deviceName);
+        if (!hasFolder && !std::exchange(_isFolderWarningSaid, true)) // once for all channels
+            qWarning("Calibration tables: the instrument's name makes no folder, its tables are left out.");
     });
 }
 

@@ -129,6 +129,8 @@ void TestNumericHelpers::marginSavesAlmostWholeQuotients_data()
     QTest::newRow("whole") << 3.0 << 0.5 << 3u;
     QTest::newRow("no margin") << 2.9999 << 0.0 << 2u;
     QTest::newRow("full margin") << 2.9999 << 1.0 << 2u;
+    QTest::newRow("negative") << -1.5 << 0.1 << 0u;
+    QTest::newRow("too large") << 1e12 << 0.1 << 4294967295u;
 }
 
 void TestNumericHelpers::marginSavesAlmostWholeQuotients()

@@ -48,9 +48,9 @@ public:
      *
      * Makes the first two folders if they are missing. All channels of an instrument share its tables.
      *
-     * @failure A name that makes no folder leaves the channel without tables, with one warning.
+     * @return false if the name makes no folder; the channel is left without tables
      */
-    void importCalData(const QString &baseDir, const QString &deviceName);
+    bool importCalData(const QString &baseDir, const QString &deviceName);
     void setGaleCfgData(const Gale_Cfg_t &cfg);
     Gale_Cfg_t getGaleCfg() const { return galeCfg; }
     /// Generation of the record: 4 mainline, 5 battery cycler, 0 none.

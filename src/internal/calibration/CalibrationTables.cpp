@@ -47,12 +47,11 @@ QString folderWithin(const QString &parent, const QString &name)
 
 } // namespace
 
-void CalibrationData::importCalData(const QString &baseDir, const QString &deviceName)
+bool CalibrationData::importCalData(const QString &baseDir, const QString &deviceName)
 {
     if (!isPlainFileName(deviceName)) {
-        qWarning("Calibration tables: the instrument's name makes no folder, its tables are left out.");
         forgetTables();
-        return;
+        return false;
     }
     tablePath = folderWithin(folderWithin(baseDir, QStringLiteral("Calibration files")), deviceName);
     refreshLUTandInputCapacitanceTables();
@@ -60,6 +59,7 @@ void CalibrationData::importCalData(const QString &baseDir, const QString &devic
     gainMatrix = GainMatrix(tablePath);
     cableLut = CableCapacitanceLUT(tablePath);
     dataImporter = CSVdataImporter(tablePath);
+    return true;
 }
 
 void CalibrationData::forgetTables()

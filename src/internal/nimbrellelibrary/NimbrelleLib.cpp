@@ -141,5 +141,6 @@ unsigned floorWithMargin(double value, double margin)
     const double floor = std::floor(value);
     const bool hasMargin = 0.0 < margin && margin < 1.0;
     const bool isNearlyNext = hasMargin && value - floor > 1.0 - margin;
-    return static_cast<unsigned>(isNearlyNext ? floor + 1.0 : floor);
+    const double whole = isNearlyNext ? floor + 1.0 : floor;
+    return whole > 0.0 ? static_cast<unsigned>(std::min(whole, double(std::numeric_limits<unsigned>::max()))) : 0u;
 }

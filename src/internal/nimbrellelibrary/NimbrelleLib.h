@@ -141,5 +141,6 @@ private:
  * Floor of a quotient that ought to be whole: a fraction above 1 - margin counts as the next integer.
  *
  * @param margin between 0 and 1, both excluded; any other value gives the plain floor
+ * @return at least 0 and at most what an unsigned holds; 0 for NaN
  */
 unsigned floorWithMargin(double value, double margin);
