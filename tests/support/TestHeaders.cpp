@@ -1,0 +1,5 @@
+// The owner of the precompiled header that the tests share.
+int main()
+{
+    return 0;
+}
