@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what the build, the tests and the demo need on Debian 12; with --usb also what the USB lane needs. Says nothing
-# when nothing is missing.
+# Installs what the build, the tests and the demo need on Debian 12; with --usb also what the USB lane needs, with --tsan
+# what builds the Qt of the thread sanitizer. Says nothing when nothing is missing.
 set -euo pipefail
 
 packages=(
@@ -13,6 +13,7 @@ packages=(
     libbenchmark-dev doxygen python3
 )
 [ "${1:-}" = --usb ] && packages+=(qemu-system-x86 udev kmod cpio binutils)
+[ "${1:-}" = --tsan ] && packages+=(dpkg-dev make perl)
 
 missing=()
 for package in "${packages[@]}"; do

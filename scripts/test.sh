@@ -8,7 +8,7 @@ usage: scripts/test.sh [--preset NAME] [CTEST-OPTION...]
 
 Installs what is missing, builds into build/NAME and runs the tests there, ending with CTest's summary.
 
-  --preset NAME   release (the default), debug, asan (address, undefined and leak sanitizers) or tsan
+  --preset NAME   release (the default), debug or asan (address, undefined and leak sanitizers)
   CTEST-OPTION    handed on, for example: -R TestLink --output-on-failure
 
 Exit code: 0 when every test passed.
