@@ -48,6 +48,7 @@ void VekInstrumentHandlerPrivate::shutDown()
     _link->close();
     if (_thread)
         _thread->end();
+    disconnect(); // a receiver that goes at this moment, on its own thread, calls virtual functions of its senders
 }
 
 bool VekInstrumentHandlerPrivate::event(QEvent *event)

@@ -196,8 +196,8 @@ Q_SIGNALS:
 
 protected:
     /**
-     * Closes the way for requests and ends the thread. The first line of every concrete class's destructor: as long as
-     * a request or a slot may run, all of the object must be there.
+     * Closes the way for requests, ends the thread and lets go of all receivers. The first line of every concrete class's
+     * destructor: as long as a request, a slot or a receiver's destructor may run, all of the object must be there.
      */
     void shutDown();
 

@@ -56,6 +56,7 @@ InstrumentOperator::~InstrumentOperator()
 {
     SerialCommunicator *communicator = std::exchange(_communicator, nullptr);
     communicator->Stop();
+    communicator->disconnect(this); // before its own thread may begin to delete it
     communicator->deleteLater();
 }
 
