@@ -28,7 +28,7 @@ private Q_SLOTS:
     void aCommandIsThatFrameEvenIfNobodyAnswers();
     void anEmptyUploadIsPingBeginAndEnd();
     void commandsThatWaitForNothingSaySo();
-    void cleanupTestCase() { _operator.reset(); }
+    void cleanupTestCase();
 
 private:
     void compareFrame();
@@ -43,6 +43,12 @@ void TestOperatorCommands::initTestCase()
     connect(&_terminal, &PseudoTerminal::received, this, [this](const QByteArray &bytes) { _received += bytes; });
     _operator = std::make_unique<InstrumentOperator>(_terminal.portName());
     QVERIFY(_operator->isConnected());
+}
+
+void TestOperatorCommands::cleanupTestCase()
+{
+    _operator.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // its link, which must not outlive main()
 }
 
 void TestOperatorCommands::aNewOperatorPings()

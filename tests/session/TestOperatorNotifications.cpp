@@ -69,6 +69,7 @@ private Q_SLOTS:
     void anAcknowledgementLeadsToThis();
     void theTimeIsToldAtOnce();
     void memoryIsReadBlockByBlock();
+    void cleanupTestCase();
 
 private:
     FakeInstrument _instrument;
@@ -81,6 +82,12 @@ void TestOperatorNotifications::initTestCase()
     qRegisterMetaType<PCcommand_t>();
     _operator = std::make_unique<InstrumentOperator>(_instrument.portName());
     QTRY_COMPARE(_instrument.count(PC_PING), 1);
+}
+
+void TestOperatorNotifications::cleanupTestCase()
+{
+    _operator.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // its link, which must not outlive main()
 }
 
 void TestOperatorNotifications::aPacketLeadsToThis_data()
