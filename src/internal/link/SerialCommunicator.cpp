@@ -18,6 +18,8 @@ SerialCommunicator::SerialCommunicator(const QString &portName, QObject *) : _th
     connect(_thread, &SerialThread::PacketReceived, this, &SerialCommunicator::relay, Qt::QueuedConnection);
     connect(_thread, &SerialThread::deviceDisconnected, this, &SerialCommunicator::deviceDisconnected,
             Qt::QueuedConnection);
+    connect(_thread, &SerialThread::PortOpened, this, &SerialCommunicator::portTried, Qt::QueuedConnection);
+    connect(_thread, &QThread::finished, this, &SerialCommunicator::threadEnded, Qt::QueuedConnection);
     connect(this, &SerialCommunicator::OpenPort, _thread, &SerialThread::OpenPort, Qt::QueuedConnection);
     connect(this, &SerialCommunicator::ClosePort, _thread, &SerialThread::ClosePort, Qt::QueuedConnection);
     connect(this, &SerialCommunicator::SendData, _thread, &SerialThread::DataToSend, Qt::QueuedConnection);
@@ -46,23 +48,19 @@ void SerialCommunicator::packetHandled()
 bool SerialCommunicator::Start(bool wait)
 {
     if (!wait) {
-        Q_EMIT OpenPort();
+        _thread->post([this] { Q_EMIT OpenPort(); });
         return true;
     }
     QEventLoop loop;
     QTimer timeout;
     bool opened = false;
-    connect(
-        _thread, &SerialThread::PortOpened, &loop,
-        [&] {
-            opened = true;
-            loop.quit();
-        },
-        Qt::QueuedConnection);
-    connect(_thread, &QThread::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+    connect(this, &SerialCommunicator::portTried, &loop, [&] {
+        opened = true;
+        loop.quit();
+    });
+    connect(this, &SerialCommunicator::threadEnded, &loop, &QEventLoop::quit);
     connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
-    Q_EMIT OpenPort();
-    if (_thread->isFinished())
+    if (!_thread->post([this] { Q_EMIT OpenPort(); }))
         return false;
     timeout.start(openTimeoutMs);
     loop.exec();
@@ -71,17 +69,17 @@ bool SerialCommunicator::Start(bool wait)
 
 void SerialCommunicator::Stop()
 {
-    Q_EMIT ClosePort();
+    _thread->post([this] { Q_EMIT ClosePort(); });
 }
 
 void SerialCommunicator::SendCommand(PCcommand_t command, unsigned char channel, const QByteArray &data)
 {
-    Q_EMIT SendData(makeFrame(command, channel, data));
+    SendCommand(makeFrame(command, channel, data));
 }
 
 void SerialCommunicator::SendCommand(const QByteArray &bytes)
 {
-    Q_EMIT SendData(bytes);
+    _thread->post([&] { Q_EMIT SendData(bytes); });
 }
 
 void SerialCommunicator::WaitForBytesSent()

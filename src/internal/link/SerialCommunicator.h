@@ -59,6 +59,9 @@ Q_SIGNALS:
     void ResponseReceived(Notifications_t type, unsigned int channel, const QByteArray &payload);
     /// The port has failed; comes once.
     void deviceDisconnected();
+    // For Start(), which must not connect to the link thread's own signals: that thread may be emitting started().
+    void portTried();
+    void threadEnded();
 
 private:
     void relay(Notifications_t type, unsigned int channel, const QByteArray &payload);

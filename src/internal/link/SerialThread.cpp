@@ -48,10 +48,17 @@ SerialThread::~SerialThread()
 void SerialThread::run()
 {
     exec();
+    refusePosts();
     ClosePort();
     delete _port;
     _port = nullptr;
     wakeAllWaiters();
+}
+
+void SerialThread::refusePosts()
+{
+    const std::unique_lock<std::shared_mutex> lock(_overLock);
+    _isOver = true;
 }
 
 void SerialThread::OpenPort()
@@ -106,7 +113,7 @@ bool SerialThread::isHeldBack()
 void SerialThread::packetHandled()
 {
     if (--_packetsOnTheirWay == mostPacketsOnTheirWay / 2 && _heldBack.exchange(false))
-        QMetaObject::invokeMethod(this, &SerialThread::DataArrived, Qt::QueuedConnection);
+        post([this] { QMetaObject::invokeMethod(this, &SerialThread::DataArrived, Qt::QueuedConnection); });
 }
 
 void SerialThread::ErrorOnSerial(QSerialPort::SerialPortError error)
@@ -126,9 +133,12 @@ void SerialThread::waitForBytesWritten()
     // Queued behind every write that this caller has handed over. The semaphore is shared: the caller may have given up
     // before the link thread comes to it.
     const auto woken = std::make_shared<QSemaphore>();
-    QMetaObject::invokeMethod(
-        this, [this, woken] { addWaiter(woken); }, Qt::QueuedConnection);
-    woken->tryAcquire(1, writeTimeoutMs);
+    const bool isPosted = post([&] {
+        QMetaObject::invokeMethod(
+            this, [this, woken] { addWaiter(woken); }, Qt::QueuedConnection);
+    });
+    if (isPosted)
+        woken->tryAcquire(1, writeTimeoutMs);
 }
 
 void SerialThread::addWaiter(const std::shared_ptr<QSemaphore> &woken)

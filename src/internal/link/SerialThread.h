@@ -8,6 +8,8 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
+#include <shared_mutex>
 #include <vector>
 
 class QSemaphore;
@@ -28,6 +30,20 @@ public:
     explicit SerialThread(const QString &portName);
     ~SerialThread() override; ///< ends the thread and waits for it
 
+    /**
+     * Lets @p action queue something to this object, unless the thread is over; any thread. Nothing may be queued without
+     * it: Qt wakes the receiving thread even while that one, after an error, takes its event loop apart.
+     *
+     * @return whether the action was run
+     */
+    template <typename Action>
+    bool post(Action action)
+    {
+        const std::shared_lock<std::shared_mutex> lock(_overLock);
+        if (!_isOver)
+            action();
+        return !_isOver;
+    }
     /// Blocks the caller until what was handed over before has left the port, or 1,000 ms have gone by.
     void waitForBytesWritten();
     /**
@@ -63,6 +79,7 @@ private:
     };
 
     bool isHeldBack();
+    void refusePosts();
     void onBytesWritten(qint64 bytes);
     void addWaiter(const std::shared_ptr<QSemaphore> &woken);
     void wakeAllWaiters();
@@ -76,4 +93,6 @@ private:
     std::atomic<int> _packetsOnTheirWay{0};
     std::atomic<bool> _heldBack{false};
     std::vector<Waiter> _waiters;
+    std::shared_mutex _overLock; // guards _isOver, and is held while something is queued
+    bool _isOver = false;        ///< nothing that is queued will be dealt with any more
 };
