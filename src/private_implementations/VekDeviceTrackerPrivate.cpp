@@ -129,7 +129,11 @@ bool VekDeviceTrackerPrivate::connectToDeviceWithInfo(const InstrumentInfo &info
         handler->deleteLater();
         return false;
     }
-    _handlers[handler] = {keyOf(info.comPort), info.deviceName, nullptr};
+    // Everything is connected before the start-up, in which the handler's thread begins to emit signals.
+    _handlers[handler] = {keyOf(info.comPort), info.deviceName, publicHandlerOf(handler)};
+    connect(
+        handler, &VekInstrumentHandlerPrivate::deviceDisconnected, this, [this, handler] { onDeviceLost(handler); },
+        Qt::QueuedConnection);
     connect(
         handler, &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, this,
         [this, handler](bool succeeded) { onStartUpFinished(handler, succeeded); }, Qt::QueuedConnection);
@@ -142,12 +146,8 @@ void VekDeviceTrackerPrivate::onStartUpFinished(VekInstrumentHandlerPrivate *han
     const auto held = _handlers.find(handler);
     if (held == _handlers.end())
         return;
-    const auto publicHandler = publicHandlerOf(handler);
-    connect(
-        handler, &VekInstrumentHandlerPrivate::deviceDisconnected, this, [this, handler] { onDeviceLost(handler); },
-        Qt::QueuedConnection);
-    if (succeeded && handler->isConnected()) { // asked after connecting, or a loss in between would go unnoticed
-        held->second.publicHandler = publicHandler;
+    if (succeeded && handler->isConnected()) { // if not, its loss has been or will be told, and passed over
+        held->second.isStarted = true;
         addDevice(held->second);
         return;
     }
@@ -167,7 +167,7 @@ void VekDeviceTrackerPrivate::addDevice(const Device &device)
 void VekDeviceTrackerPrivate::onDeviceLost(VekInstrumentHandlerPrivate *handler)
 {
     const auto held = _handlers.find(handler);
-    if (held == _handlers.end())
+    if (held == _handlers.end() || !held->second.isStarted)
         return;
     const Device device = held->second;
     _handlers.erase(held);

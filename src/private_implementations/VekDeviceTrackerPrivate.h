@@ -68,11 +68,12 @@ Q_SIGNALS:
     void deviceConnected(const QString &deviceName);
 
 private:
-    /// An instrument whose handler is in start-up or connected; the public handler is made when the start-up is over.
+    /// An instrument whose handler is in start-up or connected.
     struct Device {
         QString port; ///< by the key that all spellings of the port share
         QString name;
         std::shared_ptr<VekInstrumentHandler> publicHandler;
+        bool isStarted = false; ///< its start-up is over and the client has been told of it
     };
 
     void onStartUpFinished(VekInstrumentHandlerPrivate *handler, bool succeeded);
