@@ -21,6 +21,7 @@ private Q_SLOTS:
 namespace {
 
 constexpr double interval = 0.001;
+constexpr double mostMegabytesWaiting = 64.0; ///< of the 131,072 packets that the link lets be on their way
 constexpr qint64 leastSamples = 10000;
 
 /// Up and down between two voltages, over and over.
@@ -81,7 +82,7 @@ void TestThroughput::losesNothingAtFullSpeed()
         QVERIFY2(channel.cycles >= (cycles ? 2 : 1), qPrintable(QString::number(channel.cycles)));
     qInfo("%lld samples of %d channels in %d s; resident memory %.0f MB half-way, %.0f MB at the end",
           streams.delivered(), channels, streamSeconds(), halfWay, atTheEnd);
-    QVERIFY(atTheEnd - halfWay < 50.0);
+    QVERIFY(atTheEnd - halfWay < mostMegabytesWaiting);
 }
 
 NIMBRELLE_TEST_MAIN(TestThroughput)
