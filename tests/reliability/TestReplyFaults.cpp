@@ -126,7 +126,8 @@ Outcome requestDespite(Request request, const Awaited &awaited, const Fault &fau
         bench.instrument.on(awaited.command, usual);
         outcome = {int(result), result.message(), int(request(*bench.device))};
     }
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // this thread's loop ends with it
+    QCoreApplication::sendPostedEvents(); // the handler's thread has ended and wants to be deleted here
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     return outcome;
 }
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr bool isUnderThreadSanitizer = __has_feature(thread_sanitizer);
+constexpr bool isUnderSanitizer = __has_feature(thread_sanitizer) || __has_feature(address_sanitizer);
 
 int entries(const char *folder)
 {
@@ -39,7 +39,7 @@ qint64 ProcessFigures::heapBytes()
 
 double ProcessFigures::residentMegabytes()
 {
-    if (isUnderThreadSanitizer)
+    if (isUnderSanitizer)
         return 0.0;
     malloc_trim(0);
     QFile statm(QStringLiteral("/proc/self/statm"));

@@ -11,8 +11,8 @@ int threads();
 int openFiles();
 /// Bytes of the heap that are in use, in all arenas; what is freed but kept for later does not count. 0 under sanitizers.
 qint64 heapBytes();
-/// Resident memory in megabytes, after the heap has given back what it keeps for later. 0 under the
-/// thread sanitizer, which keeps a history of each access.
+/// Resident memory in megabytes, after the heap has given back what it keeps for later. 0 under sanitizers, which keep a
+/// history of each access or what was freed.
 double residentMegabytes();
 
 } // namespace ProcessFigures
