@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the Qt of the thread sanitizer's tests, unless it is there, and prints the folder that it lies in.
-set -euo pipefail
+set -Eeuo pipefail # -E: what fails inside of a function is told as well
 
 usage() {
     cat <<TEXT
@@ -74,6 +74,7 @@ build_base() {
     mkdir -p "$work/base"
     cd "$work/base"
     [ -e config.summary ] || configure_base
+    [ -e src/Makefile ] || make sub-src-qmake_all
     make -C src -j"$jobs" sub-moc sub-rcc
     local tool
     for tool in moc rcc; do # the same programs, ten times as fast as instrumented ones

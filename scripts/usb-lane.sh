@@ -4,11 +4,13 @@ set -euo pipefail
 
 usage() {
     cat <<TEXT
-usage: scripts/usb-lane.sh
+usage: scripts/usb-lane.sh [WORDS]
 
 Boots Debian's kernel in qemu, without KVM and without root, and lets the checks of tests/usb run there; takes
 about ten minutes. Programs come from build/release, kernel and guest lie in build/usb-lane, and so do the logs: lane.log,
 and kernel.log for the guest's kernel.
+
+  WORDS    runs only the checks whose lines contain these words
 
 Exit code: 0 when every check passed, and also when qemu or the kernel's package cannot be had ("skipped").
 TEXT
@@ -16,8 +18,9 @@ TEXT
 
 case "${1:-}" in
     -h|--help) usage; exit 0 ;;
-    ?*) usage >&2; exit 2 ;;
+    -*) usage >&2; exit 2 ;;
 esac
+only=${1:-}
 
 cd "$(dirname "$0")/.."
 build=$PWD/build/release
@@ -50,7 +53,7 @@ done
 
 echo "== packing the guest: $kernel"
 depmod -b "$lane/$kernel" "$(basename "$lane/$kernel"/lib/modules/*)"
-KERNEL_DIR=$lane/$kernel BUSYBOX=$lane/busybox-static/bin/busybox tests/usb/build-initramfs.sh \
+ONLY=$only KERNEL_DIR=$lane/$kernel BUSYBOX=$lane/busybox-static/bin/busybox tests/usb/build-initramfs.sh \
     "$lane/initramfs.gz" "$build" "$build/client/nimbrelle" "$build/simulator/nimbrelle-sim" \
     "$build"/tests/end_to_end/{TestDcRun,TestLosses,TestUnplug} "$build/tests/usb/TestReplug"
 

@@ -6,7 +6,8 @@
 # the tests find each other; only BUILD/simulator/nimbrelle-sim is replaced by guest/nimbrelle-sim, which puts the
 # simulated instrument on a USB cable.
 #
-# Environment: KERNEL_DIR (unpacked kernel package, depmod has run), BUSYBOX (a static one)
+# Environment: KERNEL_DIR (unpacked kernel package, depmod has run), BUSYBOX (a static one), ONLY (words that the names of
+# the wanted checks contain; all without it)
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -44,7 +45,7 @@ install_scripts() {
     cp "$here/guest/lane" "$root/bin/"
     cp "$here/../../packaging/71-nimbrelle.rules" "$root/etc/"
     chmod +x "$root/init" "$root"/bin/*
-    echo "BUILD=$build" >"$root/etc/lane.conf"
+    printf "BUILD='%s'\nONLY='%s'\n" "$build" "${ONLY:-}" >"$root/etc/lane.conf"
 }
 
 install_users() {
