@@ -51,7 +51,7 @@ private:
         case 0:
             return send(Notifications_t(_script->take<qint8>()), _script->take<quint8>(), anySize());
         case 1: // the right answer, of any content
-            return send(row.answer, channel, row.size > 0 ? _script->record(row.size) : _script->text());
+            return send(row.answer, channel, contentOf(row));
         case 2: // the checksum of the firmware that the library carries, which nobody guesses
             return send(NT_FIRMWARE_CHECKSUM, channel, checksumOf(HardwareModel_t(_script->take<quint8>())));
         case 3: // the right answer but for its size
@@ -63,6 +63,20 @@ private:
     {
         return *std::find_if(std::begin(rows), std::end(rows) - 1,
                              [command](const Row &row) { return row.command == command; });
+    }
+
+    QByteArray contentOf(const Row &row)
+    {
+        if (row.answer == NT_CHANNEL_COUNT)
+            return QByteArray(1, char(channelCount()));
+        return row.size > 0 ? _script->record(row.size) : _script->text();
+    }
+
+    /// All of 255 channels, or few: each costs a question, and a search lives on many short runs.
+    quint8 channelCount()
+    {
+        const auto count = _script->take<quint8>();
+        return count == 255 ? count : count % 16;
     }
 
     QByteArray anySize() { return _script->bytes(_script->take<quint16>()); }
