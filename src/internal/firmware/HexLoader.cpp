@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QRegExp>
-#include <QStringList>
 
 #include <cstring>
 #include <numeric>
@@ -110,10 +109,19 @@ bool hasRightChecksum(const QByteArray &record)
     return std::accumulate(record.begin(), record.end(), 0) % 256 == 0;
 }
 
-/// Takes the last line off, without its comment signs; empty if there is none.
-QString takeCommentLine(QStringList &lines)
+/// The lines of a file, without their ends. All at once: line by line, Qt drops a stray carriage return here, not there.
+QList<QByteArray> linesOf(QFile &file)
 {
-    return lines.isEmpty() ? QString() : lines.takeLast().remove(QLatin1Char(';'));
+    QList<QByteArray> lines = file.readAll().split('\n');
+    if (lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
+}
+
+/// Takes the last line off, without its comment signs; empty if there is none.
+QString takeCommentLine(QList<QByteArray> &lines)
+{
+    return lines.isEmpty() ? QString() : QString::fromUtf8(lines.takeLast()).remove(QLatin1Char(';'));
 }
 
 } // namespace
@@ -138,8 +146,8 @@ QList<QByteArray> HexLoader::ReadFile(QString const &path)
     if (!QFileInfo(path).isReadable() || !file.open(QIODevice::ReadOnly | QIODevice::Text))
         return {};
     QList<QByteArray> records;
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine();
+    const QList<QByteArray> lines = linesOf(file);
+    for (const QByteArray &line : lines) {
         if (line.startsWith(';'))
             continue;
         QByteArray record;
@@ -155,9 +163,7 @@ HexSignature HexLoader::ReadHexSignature(QString const &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return {};
-    QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
-    if (lines.last().isEmpty())
-        lines.removeLast();
+    QList<QByteArray> lines = linesOf(file);
     HexSignature signature;
     signature.text = takeCommentLine(lines);
     signature.checksum = takeCommentLine(lines);
