@@ -68,15 +68,8 @@ private:
     QByteArray contentOf(const Row &row)
     {
         if (row.answer == NT_CHANNEL_COUNT)
-            return QByteArray(1, char(channelCount()));
+            return QByteArray(1, char(_script->below(16))); // each channel costs a question, and so a part of the search
         return row.size > 0 ? _script->record(row.size) : _script->text();
-    }
-
-    /// All of 255 channels, or few: each costs a question, and a search lives on many short runs.
-    quint8 channelCount()
-    {
-        const auto count = _script->take<quint8>();
-        return count == 255 ? count : count % 16;
     }
 
     QByteArray anySize() { return _script->bytes(_script->take<quint16>()); }

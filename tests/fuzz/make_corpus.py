@@ -333,7 +333,7 @@ SEEDS = {
         "no-model": handshake(200, 1, b""),
         "firmware-of-another-model": handshake(35, 1, b"", checksum_of=18),
         "no-channels": handshake(35, 0, reply(ANSWER, text(b"2.5.1"))),
-        "all-channels": handshake(35, 255, reply(ANSWER, text(b"2.5.1")) + flash_record(b"400v") * 3),
+        "fifteen-channels": handshake(35, 15, reply(ANSWER, text(b"2.5.1")) + flash_record(b"400v") * 3),
         "calibration-of-nothing": handshake(35, 1, reply(ANSWER, text(b"v")) + reply(ANSWER, text(b""))),
         "calibration-of-another-channel": handshake(35, 1, reply(ANSWER, text(b"v")) + u8(1, 0, 68, 7) + long_text(b"400v")),
         "answers-to-nobody": SILENCE + u8(3) + b"".join(u8(0, kind, 0) + long_text(b"") for kind in (69, 70, 65)),
