@@ -54,6 +54,7 @@ private Q_SLOTS:
     void namesNeverLeaveTheFolder_data();
     void namesNeverLeaveTheFolder();
     void withoutAFolderNothingIsWritten();
+    void tellsOfATableThatCannotBeWritten();
 };
 
 void TestCSVdataImporter::cutsTheStreamIntoFiles()
@@ -182,6 +183,17 @@ void TestCSVdataImporter::withoutAFolderNothingIsWritten()
     QVERIFY(!isValid);
     QCOMPARE(namesIn(folder.path()), QStringList("mine.txt"));
     QVERIFY(!QFile::exists("/a.csv"));
+}
+
+void TestCSVdataImporter::tellsOfATableThatCannotBeWritten()
+{
+    const TableFolder folder;
+    QVERIFY(QDir(folder.path()).mkdir("a.csv"));
+    const QByteArray reason = "Calibration table " + QFile::encodeName(folder.path()) + "/a.csv: Is a directory";
+    QTest::ignoreMessage(QtWarningMsg, reason.constData());
+    transferred(folder.path(), "a.csv,a\n1\x1C"
+                               "b.csv,a\n1");
+    QVERIFY(QFileInfo(folder.path() + "/b.csv").isFile());
 }
 
 NIMBRELLE_TEST_MAIN(TestCSVdataImporter)

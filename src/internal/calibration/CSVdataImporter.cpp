@@ -126,9 +126,10 @@ CSVdataImporter::ImportedFiles CSVdataImporter::writeFile(const QString &name, c
         qWarning("CSVdataImporter::WriteCSVs  csvFileName file name is empty.");
         return result;
     }
+    // What could not be written does not stop the others: the instrument measures without its correction.
     QFile file(pathOf(name));
-    if (file.open(QIODevice::WriteOnly | QIODevice::Text))
-        file.write(contents);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text) || file.write(contents) != contents.size() || !file.flush())
+        qWarning("Calibration table %s: %s", qPrintable(file.fileName()), qPrintable(file.errorString()));
     if (contents.isEmpty())
         return result;
     const QList<QByteArray> lines = contents.split('\n');
