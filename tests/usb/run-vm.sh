@@ -9,7 +9,7 @@ kernel=$1 initramfs=$2 log=$3
 # On a busy machine the guest stands still now and then, which its kernel would take for broken hardware.
 patience="no_timer_check tsc=reliable nowatchdog rcupdate.rcu_cpu_stall_suppress=1"
 
-timeout "${VM_TIMEOUT:-2700}" qemu-system-x86_64 -M pc -accel tcg,thread=multi -cpu max -smp 2 -m 640 \
+timeout "${VM_TIMEOUT:-1500}" qemu-system-x86_64 -M pc -accel tcg,thread=multi -cpu max -smp 2 -m 640 \
     -nodefaults -no-user-config -display none -no-reboot \
     -chardev stdio,id=out -device virtio-serial-pci -device virtconsole,chardev=out -serial "file:$log" \
     -device isa-debug-exit,iobase=0x501,iosize=2 -kernel "$kernel" -initrd "$initramfs" \
