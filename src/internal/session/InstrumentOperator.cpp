@@ -37,9 +37,10 @@ QByteArray wireForm(const ExpNode_t &node)
 } // namespace
 
 InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent)
-    : QObject(parent), _communicator(new SerialCommunicator(port)), _ackGuard(std::make_shared<QSemaphore>(1)),
-      _connected(true)
+    : QObject(parent), _communicator(new SerialCommunicator(port)), _communicatorOwner(new QObject),
+      _ackGuard(std::make_shared<QSemaphore>(1)), _connected(true)
 {
+    _communicator->setParent(_communicatorOwner);
     _communicator->letReceiverConfirm();
     // Queued: the communicator stays on this thread while the operator moves on with its handler.
     connect(_communicator, &SerialCommunicator::ResponseReceived, this, &InstrumentOperator::onPacketArrived,
@@ -57,7 +58,8 @@ InstrumentOperator::~InstrumentOperator()
     SerialCommunicator *communicator = std::exchange(_communicator, nullptr);
     communicator->Stop();
     communicator->disconnect(this); // before its own thread may begin to delete it
-    communicator->deleteLater();
+    // Not the communicator itself: what is to be deleted is marked beside a bit that the delivery of its events reads.
+    _communicatorOwner->deleteLater();
 }
 
 void InstrumentOperator::onLinkLost()

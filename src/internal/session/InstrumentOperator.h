@@ -191,7 +191,8 @@ private:
 
     static const Road _roads[];
 
-    SerialCommunicator *_communicator;     // owned; stays on the thread that made it
+    SerialCommunicator *_communicator;     // stays on the thread that made it
+    QObject *_communicatorOwner;           // its parent, on the same thread
     QList<AckInfo> _acks;                  // received and not yet claimed
     std::shared_ptr<QSemaphore> _ackGuard; // one resource; guards _acks
     std::atomic<bool> _connected;          // read on the client's thread too
