@@ -22,19 +22,28 @@ private:
 
 namespace {
 
-/// The worker is long done when the value is read, yet a relaxed flag orders nothing.
+void waitUnordered(const std::atomic<bool> &flag)
+{
+    while (!flag.load(std::memory_order_relaxed))
+        QThread::msleep(1);
+}
+
+/// The worker is long done when the value is read, yet relaxed flags order nothing. It begins when the call has been
+/// posted as a whole: what comes after the post in Qt may order the two by chance.
 int readUnordered(Counter &counter)
 {
+    std::atomic<bool> isPosted{false};
     std::atomic<bool> isChanged{false};
     QMetaObject::invokeMethod(
         &counter,
         [&] {
+            waitUnordered(isPosted);
             counter.change();
             isChanged.store(true, std::memory_order_relaxed);
         },
         Qt::QueuedConnection);
-    while (!isChanged.load(std::memory_order_relaxed))
-        QThread::msleep(1);
+    isPosted.store(true, std::memory_order_relaxed);
+    waitUnordered(isChanged);
     return counter.value();
 }
 

@@ -377,7 +377,11 @@ bool InstrumentOperator::didWeGetAck(Signal signal, unsigned char channel)
         if (outcome == Pending)
             loop.exit(outcome = code);
     };
-    connect(this, signal, &loop, [&](unsigned char acked) { leave(acked == channel ? Acknowledged : OtherChannel); });
+    {
+        const QMutexLocker locker(&_nodeAckGuard); // an earlier upload's late acknowledgement may be on its way
+        connect(this, signal, &loop,
+                [&](unsigned char acked) { leave(acked == channel ? Acknowledged : OtherChannel); });
+    }
     connect(this, &InstrumentOperator::deviceDisconnected, &loop, [&] { leave(TimedOut); });
     connect(&timer, &QTimer::timeout, &loop, [&] { leave(TimedOut); });
     timer.start(nodeAckTimeoutMs);

@@ -11,6 +11,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QMutex>
 #include <QObject>
 #include <QString>
 
@@ -195,5 +196,6 @@ private:
     QObject *_communicatorOwner;           // its parent, on the same thread
     QList<AckInfo> _acks;                  // received and not yet claimed
     std::shared_ptr<QSemaphore> _ackGuard; // one resource; guards _acks
+    QMutex _nodeAckGuard;                  // between a thread that connects to the signal and the one that emits it
     std::atomic<bool> _connected;          // read on the client's thread too
 };

@@ -189,6 +189,7 @@ void InstrumentOperator::onNodeAppended(unsigned char channel, const QByteArray 
     const auto code = FirmwareErrorCode(byteAt(data, 0));
     if (code != FW_SUCCESS)
         qDebug().noquote().nospace() << "  : " << handle_error(code);
+    const QMutexLocker locker(&_nodeAckGuard);
     Q_EMIT appendExperimentNodeAcked(channel); // a refused node counts as well: the upload goes on
 }
 
