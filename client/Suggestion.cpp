@@ -1,6 +1,7 @@
 #include "Suggestion.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <vector>
 
@@ -32,6 +33,8 @@ QString nearestWord(const QString &word, const QStringList &candidates)
     int smallest = std::numeric_limits<int>::max();
     QString nearest;
     for (const QString &candidate : candidates) {
+        if (std::abs(word.size() - candidate.size()) > tolerance)
+            continue; // as many edits at least; and a name in a file may have any length
         const int distance = editDistance(word.toLower(), candidate.toLower());
         if (distance <= tolerance && distance < smallest) {
             smallest = distance;

@@ -61,6 +61,7 @@ void mustBeUploadable(const std::vector<VekPlannedNode> &nodes)
         mustHold(nodes[i].loopTarget < int(i), "a loop goes back");
         mustHold(!(nodes[i].samplingInterval < 0.0), "no interval is negative");
         mustHold(!(nodes[i].timeLimit < 0.0), "no time is negative");
+        mustHold(!(nodes[i].expectedDuration < 0.0), "no node takes less than no time");
     }
 }
 

@@ -18,10 +18,9 @@ public:
     qint64 bytesAvailable() const override { return _ready.size(); }
     bool waitForReadyRead(int) override
     {
-        if (_input.isEmpty() && _ready.isEmpty())
-            QThread::currentThread()->requestInterruption();
-        else if (_ready.isEmpty())
+        if (_ready.isEmpty())
             _ready = _input.bytes(1 + _input.below(16));
+        endWhenUsedUp();
         return !_ready.isEmpty();
     }
 
@@ -33,6 +32,7 @@ protected:
         const auto count = int(std::min(size, qint64(_ready.size())));
         std::copy_n(_ready.constData(), count, bytes);
         _ready.remove(0, count);
+        endWhenUsedUp(); // before the update waits in vain, as it sleeps then
         return count;
     }
     qint64 writeData(const char *bytes, qint64 size) override
@@ -42,6 +42,12 @@ protected:
     }
 
 private:
+    void endWhenUsedUp() const
+    {
+        if (_input.isEmpty() && _ready.isEmpty())
+            QThread::currentThread()->requestInterruption();
+    }
+
     FuzzInput &_input;
     QByteArray _ready;
 };

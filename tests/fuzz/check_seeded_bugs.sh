@@ -29,17 +29,22 @@ cd build/fuzz
 
 # seed FILE EXPRESSION TARGET: the target with what sed makes of the file, as $work/TARGET
 seed() {
-    local changed=$work/$(basename "$1") object=src/CMakeFiles/nimbrelle-objects.dir/$1.o
-    sed -E "$2" "$root/src/$1" >"$changed"
-    if cmp -s "$root/src/$1" "$changed"; then
+    local changed=$work/$(basename "$1") object
+    sed -E "$2" "$root/$1" >"$changed"
+    if cmp -s "$root/$1" "$changed"; then
         echo "seeded bugs: $1 has changed, its bug for $3 no longer fits" >&2
         exit 1
     fi
+    case $1 in
+        src/*) object=src/CMakeFiles/nimbrelle-objects.dir/${1#src/}.o ;;
+        client/*) object=client/CMakeFiles/nimbrelle-client.dir/${1#client/}.o ;;
+    esac
     local compile link
     compile=$(ninja -t commands "$object" | grep -F -- "-o $object " | tail -n 1)
-    compile=${compile//"$root/src/$1"/$changed}
+    compile=${compile//"$root/$1"/$changed}
     eval "${compile//"$object"/$work/changed.o}"
     link=$(ninja -t commands "tests/fuzz/$3" | tail -n 1)
+    link=${link//" $object "/ } # the client's are named one by one, the library's come from an archive behind this one
     link=${link/-o tests\/fuzz\/$3 /-o $work/$3 $work/changed.o }
     eval "${link/&& cd */}"
 }
@@ -74,24 +79,30 @@ bug() {
     find_it "$target" "$4"
 }
 
-bug FuzzFrameStream internal/link/Frame.cpp \
+bug FuzzFrameStream src/internal/link/Frame.cpp \
     '/payloadSize > buffer.size\(\)/,+1d' 'a frame may end behind the buffer'
-bug FuzzAcRecords internal/nimbrellelibrary/MainlineAnalysis.cpp \
+bug FuzzAcRecords src/internal/nimbrellelibrary/MainlineAnalysis.cpp \
     's/return body >= 0 && body == .*/return body >= 0 \&\& sampleSize;/' 'a record may claim more samples than it holds'
-bug FuzzHandshake internal/session/InitialInformation.cpp \
+bug FuzzHandshake src/internal/session/InitialInformation.cpp \
     's/, +NT_HARDWARE_VERSION, +256, 64/, NT_HARDWARE_VERSION/' 'a hardware record may have any size'
-bug FuzzHidReports internal/firmware/BootloaderOperator.cpp \
+bug FuzzHidReports src/internal/firmware/BootloaderOperator.cpp \
     's/data.size\(\) == sizeWithTwoBytes/sizeWithTwoBytes/' 'a reply may lack its value'
-bug FuzzHexText internal/firmware/HexLoader.cpp \
+bug FuzzHexText src/internal/firmware/HexLoader.cpp \
     's/return record.size\(\) == length \+ recordOverhead;/return length >= 0;/' 'a record may be longer than it says'
-bug FuzzSerialBootloader internal/firmware/SerialBootloader.cpp \
+bug FuzzSerialBootloader src/internal/firmware/SerialBootloader.cpp \
     's/qBound\(0, rest, longestHardwareText\)/qMin(rest, 65535 * longestHardwareText)/' 'a hardware record may be endless'
-bug FuzzCalibrationRecords internal/calibration/DeviceDCcalFormulas.cpp \
+bug FuzzCalibrationRecords src/internal/calibration/DeviceDCcalFormulas.cpp \
     's/return index\(gain\) >= gainSettings;/return index(gain) > gainSettings;/' 'there is one gain too many'
-bug FuzzGaleHandler internal/calibration/CalibrationData.cpp \
+bug FuzzGaleHandler src/internal/calibration/CalibrationData.cpp \
     's/range < GaleFormulas::(current|voltage)Ranges/GaleFormulas::\1Ranges/' 'a tare may name any range'
-bug FuzzSdCard internal/calibration/CsvFile.cpp \
+bug FuzzMainHandler src/internal/session/InstrumentOperatorInbound.cpp \
+    's/position < data.size\(\)/position >= 0/' 'an acknowledgement may lack its bytes'
+bug FuzzSdCard src/internal/calibration/CsvFile.cpp \
     's/!name.contains\(QLatin1Char\([^)]*\)\)/true/' 'a file name may be a path'
-bug FuzzTableFiles internal/calibration/CorrectionTables.cpp \
+bug FuzzTableFiles src/internal/calibration/CorrectionTables.cpp \
     's/ && sample < Sample\(table.size\(\)\)/ \&\& !table.empty()/' 'a sample may lie beyond the table'
+bug FuzzExperimentElements src/internal/elements/InputCheck.cpp \
+    's/stepDuration > 0.0/stepDuration == stepDuration/' 'a step may end before it begins'
+bug FuzzExperimentFiles client/ExperimentFile.cpp \
+    's/count >= 1 && //' 'an element may run less than once'
 exit $failed
