@@ -126,7 +126,7 @@ bool VekDeviceTrackerPrivate::connectToDeviceWithInfo(const InstrumentInfo &info
     VekInstrumentHandlerPrivate *handler = instrumentHandlerFactory(info);
     if (!handler->isConnected()) {
         complain("Unable to initialize comport for ", info.deviceName);
-        handler->deleteLater();
+        handler->retire();
         return false;
     }
     // Everything is connected before the start-up, in which the handler's thread begins to emit signals.
@@ -153,7 +153,7 @@ void VekDeviceTrackerPrivate::onStartUpFinished(VekInstrumentHandlerPrivate *han
     }
     complain("Initial device connections failed for ", held->second.name);
     _handlers.erase(held);
-    handler->deleteLater();
+    handler->retire();
 }
 
 void VekDeviceTrackerPrivate::addDevice(const Device &device)
@@ -175,7 +175,7 @@ void VekDeviceTrackerPrivate::onDeviceLost(VekInstrumentHandlerPrivate *handler)
     if (named != _nameToHandler.end() && named->second == device.publicHandler) // another device may bear the name
         _nameToHandler.erase(named);
     _portToName.erase(device.port);
-    handler->deleteLater();
+    handler->retire();
     Q_EMIT deviceDisconnected(device.name);
 }
 

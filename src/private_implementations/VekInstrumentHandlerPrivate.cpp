@@ -6,10 +6,15 @@
 #include "private_implementations/HandlerThread.h"
 #include "session/InstrumentOperator.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QTimer>
 
 #include <algorithm>
+
+namespace {
+const auto retirement = QEvent::Type(QEvent::registerEventType());
+}
 
 VekInstrumentHandlerPrivate::VekInstrumentHandlerPrivate() : _link(std::make_shared<HandlerLink>(this))
 {
@@ -39,6 +44,7 @@ void VekInstrumentHandlerPrivate::startThread()
     // Direct: started() is emitted on the new thread before its event loop runs, so that the operator's signals are
     // connected before the first packet and before anything that is queued to this object.
     connect(_thread, &QThread::started, this, &VekInstrumentHandlerPrivate::onThreadStarted, Qt::DirectConnection);
+    connect(_thread, &QThread::finished, this, &VekInstrumentHandlerPrivate::takeRetirement, Qt::DirectConnection);
     moveToThread(_thread);
     _thread->start(QThread::InheritPriority);
 }
@@ -51,8 +57,26 @@ void VekInstrumentHandlerPrivate::shutDown()
     disconnect(); // a receiver that goes at this moment, on its own thread, calls virtual functions of its senders
 }
 
+void VekInstrumentHandlerPrivate::retire()
+{
+    if (_thread)
+        QCoreApplication::postEvent(this, new QEvent(retirement));
+    else
+        deleteLater();
+}
+
+/// When its thread ends a retirement may wait still; what is to be deleted later is deleted behind this.
+void VekInstrumentHandlerPrivate::takeRetirement()
+{
+    QCoreApplication::sendPostedEvents(this, retirement);
+}
+
 bool VekInstrumentHandlerPrivate::event(QEvent *event)
 {
+    if (event->type() == retirement) {
+        deleteLater();
+        return true;
+    }
     // A deletion that another thread has posted would come through in the middle of a nested wait of this one.
     if (event->type() == QEvent::DeferredDelete && _thread && _thread->loopLevel() > 1) {
         constexpr int retryMs = 20;

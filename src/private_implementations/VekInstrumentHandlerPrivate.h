@@ -56,6 +56,12 @@ public:
     /// Waits for requests that are under way, and for the thread unless it runs on it.
     ~VekInstrumentHandlerPrivate() override;
 
+    /**
+     * deleteLater() for the thread that made the handler. Called from there, the original would mark the object in a word
+     * that the delivery of events on the handler's thread reads.
+     */
+    void retire();
+
     // The virtual operations, in their fixed order.
     virtual VekErrorCode uploadExperimentToChannel(unsigned char channel,
                                                    std::shared_ptr<AbstractExperiment> experiment);
@@ -258,6 +264,7 @@ protected:
     QPointer<HandlerThread> _thread; // deletes itself
 
 private:
+    void takeRetirement();
     void connectWithOperatorSignals();
     void startThread();
     static Node nodeAt(const ChannelHandler &channel, int index);

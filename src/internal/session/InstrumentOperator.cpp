@@ -8,6 +8,8 @@
 #include <QSemaphore>
 #include <QTimer>
 
+#include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -35,6 +37,29 @@ QByteArray wireForm(const ExpNode_t &node)
 }
 
 } // namespace
+
+/// An event loop that the loss of the link ends. A connection to its signal would be made while it may be emitted.
+class InstrumentOperator::WaitLoop : public QEventLoop
+{
+public:
+    explicit WaitLoop(InstrumentOperator &instrument) : _instrument(instrument)
+    {
+        const QMutexLocker locker(&instrument._waitsGuard);
+        instrument._waits.append(this);
+        if (!instrument._connected)
+            endSoon(this);
+    }
+    ~WaitLoop() override
+    {
+        const QMutexLocker locker(&_instrument._waitsGuard);
+        _instrument._waits.removeOne(this);
+    }
+
+    static void endSoon(QEventLoop *loop) { QMetaObject::invokeMethod(loop, &QEventLoop::quit, Qt::QueuedConnection); }
+
+private:
+    InstrumentOperator &_instrument;
+};
 
 InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent)
     : QObject(parent), _communicator(new SerialCommunicator(port)), _communicatorOwner(new QObject),
@@ -66,6 +91,8 @@ void InstrumentOperator::onLinkLost()
 {
     _connected = false;
     Q_EMIT deviceDisconnected();
+    const QMutexLocker locker(&_waitsGuard);
+    std::for_each(_waits.cbegin(), _waits.cend(), WaitLoop::endSoon);
 }
 
 bool InstrumentOperator::isConnected() const
@@ -312,8 +339,7 @@ bool InstrumentOperator::sendAndWait(PCcommand_t command, unsigned char channel,
 
 void InstrumentOperator::waitInLoop(int milliseconds)
 {
-    QEventLoop loop;
-    connect(this, &InstrumentOperator::deviceDisconnected, &loop, &QEventLoop::quit);
+    WaitLoop loop(*this);
     QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
     loop.exec();
 }
@@ -369,21 +395,19 @@ bool InstrumentOperator::didWeGetAck(Signal signal, unsigned char channel)
 {
     if (!_connected)
         return false;
-    enum Outcome { Pending = -2, OtherChannel = -1, Acknowledged = 0, TimedOut = 1 };
-    QEventLoop loop;
+    WaitLoop loop(*this);
     QTimer timer;
-    int outcome = Pending;
-    const auto leave = [&](int code) {
-        if (outcome == Pending)
-            loop.exit(outcome = code);
+    std::optional<unsigned char> first;
+    const auto note = [&](unsigned char acked) {
+        first = first.value_or(acked);
+        loop.quit();
     };
     {
         const QMutexLocker locker(&_nodeAckGuard); // an earlier upload's late acknowledgement may be on its way
-        connect(this, signal, &loop,
-                [&](unsigned char acked) { leave(acked == channel ? Acknowledged : OtherChannel); });
+        connect(this, signal, &loop, note);
     }
-    connect(this, &InstrumentOperator::deviceDisconnected, &loop, [&] { leave(TimedOut); });
-    connect(&timer, &QTimer::timeout, &loop, [&] { leave(TimedOut); });
+    connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
     timer.start(nodeAckTimeoutMs);
-    return loop.exec() == Acknowledged;
+    loop.exec();
+    return first == channel;
 }

@@ -19,6 +19,7 @@
 #include <memory>
 #include <vector>
 
+class QEventLoop;
 class QSemaphore;
 class SerialCommunicator;
 class VekCompRange;
@@ -170,6 +171,7 @@ Q_SIGNALS:
 
 private:
     struct Road;
+    class WaitLoop;
 
     void onPacketArrived(Notifications_t type, unsigned int channel, const QByteArray &data);
     void onLinkLost();
@@ -197,5 +199,7 @@ private:
     QList<AckInfo> _acks;                  // received and not yet claimed
     std::shared_ptr<QSemaphore> _ackGuard; // one resource; guards _acks
     QMutex _nodeAckGuard;                  // between a thread that connects to the signal and the one that emits it
+    QMutex _waitsGuard;                    // guards _waits
+    QList<QEventLoop *> _waits;            // loops that the loss of the link ends, on whatever thread they run
     std::atomic<bool> _connected;          // read on the client's thread too
 };
