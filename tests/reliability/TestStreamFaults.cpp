@@ -7,6 +7,28 @@
 
 #include <cmath>
 
+namespace {
+
+/// Blocks the client for ten seconds, and on until each link is full: its instrument waits and writes nothing more.
+bool standStill(const std::vector<const SimulatorProcess *> &instruments)
+{
+    constexpr int leastSeconds = 10;
+    constexpr int mostSeconds = 60;
+    qint64 writtenBefore = 0;
+    int quietSeconds = 0;
+    for (int second = 1; second <= mostSeconds && (second <= leastSeconds || quietSeconds < 2); ++second) {
+        QThread::sleep(1);
+        qint64 written = 0;
+        for (const SimulatorProcess *instrument : instruments)
+            written += instrument->writtenBytes();
+        quietSeconds = written == writtenBefore && written > 0 ? quietSeconds + 1 : 0;
+        writtenBefore = written;
+    }
+    return quietSeconds >= 2;
+}
+
+} // namespace
+
 /// Streams of samples over a bad line, and to a client that does not listen: each sample arrives, once, in order.
 class TestStreamFaults : public QObject
 {
@@ -53,10 +75,9 @@ void TestStreamFaults::damagedLine()
 
 void TestStreamFaults::clientThatStandsStill()
 {
-    constexpr unsigned long standstillSeconds = 10;
     constexpr double interval = 0.001;
     constexpr double mostMegabytes = 200.0; // the link stops reading when some 40 MB are on their way from each
-    // In real time that is 80,000 samples a second: each link is full before the ten seconds are over.
+    // In real time that is 80,000 samples a second, enough to fill the links and few enough to start all channels.
     ConnectedInstrument main(QStringLiteral("Main"), {"--channels", "16", "--speed", "1", "--stats"});
     ConnectedInstrument cycler(QStringLiteral("Cycler"),
                                {"--model", "Gale", "--channels", "64", "--speed", "1", "--stats"});
@@ -67,7 +88,7 @@ void TestStreamFaults::clientThatStandsStill()
     const VekExperiment experiment = StreamCount::steadyCurrent(interval);
     QVERIFY(mainStreams.start(experiment) && cyclerStreams.start(experiment));
 
-    QThread::sleep(standstillSeconds);
+    QVERIFY(standStill({&main.simulator(), &cycler.simulator()}));
     const double after = ProcessFigures::residentMegabytes();
 
     QVERIFY(mainStreams.finish(120000));

@@ -1,5 +1,8 @@
 #include "support/SimulatorProcess.h"
 
+#include <QFile>
+#include <QRegularExpression>
+
 namespace {
 
 constexpr int patienceMs = 30000;
@@ -33,4 +36,13 @@ void SimulatorProcess::kill()
 {
     _process.kill();
     _process.waitForFinished(patienceMs);
+}
+
+qint64 SimulatorProcess::writtenBytes() const
+{
+    QFile figures(QStringLiteral("/proc/%1/io").arg(_process.processId()));
+    if (!figures.open(QIODevice::ReadOnly))
+        return -1;
+    const QRegularExpression row(QStringLiteral("^wchar: (\\d+)$"), QRegularExpression::MultilineOption);
+    return row.match(QString::fromLatin1(figures.readAll())).captured(1).toLongLong();
 }

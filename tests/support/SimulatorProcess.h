@@ -18,6 +18,8 @@ public:
     bool isRunning() const { return _process.state() == QProcess::Running; }
     /// Path of the port, as the program printed it on its first line; empty when it did not start.
     QString portName() const { return _portName; }
+    /// Bytes that it has written so far, to its port and elsewhere; a write that the port's buffer blocks counts later.
+    qint64 writtenBytes() const;
     /// Ends it as a user would (SIGTERM) and returns what it had printed to its standard error.
     QString finish();
     /// Ends it as a pulled cable would (SIGKILL).
