@@ -9,6 +9,7 @@ namespace {
 constexpr quint64 never = std::numeric_limits<quint64>::max();
 constexpr int mostHops = 200000;   ///< jumps without time passing, after which a list counts as broken
 constexpr double givesWay = 1e-3;  ///< of an interval or step: what comes so close before the end is the end
+constexpr quint64 leastTicks = 2;  ///< between samples: closer ones bear one time by the cyclers' coarser clock
 constexpr int panelsOfAverage = 8; ///< even, for Simpson's rule
 constexpr int bisections = 40;
 
@@ -283,7 +284,7 @@ void NodeRunner::reportAcRecord()
 /// An impedance node that is broken off has nothing to report: it has no DC samples, and half a record is none.
 void NodeRunner::reportSample(const CellReading &reading)
 {
-    const bool isReported = _lastSample && _lastSample->tick == tickAt(_time);
+    const bool isReported = _lastSample && tickAt(_time) < _lastSample->tick + leastTicks;
     if (!_segment.acPlan && !isReported)
         report(reading);
 }

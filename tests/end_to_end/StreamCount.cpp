@@ -67,7 +67,7 @@ void StreamCount::count(Channel &channel, double time) const
 {
     ++channel.delivered;
     channel.gaps += time - channel.lastTime > _interval + clockResolution;
-    channel.repeats += time <= channel.lastTime; // a stop samples once more, however soon after the last sample
+    channel.repeats += time <= channel.lastTime;
     channel.lastTime = time;
 }
 

@@ -62,6 +62,7 @@ private Q_SLOTS:
     void standsStillInAPause();
     void skipsAllPassesOfANode();
     void stopsWithALastSample();
+    void stopsWithoutOneThatWouldBearTheSameTime();
     void refusesALoopOutOfTheList();
     void refusesANodeWithoutAnInterval();
     void chargeIsTheIntegralOfTheCurrent();
@@ -396,6 +397,18 @@ void TestNodeRunner::stopsWithALastSample()
     QCOMPARE(run.done, QList<int>{0});
     QCOMPARE(run.stopType, STOP_BY_USER);
     QCOMPARE(run.ends, 1);
+}
+
+void TestNodeRunner::stopsWithoutOneThatWouldBearTheSameTime()
+{
+    for (const quint64 ticksLater : {0, 1, 2}) {
+        RecordingRun run(resistor(), {constantCurrent(1e-3f, 10.0f, 1.0f), endNode()});
+        run.runner.start(0);
+        run.stepUntil(2.1);
+        run.runner.stop(run.samples.last().tick + ticksLater, STOP_BY_USER);
+        QCOMPARE(run.samples.size(), ticksLater < 2 ? 2 : 3);
+        QCOMPARE(run.ends, 1);
+    }
 }
 
 void TestNodeRunner::refusesALoopOutOfTheList()
