@@ -22,7 +22,7 @@ namespace {
 
 constexpr double interval = 0.001;
 constexpr double mostMegabytesWaiting = 100.0; ///< of the 131,072 packets that the link lets be on their way
-constexpr qint64 mostBytesKept = 32000000;      ///< once they have come; the lists of events stay as long as they were
+constexpr qint64 mostBytesKept = 32000000;     ///< once they have come; the lists of events stay as long as they were
 constexpr qint64 leastSamples = 10000;
 
 /// Up and down between two voltages, over and over.
