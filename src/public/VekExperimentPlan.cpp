@@ -155,6 +155,12 @@ double durationOf(const Node &node, const VekPlannedNode &planned)
     return unknown;
 }
 
+/// Some elements take a negative time for a step without a complaint; what the instrument makes of it is its own affair.
+double foreseeable(double seconds)
+{
+    return seconds < 0.0 ? unknown : seconds;
+}
+
 /// A controlled current moves a known charge, all else depends on the cell.
 double chargeOf(const Node &node, const VekPlannedNode &planned)
 {
@@ -207,7 +213,7 @@ VekPlannedNode describe(const Node &node)
     planned.timeLimit = timeLimitOf(hw);
     planned.chargeLimit = chargeLimitOf(hw);
     planned.repeats = hw.repeats;
-    planned.expectedDuration = durationOf(node, planned);
+    planned.expectedDuration = foreseeable(durationOf(node, planned));
     planned.expectedCharge = chargeOf(node, planned);
     planned.expectedRows = rowsOf(node, planned);
     return planned;

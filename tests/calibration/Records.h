@@ -1,6 +1,22 @@
 #pragma once
 
 #include "calibration/CalRecords.h"
+#include "calibration/CalibrationData.h"
+
+/// What the host makes of the record of an instrument of this model.
+inline CalibrationData calibrated(HardwareModel_t model, const QByteArray &record)
+{
+    CalibrationData calibration;
+    calibration.setModelType(model);
+    calibration.importCalData(record.constData(), record.size());
+    return calibration;
+}
+
+template <class Record>
+CalibrationData calibrated(HardwareModel_t model, const Record &record)
+{
+    return calibrated(model, QByteArray(reinterpret_cast<const char *>(&record), int(sizeof record)));
+}
 
 /// Mainline record with round numbers: 1 V is 3000 counts in range 0, 1 A is 20000 counts and a decade more per range.
 inline cal_v4 roundMainRecord()

@@ -1,4 +1,3 @@
-#include "calibration/CalibrationData.h"
 #include "calibration/Records.h"
 #include "calibration/TableFolder.h"
 #include "nimbrellelibrary/ComplexDataPoint.h"
@@ -42,9 +41,7 @@ public:
         for (float &gain : record.currentGain)
             gain = 1.0f;
         record.eweGainBase = 1.0f;
-        CalibrationData calibration;
-        calibration.setModelType(HardwareModel_t::Alder_2_5);
-        calibration.importCalData(reinterpret_cast<const char *>(&record), int(sizeof record));
+        CalibrationData calibration = calibrated(HardwareModel_t::Alder_2_5, record);
         calibration.importCalData(base(), QStringLiteral("Bench 1"));
         return calibration;
     }
@@ -101,10 +98,8 @@ void TestAcConversion::withoutTablesEveryStageIsNeutral()
         calibration.getACCurrent_main(1.0, ACgain_t::Gain20, currentRange_t(0), 1.0, 0.0, ADC_src_t::Internal12Bit),
         0.05));
 
-    CalibrationData never;
-    never.setModelType(HardwareModel_t::Alder_2_5);
     const cal_v4 record = roundMainRecord();
-    never.importCalData(reinterpret_cast<const char *>(&record), int(sizeof record));
+    const CalibrationData never = calibrated(HardwareModel_t::Alder_2_5, record);
     QVERIFY(isNear(currentOf(never, 3), Complex(double(record.currentGain[3]))));
     QVERIFY(isNear(voltageOf(never, ACgain_t::Gain1, ACgain_t::Gain1), 0.0005));
 }
@@ -304,9 +299,7 @@ void TestAcConversion::turnsCyclerAmplitudesByTheirPolynomials()
     std::copy(phase, phase + 5, record.acIPhase[1]);
     std::copy(magnitude, magnitude + 5, record.acVMag[2]);
     std::copy(phase, phase + 5, record.acVPhase[2]);
-    CalibrationData calibration;
-    calibration.setModelType(HardwareModel_t::Gale);
-    calibration.importCalData(reinterpret_cast<const char *>(&record), int(sizeof record));
+    const CalibrationData calibration = calibrated(HardwareModel_t::Gale, record);
     QVERIFY(isNear(calibration.getACCurrent_gale(64.0, 1, 2.0), Complex(0.0, 64.0 / 32.0 * 5.0)));
     QVERIFY(isNear(calibration.getACVoltage_gale(Complex(0.0, 64.0), 2, 2.0), Complex(-64.0 / 16.0 * 5.0, 0.0)));
     QCOMPARE(calibration.getACCurrent_gale(64.0, 9, 2.0), Complex(0.0)); // range 0, which has no factor here
@@ -324,10 +317,7 @@ void TestAcConversion::biasIsForTheOwnLineAlone()
     QCOMPARE(mainline.getEWE_DCbias(100.0, &head), 50.0 + 1.0);
     QCOMPARE(mainline.getCurrent_DCbias(100.0, &head), 50.0 + 2.0);
 
-    const cal_vc07 record = roundGaleRecord();
-    CalibrationData cycler;
-    cycler.setModelType(HardwareModel_t::Gale);
-    cycler.importCalData(reinterpret_cast<const char *>(&record), int(sizeof record));
+    const CalibrationData cycler = calibrated(HardwareModel_t::Gale, roundGaleRecord());
     Gale_AC_Header_t galeHead = {};
     galeHead.currentRange = currentRange_t(200); // read as range 0
     galeHead.voltageRange = voltageRange_t(1);

@@ -1,4 +1,3 @@
-#include "calibration/CalibrationData.h"
 #include "calibration/Records.h"
 #include "support/TestMain.h"
 
@@ -6,15 +5,6 @@
 #include <cstring>
 
 namespace {
-
-template <class Record>
-CalibrationData calibrated(HardwareModel_t model, const Record &record)
-{
-    CalibrationData calibration;
-    calibration.setModelType(model);
-    calibration.importCalData(reinterpret_cast<const char *>(&record), int(sizeof record));
-    return calibration;
-}
 
 CalibrationData mainline(const cal_v4 &record = roundMainRecord())
 {

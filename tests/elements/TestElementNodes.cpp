@@ -1,5 +1,4 @@
-#include "calibration/CalRecords.h"
-#include "calibration/CalibrationData.h"
+#include "calibration/Records.h"
 #include "elements/ChargeDischargeElement.h"
 #include "elements/ConstantCurrentAdvElement.h"
 #include "elements/ConstantCurrentElement.h"
@@ -48,10 +47,7 @@ CalibrationData calibration()
         record.iCtrlGain[i] = 20000.0f * decade;
         record.currentGain[i] = 0.00005f / decade;
     }
-    CalibrationData data;
-    data.setModelType(HardwareModel_t::Alder_2_5);
-    data.importCalData(reinterpret_cast<const char *>(&record), sizeof record);
-    return data;
+    return calibrated(HardwareModel_t::Alder_2_5, record);
 }
 
 NodeList nodesOf(const AbstractBuilderElement &element, HardwareModel_t model = HardwareModel_t::Alder_2_5)

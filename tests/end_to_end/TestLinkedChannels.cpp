@@ -1,4 +1,5 @@
 #include "ConnectedInstrument.h"
+#include "LinkedGroups.h"
 
 #include "support/RunFolder.h"
 #include "support/TestMain.h"
@@ -13,8 +14,6 @@
 #include <map>
 
 namespace {
-
-using Channels = std::vector<unsigned char>;
 
 constexpr double interval = 0.1;
 constexpr double tolerance = 1e-6; ///< relative
@@ -119,8 +118,6 @@ public:
 
 } // namespace
 
-Q_DECLARE_METATYPE(Channels)
-
 /// Groups of channels as a client of the library sees them, held against what the simulator fed in.
 class TestLinkedChannels : public QObject
 {
@@ -211,14 +208,7 @@ void TestLinkedChannels::laggingMemberHoldsTheGroupBack()
 
 void TestLinkedChannels::impedanceIsThatOfTheCell_data()
 {
-    QTest::addColumn<Channels>("channels");
-    QTest::addColumn<bool>("bipolar");
-    QTest::addColumn<bool>("galvanostatic");
-    for (const bool galvanostatic : {false, true}) {
-        const char *control = galvanostatic ? "galvanostatic" : "potentiostatic";
-        QTest::addRow("%s, four in parallel", control) << Channels{0, 1, 2, 3} << false << galvanostatic;
-        QTest::addRow("%s, bipolar pair", control) << Channels{0, 1} << true << galvanostatic;
-    }
+    addLinkedGroups();
 }
 
 // A charge transfer of 10 ohms beside a double layer of 100 uF, behind 2 ohms.

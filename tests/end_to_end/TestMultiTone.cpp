@@ -1,3 +1,5 @@
+#include "LinkedGroups.h"
+
 #include "elements/NodeMakers.h"
 #include "handlers/GaleInstrumentHandler.h"
 #include "handlers/ListExperiment.h"
@@ -9,9 +11,6 @@
 
 #include <cmath>
 #include <complex>
-
-using Channels = std::vector<unsigned char>;
-Q_DECLARE_METATYPE(Channels)
 
 namespace {
 
@@ -40,14 +39,7 @@ private Q_SLOTS:
 
 void TestMultiTone::impedanceIsThatOfTheCell_data()
 {
-    QTest::addColumn<Channels>("channels");
-    QTest::addColumn<bool>("bipolar");
-    QTest::addColumn<bool>("galvanostatic");
-    for (const bool galvanostatic : {false, true}) {
-        const char *control = galvanostatic ? "galvanostatic" : "potentiostatic";
-        QTest::addRow("%s, four in parallel", control) << Channels{0, 1, 2, 3} << false << galvanostatic;
-        QTest::addRow("%s, bipolar pair", control) << Channels{0, 1} << true << galvanostatic;
-    }
+    addLinkedGroups();
 }
 
 // A charge transfer of 10 ohms beside a double layer of 100 uF, behind 2 ohms.

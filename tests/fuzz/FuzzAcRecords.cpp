@@ -1,21 +1,12 @@
 // AC records of both lines, against decoders written down step by step.
 
 #include "FuzzTarget.h"
-#include "calibration/CalibrationData.h"
 #include "calibration/Records.h"
 #include "handlers/DeltaPacket.h"
 #include "nimbrellelibrary/ComplexDataPoint.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 
 namespace {
-
-CalibrationData calibrationOf(HardwareModel_t model, const QByteArray &record)
-{
-    CalibrationData calibration;
-    calibration.setModelType(model);
-    calibration.importCalData(record.constData(), record.size());
-    return calibration;
-}
 
 template <typename Number>
 Number numberAt(const QByteArray &bytes, int position)
@@ -55,8 +46,7 @@ std::vector<float> samplesOf(const QByteArray &packet, int position, int count, 
 /// A record of the main line: its head must come out as it stands, its means as those of the samples decoded here.
 void analyseMain(const QByteArray &packet)
 {
-    static const CalibrationData calibration =
-        calibrationOf(HardwareModel_t::Alder_2_5, bytesOfRecord(roundMainRecord()));
+    static const CalibrationData calibration = calibrated(HardwareModel_t::Alder_2_5, bytesOfRecord(roundMainRecord()));
     const ComplexDataPoint_t point =
         NimbrelleLib::AnalyzeFRA(packet, &calibration, HardwareModel_t::Alder_2_5, QString());
     constexpr int head = 29;
@@ -95,7 +85,7 @@ bool lacksThousands(const Gale_AC_Header_t &head, const std::vector<int> &words)
 /// Batches of one to four channels of a cycler; the words may be fewer than the head claims.
 void analyseGale(FuzzInput &input)
 {
-    static const CalibrationData calibration = calibrationOf(HardwareModel_t::Gale, bytesOfRecord(roundGaleRecord()));
+    static const CalibrationData calibration = calibrated(HardwareModel_t::Gale, bytesOfRecord(roundGaleRecord()));
     std::vector<Gale_AC_Header_t> heads;
     std::vector<std::vector<int>> words;
     std::vector<const CalibrationData *> calibrations;
@@ -138,7 +128,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
         break;
     case 3: {
         static const CalibrationData calibration =
-            calibrationOf(HardwareModel_t::Alder_2_5, bytesOfRecord(roundMainRecord()));
+            calibrated(HardwareModel_t::Alder_2_5, bytesOfRecord(roundMainRecord()));
         NimbrelleLib::AnalyzeFourierOnRecover(input.rest(), &calibration, HardwareModel_t::Alder_2_5, QString());
         break;
     }

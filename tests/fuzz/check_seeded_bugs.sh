@@ -101,8 +101,8 @@ bug FuzzSdCard src/internal/calibration/CsvFile.cpp \
     's/!name.contains\(QLatin1Char\([^)]*\)\)/true/' 'a file name may be a path'
 bug FuzzTableFiles src/internal/calibration/CorrectionTables.cpp \
     's/ && sample < Sample\(table.size\(\)\)/ \&\& !table.empty()/' 'a sample may lie beyond the table'
-bug FuzzExperimentElements src/internal/elements/InputCheck.cpp \
-    's/stepDuration > 0.0/stepDuration == stepDuration/' 'a step may end before it begins'
+bug FuzzExperimentElements src/internal/elements/BuilderContainer.cpp \
+    's/element \|\| repeats == 0\)/element)/' 'an element may run no times at all'
 bug FuzzExperimentFiles client/ExperimentFile.cpp \
     's/count >= 1 && //' 'an element may run less than once'
 exit $failed

@@ -408,6 +408,9 @@ SEEDS = {
                                       "stepped-voltage"])
         for values, source in {"zeros": extreme("zero"), "ones": u8(2), "not-a-number": extreme("nan"),
                                "infinity": extreme("inf"), "tiny": extreme("tiny"), "tenths": number(0.1)}.items()
+    } | {
+        "staircase-of-negative-times": bytes.fromhex(
+            "23000e6d61cc6f000202020221 00ff01000000020302 0e020b00000002020100"),
     },
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "VekInstrumentHandler.h"
-#include "calibration/CalibrationData.h"
 #include "calibration/RecordBytes.h"
 #include "calibration/Records.h"
 #include "private_implementations/VekInstrumentHandlerPrivate.h"
@@ -39,12 +38,8 @@ public:
         info.hardware.hwModel = model;
         info.deviceName = QStringLiteral("Bench-1");
         info.comPort = instrument.portName();
-        for (int channel = 0; channel < channels; ++channel) {
-            CalibrationData calibration;
-            calibration.setModelType(model);
-            calibration.importCalData(reinterpret_cast<const char *>(&record), int(sizeof record));
-            info.calibration << calibration;
-        }
+        for (int channel = 0; channel < channels; ++channel)
+            info.calibration << calibrated(model, record);
         handler = std::make_unique<Handler>(info);
         device = std::make_unique<VekInstrumentHandler>(handler.get());
     }

@@ -1,4 +1,3 @@
-#include "calibration/CalibrationData.h"
 #include "calibration/Records.h"
 #include "calibration/TableFolder.h"
 #include "nimbrellelibrary/ComplexDataPoint.h"
@@ -28,15 +27,6 @@ struct Signal {
         return offset + amplitude * std::cos(angle + phaseDeg * pi / 180.0) + thirdHarmonic * std::cos(3.0 * angle);
     }
 };
-
-template <class Record>
-CalibrationData calibrated(HardwareModel_t model, const Record &record)
-{
-    CalibrationData calibration;
-    calibration.setModelType(model);
-    calibration.importCalData(reinterpret_cast<const char *>(&record), int(sizeof record));
-    return calibration;
-}
 
 P24ExperimentalAcData mainHead(bool hasFloats, ADC_src_t source = ADC_src_t::External16Bit)
 {

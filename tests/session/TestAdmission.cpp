@@ -28,14 +28,6 @@ void answerOnePing(AdmittedInstrument &instrument)
     });
 }
 
-QVector<PCcommand_t> namesOf(const QVector<FakeInstrument::Command> &commands)
-{
-    QVector<PCcommand_t> names;
-    for (const FakeInstrument::Command &command : commands)
-        names << command.command;
-    return names;
-}
-
 } // namespace
 Q_DECLARE_METATYPE(Spoil)
 Q_DECLARE_METATYPE(HardwareModel_t)
@@ -59,7 +51,7 @@ void TestAdmission::aRightInstrumentIsAdmitted()
     InstrumentInfo info;
     QCOMPARE(InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info),
              VekErrorCode(VekErrorCode::Success));
-    QCOMPARE(namesOf(instrument.commands()),
+    QCOMPARE(instrument.commandNames(),
              (QVector<PCcommand_t>{PC_ECHO_TEST, PC_PING, PC_READ_HARDWARE_VERSION, PC_READ_CHANNEL_COUNT,
                                    PC_READ_FIRMWARE_CHECKSUM, PC_READ_FIRMWARE_VERSION, PC_READ_FLASH_CAL,
                                    PC_READ_FLASH_CAL}));
@@ -75,7 +67,7 @@ void TestAdmission::aRightGaleIsAdmitted()
     InstrumentInfo info;
     QCOMPARE(InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info),
              VekErrorCode(VekErrorCode::Success));
-    QCOMPARE(namesOf(instrument.commands()),
+    QCOMPARE(instrument.commandNames(),
              (QVector<PCcommand_t>{PC_ECHO_TEST, PC_PING, PC_READ_HARDWARE_VERSION, PC_READ_CHANNEL_COUNT,
                                    PC_READ_FIRMWARE_CHECKSUM, PC_GALE_PRE_HANDSHAKE, PC_PING, PC_READ_FIRMWARE_VERSION,
                                    PC_READ_FLASH_CAL, PC_READ_FLASH_CAL, PC_READ_CONFIG}));

@@ -20,14 +20,6 @@ ExpNode_t nodeWith(quint16 repeats)
     return node;
 }
 
-QVector<PCcommand_t> namesOf(const QVector<FakeInstrument::Command> &commands)
-{
-    QVector<PCcommand_t> names;
-    for (const FakeInstrument::Command &command : commands)
-        names << command.command;
-    return names;
-}
-
 } // namespace
 
 /// Acknowledgements: awaited, early, late, missing, and for somebody else.
@@ -121,7 +113,7 @@ void TestOperatorWaits::anUploadSendsNodeAfterNode()
     _instrument->reply(PC_NODE_APPEND, NT_NODE_APPENDED, QByteArray(1, char(FW_SUCCESS)));
     QVERIFY(_operator->uploadExperimentToInstrument(channel, {nodeWith(0x1122), nodeWith(0x3344)},
                                                     HardwareModel_t::Alder_2_5));
-    QTRY_COMPARE(namesOf(_instrument->commands()),
+    QTRY_COMPARE(_instrument->commandNames(),
                  (QVector<PCcommand_t>{PC_PING, PC_NODE_LIST_BEGIN, PC_NODE_APPEND, PC_NODE_APPEND, PC_NODE_LIST_END}));
     const auto &commands = _instrument->commands();
     QCOMPARE(commands[1].payload, QByteArray::fromHex("0200"));

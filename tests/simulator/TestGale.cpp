@@ -1,6 +1,6 @@
 #include "Bench.h"
 
-#include "calibration/CalibrationData.h"
+#include "calibration/Records.h"
 #include "simulator/GaleFrontEnd.h"
 
 #include "support/TestMain.h"
@@ -13,9 +13,7 @@ using Complex = std::complex<double>;
 
 CalibrationData host(const QByteArray &record, int channel)
 {
-    CalibrationData data;
-    data.setModelType(HardwareModel_t::Gale);
-    data.importCalData(record.constData(), record.size());
+    CalibrationData data = calibrated(HardwareModel_t::Gale, record);
     data.setGaleCfgData(GaleFrontEnd::configuration(channel / 2));
     return data;
 }
@@ -314,10 +312,7 @@ void TestGale::keepsALimitOfTheTemperature()
 {
     Bench bench({}, 1, 0.0, HardwareModel_t::Gale);
     constexpr float none = std::numeric_limits<float>::infinity();
-    CalibrationData data;
-    data.setModelType(HardwareModel_t::Gale);
-    const QByteArray record = GaleFrontEnd(1, 0, 0.0).calibration();
-    data.importCalData(record.constData(), record.size());
+    const CalibrationData data = calibrated(HardwareModel_t::Gale, GaleFrontEnd(1, 0, 0.0).calibration());
     bench.upload({timed(Vek_Node_Constant_Current(1.0f, 1e-3f, 0.0f), 2.0f), endNode()});
     int run = 0;
     for (const auto &[degrees, stopType] :

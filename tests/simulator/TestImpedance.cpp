@@ -1,6 +1,6 @@
 #include "RecordingRun.h"
 
-#include "calibration/CalibrationData.h"
+#include "calibration/Records.h"
 #include "hardware_models/HardwareModelFactory.h"
 #include "simulator/Payload.h"
 #include "simulator/SdCard.h"
@@ -32,8 +32,7 @@ public:
         : model(HardwareModelFactory::getHardwareModel(HardwareModel_t::Alder_2_5)), calibration(model, 5, 1),
           response(std::make_shared<const AnalogResponse>(*model, 5)), frontEnd(model, response, harmonics, noise)
     {
-        host.setModelType(HardwareModel_t::Alder_2_5);
-        host.importCalData(calibration.recordBytes().constData(), calibration.recordBytes().size());
+        host = calibrated(HardwareModel_t::Alder_2_5, calibration.recordBytes());
         host.importCalData(folder.path(), QStringLiteral("Bench"));
         if (hasTables)
             transferTables();

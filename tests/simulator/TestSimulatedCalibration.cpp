@@ -1,6 +1,6 @@
 #include "simulator/SimulatedCalibration.h"
 
-#include "calibration/CalibrationData.h"
+#include "calibration/Records.h"
 #include "hardware_models/HardwareModelFactory.h"
 
 #include "support/TestMain.h"
@@ -11,14 +11,6 @@
 Q_DECLARE_METATYPE(HardwareModel_t)
 
 namespace {
-
-CalibrationData host(HardwareModel_t model, const QByteArray &record)
-{
-    CalibrationData data;
-    data.setModelType(model);
-    data.importCalData(record.constData(), record.size());
-    return data;
-}
 
 } // namespace
 
@@ -56,7 +48,7 @@ void TestSimulatedCalibration::hostReadsWhatTheCellGave()
     QFETCH(HardwareModel_t, model);
     const auto description = HardwareModelFactory::getHardwareModel(model);
     const SimulatedCalibration calibration(description, 7, 3);
-    const CalibrationData data = host(model, calibration.recordBytes());
+    const CalibrationData data = calibrated(model, calibration.recordBytes());
     for (int i = 0; i < description->getNumDCcurrentRanges(); ++i) {
         for (const double share : {-1.0, -0.1, 0.0, 0.37, 1.0}) {
             const DcSample sample{123456789012,
@@ -88,7 +80,7 @@ void TestSimulatedCalibration::hostChoosesTheSameRanges()
     QFETCH(HardwareModel_t, model);
     const auto description = HardwareModelFactory::getHardwareModel(model);
     const SimulatedCalibration calibration(description, 1, 0);
-    const CalibrationData data = host(model, calibration.recordBytes());
+    const CalibrationData data = calibrated(model, calibration.recordBytes());
     for (int i = 0; i < description->getNumDCcurrentRanges(); ++i) {
         const double current = -0.999 * calibration.fullScale(currentRange_t(i));
         QCOMPARE(index(data.getMinCurrentRange_dc(float(current))), i);
@@ -126,7 +118,7 @@ void TestSimulatedCalibration::everyTermMatters()
         cal_v4 record = calibration.record();
         spoil(record);
         const QByteArray bytes(reinterpret_cast<const char *>(&record), sizeof record);
-        return host(HardwareModel_t::Alder_2_5, bytes).ProcessDCDataPoint(raw);
+        return calibrated(HardwareModel_t::Alder_2_5, bytes).ProcessDCDataPoint(raw);
     };
     for (const Spoil &spoil : currentTerms)
         QVERIFY(std::abs(spoilt(spoil).current - sample.current) > 4e-5);
@@ -147,7 +139,7 @@ void TestSimulatedCalibration::codesStandForSetPoints()
 {
     const auto model = HardwareModelFactory::getHardwareModel(HardwareModel_t::Alder_2_5);
     const SimulatedCalibration calibration(model, 1, 0);
-    const CalibrationData data = host(HardwareModel_t::Alder_2_5, calibration.recordBytes());
+    const CalibrationData data = calibrated(HardwareModel_t::Alder_2_5, calibration.recordBytes());
     const int currentCode = data.GetBINCurrentForDAC(currentRange_t(2), 4e-3);
     QVERIFY(std::abs(calibration.currentFromCode(currentCode, currentRange_t(2)) - 4e-3) < 1e-2 / 30000);
     const int voltageCode = data.GetBINVoltageForDAC(-3.0, voltageRange_t(1));

@@ -7,6 +7,14 @@ FakeInstrument::FakeInstrument(QObject *parent) : QObject(parent)
     connect(&_terminal, &PseudoTerminal::received, this, &FakeInstrument::onReceived);
 }
 
+QVector<PCcommand_t> FakeInstrument::commandNames() const
+{
+    QVector<PCcommand_t> names;
+    for (const Command &command : _commands)
+        names << command.command;
+    return names;
+}
+
 int FakeInstrument::count(PCcommand_t command) const
 {
     return int(std::count_if(_commands.begin(), _commands.end(),

@@ -31,6 +31,7 @@ public:
 
     QString portName() const { return _terminal.portName(); }
     const QVector<Command> &commands() const { return _commands; }
+    QVector<PCcommand_t> commandNames() const;
     /// How often a command has come.
     int count(PCcommand_t command) const;
     void forgetCommands() { _commands.clear(); }
