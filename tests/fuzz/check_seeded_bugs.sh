@@ -84,7 +84,7 @@ bug FuzzFrameStream src/internal/link/Frame.cpp \
 bug FuzzAcRecords src/internal/nimbrellelibrary/MainlineAnalysis.cpp \
     's/return body >= 0 && body == .*/return body >= 0 \&\& sampleSize;/' 'a record may claim more samples than it holds'
 bug FuzzHandshake src/internal/session/InitialInformation.cpp \
-    's/, +NT_HARDWARE_VERSION, +256, 64/, NT_HARDWARE_VERSION/' 'a hardware record may have any size'
+    's/, +NT_CONFIG, +sizeof\(Gale_Cfg_t\)/, NT_CONFIG/' 'a board configuration may be short'
 bug FuzzHidReports src/internal/firmware/BootloaderOperator.cpp \
     's/data.size\(\) == sizeWithTwoBytes/sizeWithTwoBytes/' 'a reply may lack its value'
 bug FuzzHexText src/internal/firmware/HexLoader.cpp \
