@@ -34,7 +34,7 @@ QString nearestWord(const QString &word, const QStringList &candidates)
     QString nearest;
     for (const QString &candidate : candidates) {
         if (std::abs(word.size() - candidate.size()) > tolerance)
-            continue; // as many edits at least; and a name in a file may have any length
+            continue; // so many edits at least; a name in a file may be thousands of letters long
         const int distance = editDistance(word.toLower(), candidate.toLower());
         if (distance <= tolerance && distance < smallest) {
             smallest = distance;

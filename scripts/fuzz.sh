@@ -59,7 +59,8 @@ for target in "${targets[@]}"; do
     verdict="no finding"
     leaks=1
     longest=0 # as long as the longest seed
-    case $target in # other threads free later, so every input would be suspected; what leaks shows at the end
+    case $target in
+        # Other threads free later, so every input would be suspected; what leaks shows at the end.
         FuzzGaleHandler|FuzzMainHandler|FuzzSerialBootloader) leaks=0 ;;
         FuzzExperimentFiles) longest=4096 ;; # a long file only says more of the same, and takes its time
     esac
