@@ -24,6 +24,8 @@ public:
         FirmwareNotSupported = 2, ///< the firmware differs from the image in this library: update it
         FirmwareFileNotFound = 3,
         FirmwareUpToDate = 4,
+        ConnectionInProgress = 5, ///< another connecting call is under way, from whose event loop this one came
+        StandInFirmware = 6,      ///< the library carries no real image of this model, so nothing was written
         InvalidChannel = 10,
         ChannelBusy = 11,
         DeviceNotFound = 13,
@@ -34,6 +36,8 @@ public:
         InvalidParameters = 54, ///< the message names every limit that was broken
         NoExperimentRunning = 55,
         ExperimentUploaded = 56,
+        ImplausibleParameters = 57, ///< within the prescribed limits, but cannot be meant; the message names each one
+        ExperimentTooLarge = 58,    ///< more nodes than an instrument can count, a longer loop, or too deep a tree
         CommandNotSent = 100,
         ManualCurrentRangeNotSet = 101,
         ManualVoltageNotSet = 102,
