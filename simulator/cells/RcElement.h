@@ -6,9 +6,11 @@
 /**
  * A resistor and a capacitor in parallel, with the voltage across them as its state.
  *
- * du/dt = i/C - u/(R C). For a current i0 + s t the solution is, with tau = R C,
- *   u(t) = p(t) + (u(0) - p(0)) exp(-t/tau),  p(t) = R (i0 - s tau + s t).
- * An infinite R makes it a capacitor: u(t) = u(0) + q/C.
+ * du/dt = i/C - u/(R C). For a current i0 + s t the solution is, with x = t/(R C),
+ *   u(t) = u(0) exp(-x) + t/C (i0 f1(x) + s t f2(x)),
+ *   f1(x) = (1 - exp(-x)) / x,  f2(x) = (1 - f1(x)) / x.
+ * So written it keeps its digits for whatever R, C and t: no term is larger than the voltage that it stands for. An infinite
+ * R, for which x = 0, f1 = 1 and f2 = 1/2, makes the element a capacitor.
  */
 struct RcElement {
     double resistance;  ///< ohms; may be infinite
@@ -17,18 +19,31 @@ struct RcElement {
 
     void passCurrent(double current, double slope, double seconds)
     {
-        if (std::isinf(resistance)) {
-            voltage += (current + 0.5 * slope * seconds) * seconds / capacitance;
-            return;
-        }
-        const double tau = resistance * capacitance;
-        const double start = resistance * (current - slope * tau);
-        const double decay = std::exp(-seconds / tau);
-        voltage = start + resistance * slope * seconds + (voltage - start) * decay;
+        const double x = seconds / (resistance * capacitance);
+        voltage = voltage * std::exp(-x) +
+                  seconds / capacitance * (current * shareOfStep(x) + slope * seconds * shareOfRamp(x));
     }
 
     std::complex<double> impedance(double frequency) const
     {
         return 1.0 / std::complex<double>(1.0 / resistance, 2.0 * M_PI * frequency * capacitance);
+    }
+
+private:
+    /// f1
+    static double shareOfStep(double x) { return x > 0.0 ? -std::expm1(-x) / x : 1.0; }
+
+    /// f2. Below one half the difference would cancel; there it is the series of (-x)^k / (k + 2)!.
+    static double shareOfRamp(double x)
+    {
+        if (x > 0.5)
+            return (1.0 - shareOfStep(x)) / x;
+        double sum = 0.0;
+        double term = 0.5;
+        for (int k = 3; sum + term != sum; ++k) {
+            sum += term;
+            term *= -x / k;
+        }
+        return sum;
     }
 };

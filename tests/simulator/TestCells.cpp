@@ -25,6 +25,7 @@ class TestCells : public QObject
 private Q_SLOTS:
     void rcAnswersAVoltageStep();
     void rcAnswersACurrentStep();
+    void rcKeepsItsDigitsOverManyDecades();
     void rcUnderARampIsTheSameInOneStepAndInMany();
     void capacitorUnderAVoltageRampDrawsRateTimesCapacitance();
     void currentAndVoltageAreInverse_data();
@@ -52,6 +53,51 @@ void TestCells::rcAnswersACurrentStep()
     const double charge = cell.passCurrent(2e-3, 0.0, 0.5);
     QVERIFY(isNear(cell.voltageAt(2e-3), 2e-3 * (10.0 + 1000.0 * (1.0 - std::exp(-0.5))), 1e-12));
     QVERIFY(isNear(charge, 1e-3, 1e-12));
+}
+
+/**
+ * What the element's voltage is by hand: the textbook's solution in extended precision, which cancels by (RC / t)^2, and
+ * for short times the first terms of its power series.
+ */
+static double voltageByHand(const RcElement &element, double current, double slope, double seconds)
+{
+    using Wide = long double;
+    const Wide tau = Wide(element.resistance) * Wide(element.capacitance);
+    const Wide x = Wide(seconds) / tau;
+    const Wide perCurrent = Wide(seconds) / Wide(element.capacitance);
+    const Wide ramp = Wide(slope) * Wide(seconds);
+    if (x < 1e-3L)
+        return double(Wide(element.voltage) * std::exp(-x) +
+                      perCurrent * (Wide(current) * (1 - x / 2 + x * x / 6 - x * x * x / 24) +
+                                    ramp * (0.5L - x / 6 + x * x / 24 - x * x * x / 120)));
+    const Wide start = Wide(element.resistance) * (Wide(current) - Wide(slope) * tau);
+    return double(start + Wide(element.resistance) * ramp + (Wide(element.voltage) - start) * std::exp(-x));
+}
+
+void TestCells::rcKeepsItsDigitsOverManyDecades()
+{
+    for (double resistance = 1e-3; resistance < 1e16; resistance *= 10.0) {
+        for (double capacitance = 1e-12; capacitance < 1e4; capacitance *= 10.0) {
+            for (double seconds = 1e-6; seconds < 1e8; seconds *= 7.0) {
+                for (const auto &[before, current, slope] : {std::tuple(0.0, 1e-3, 0.0), std::tuple(0.25, 1e-3, 5e-4),
+                                                             std::tuple(0.0, 0.0, -2e-6)}) { // none cancels another
+                    const RcElement charged{resistance, capacitance, before};
+                    RcElement element = charged;
+                    element.passCurrent(current, slope, seconds);
+                    const double expected = voltageByHand(charged, current, slope, seconds);
+                    QVERIFY2(isNear(element.voltage, expected, 1e-11),
+                             qPrintable(QStringLiteral("R=%1 C=%2 t=%3 i=%4 slope=%5: %6 instead of %7")
+                                            .arg(resistance)
+                                            .arg(capacitance)
+                                            .arg(seconds)
+                                            .arg(current)
+                                            .arg(slope)
+                                            .arg(element.voltage)
+                                            .arg(expected)));
+                }
+            }
+        }
+    }
 }
 
 void TestCells::rcUnderARampIsTheSameInOneStepAndInMany()
