@@ -1,5 +1,7 @@
 #include "simulator/HidNode.h"
 
+#include "simulator/OwnPaths.h"
+
 #include <QFile>
 #include <QSocketNotifier>
 
@@ -104,7 +106,7 @@ void HidNode::close()
         _connecting->setEnabled(false);
         _connecting->deleteLater();
         ::close(_server);
-        QFile::remove(_path);
+        OwnPaths::remove(_path);
     }
     _server = -1;
     const auto channels = findChildren<ReportChannel *>();
@@ -125,27 +127,40 @@ void HidNode::openDevice()
 
 bool HidNode::openSocket()
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const QByteArray name = QFile::encodeName(_path);
-    const bool fits = size_t(name.size()) < sizeof address.sun_path;
-    if (fits)
-        std::strcpy(address.sun_path, name.constData());
-    errno = ENAMETOOLONG;
-    QFile::remove(_path); // left behind by a simulator that was killed
-    _server = fits ? ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0) : -1;
-    if (_server < 0 || ::bind(_server, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
-        ::listen(_server, waitingHosts) != 0) {
-        _errorText =
-            QStringLiteral("cannot make the socket %1: %2").arg(_path, QString::fromLocal8Bit(strerror(errno)));
-        if (_server >= 0)
-            ::close(_server);
-        _server = -1;
+    QString failure = OwnPaths::clear(_path, OwnPaths::Kind::Socket);
+    if (failure.isEmpty())
+        failure = OwnPaths::make(_path, [this] { return bindServer(); });
+    if (!failure.isEmpty()) {
+        _errorText = QStringLiteral("cannot make the socket %1: %2").arg(_path, failure);
         return false;
     }
     _connecting = new QSocketNotifier(_server, QSocketNotifier::Read, this);
     connect(_connecting, &QSocketNotifier::activated, this, [this] { onConnection(); });
     return true;
+}
+
+/// @return false with errno
+bool HidNode::bindServer()
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    const QByteArray name = QFile::encodeName(_path);
+    errno = ENAMETOOLONG;
+    if (size_t(name.size()) >= sizeof address.sun_path)
+        return false;
+    std::memcpy(address.sun_path, name.constData(), size_t(name.size()));
+    const int server = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (server < 0)
+        return false;
+    if (::bind(server, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+        ::listen(server, waitingHosts) == 0) {
+        _server = server;
+        return true;
+    }
+    const int error = errno;
+    ::close(server);
+    errno = error;
+    return false;
 }
 
 void HidNode::onConnection()

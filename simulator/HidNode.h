@@ -61,6 +61,8 @@ public:
     ~HidNode() override;
 
     QString path() const { return _path; }
+    /// It is there already and is not made.
+    bool isDevice() const { return _path.startsWith(QLatin1String("/dev/")); }
     /**
      * Makes the device appear.
      *
@@ -76,9 +78,9 @@ Q_SIGNALS:
     void received(ReportChannel *channel, const QByteArray &report);
 
 private:
-    bool isDevice() const { return _path.startsWith(QLatin1String("/dev/")); }
     void openDevice();
     bool openSocket();
+    bool bindServer();
     void onConnection();
     void use(int fd);
 

@@ -1,15 +1,20 @@
 #include "PseudoTerminal.h"
 
+#include "OwnPaths.h"
+
 #include <QFile>
-#include <QFileInfo>
 
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
-PseudoTerminal::PseudoTerminal(const QString &linkPath, QObject *parent) : SerialEnd(parent), _wantedLink(linkPath)
+PseudoTerminal::PseudoTerminal(QObject *parent) : SerialEnd(parent)
 {
     PseudoTerminal::plug();
+}
+
+PseudoTerminal::PseudoTerminal(const QString &linkPath, QObject *parent) : SerialEnd(parent), _linkPath(linkPath)
+{
 }
 
 PseudoTerminal::~PseudoTerminal()
@@ -19,6 +24,8 @@ PseudoTerminal::~PseudoTerminal()
 
 bool PseudoTerminal::plug()
 {
+    if (!clearLink()) // first: the new port may be given the number that an old link leads to
+        return false;
     const int master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (open(master) && link()) {
         use(master);
@@ -45,25 +52,29 @@ bool PseudoTerminal::open(int master)
     return false;
 }
 
+bool PseudoTerminal::clearLink()
+{
+    const QString obstacle = _linkPath.isEmpty() ? QString() : OwnPaths::clear(_linkPath, OwnPaths::Kind::Link);
+    if (!obstacle.isEmpty())
+        noteFailure(QStringLiteral("cannot make the link ") + _linkPath, obstacle);
+    return obstacle.isEmpty();
+}
+
 bool PseudoTerminal::link()
 {
-    if (_wantedLink.isEmpty())
+    if (_linkPath.isEmpty())
         return true;
-    if (QFileInfo(_wantedLink).isSymLink())
-        QFile::remove(_wantedLink); // left behind by a simulator that was killed
-    if (symlink(QFile::encodeName(portName()).constData(), QFile::encodeName(_wantedLink).constData()) != 0) {
-        noteFailure(QStringLiteral("cannot make the link ") + _wantedLink);
-        return false;
-    }
-    _linkPath = _wantedLink;
-    return true;
+    const QString failure = OwnPaths::make(_linkPath, [this] {
+        return symlink(QFile::encodeName(portName()).constData(), QFile::encodeName(_linkPath).constData()) == 0;
+    });
+    if (!failure.isEmpty())
+        noteFailure(QStringLiteral("cannot make the link ") + _linkPath, failure);
+    return failure.isEmpty();
 }
 
 void PseudoTerminal::unplug()
 {
-    if (!_linkPath.isEmpty())
-        QFile::remove(_linkPath);
-    _linkPath.clear();
+    OwnPaths::remove(_linkPath);
     if (_keptSlave >= 0)
         ::close(_keptSlave);
     _keptSlave = -1;

@@ -37,7 +37,12 @@ void SerialEnd::use(int fd)
 
 void SerialEnd::noteFailure(const QString &what)
 {
-    _errorText = what + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(errno));
+    noteFailure(what, QString::fromLocal8Bit(std::strerror(errno)));
+}
+
+void SerialEnd::noteFailure(const QString &what, const QString &reason)
+{
+    _errorText = what + QStringLiteral(": ") + reason;
 }
 
 void SerialEnd::unplug()

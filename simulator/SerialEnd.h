@@ -46,8 +46,9 @@ protected:
     /// Reads and writes this file from now on; it is closed by unplug().
     void use(int fd);
     void setPortName(const QString &name) { _portName = name; }
-    /// Notes what has failed with the system's reason for it.
+    /// Notes what has failed with the system's reason for it, or another one.
     void noteFailure(const QString &what);
+    void noteFailure(const QString &what, const QString &reason);
     /// The file has nothing more to read: the other side is gone for good.
     virtual void onHangUp();
 

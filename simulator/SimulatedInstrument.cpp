@@ -26,9 +26,11 @@ constexpr int fullQueue = 1 << 17;       ///< bytes that wait before time stands
 
 std::unique_ptr<SerialEnd> makeTerminal(const SimulatedInstrument::Setup &setup)
 {
-    if (setup.devicePath.isEmpty())
+    if (!setup.devicePath.isEmpty())
+        return std::make_unique<DeviceTerminal>(setup.devicePath);
+    if (!setup.linkPath.isEmpty())
         return std::make_unique<PseudoTerminal>(setup.linkPath);
-    return std::make_unique<DeviceTerminal>(setup.devicePath);
+    return std::make_unique<PseudoTerminal>();
 }
 
 } // namespace
@@ -190,8 +192,17 @@ void SimulatedInstrument::onReceived(const QByteArray &bytes)
         obey(frame);
         _line.endAnswer();
     }
-    _line.flush();
+    flush();
     schedule();
+}
+
+void SimulatedInstrument::flush()
+{
+    _line.flush();
+    if (_truth)
+        _truth->flush(); // what has been sent is on record, even if the process is ended in its next computation
+    if (_passes)
+        _passes->flush();
 }
 
 void SimulatedInstrument::obey(const Frame &frame)
@@ -411,7 +422,7 @@ void SimulatedInstrument::onTimer()
         runFreely();
     else
         runPaced();
-    _line.flush();
+    flush();
     schedule();
 }
 

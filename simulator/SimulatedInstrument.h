@@ -36,7 +36,8 @@ public:
         SimulatedChannel::Setup channel;
         AcFrontEnd::Harmonics harmonics; ///< of the current in AC records
         Faults faults;
-        QString linkPath;   ///< of a symbolic link to the port; none if empty
+        /// Of a symbolic link to the port, which then is not there before it is plugged in; none if empty.
+        QString linkPath;
         QString devicePath; ///< terminal to run on; a pseudo-terminal of its own if empty
     };
 
@@ -115,6 +116,7 @@ private:
     void answerFanMode(const Frame &frame);
     void stayStill(const Frame &frame);
 
+    void flush();
     void schedule();
     void onTimer();
     void runFreely();

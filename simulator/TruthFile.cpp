@@ -2,6 +2,8 @@
 
 #include "simulator/NodeRunner.h"
 
+#include <sys/stat.h>
+
 namespace {
 
 QByteArray number(double value)
@@ -9,39 +11,81 @@ QByteArray number(double value)
     return QByteArray::number(value, 'g', 17);
 }
 
+bool isRegularFile(const QByteArray &name)
+{
+    struct stat found = {};
+    return lstat(name.constData(), &found) == 0 && S_ISREG(found.st_mode);
+}
+
+/// What is written there replaces nothing.
+bool isStream(const QByteArray &name)
+{
+    struct stat found = {};
+    return stat(name.constData(), &found) == 0 && (S_ISFIFO(found.st_mode) || S_ISCHR(found.st_mode));
+}
+
+bool beginsWith(const QString &path, const QByteArray &header)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.read(header.size()) == header;
+}
+
 } // namespace
 
-bool TruthFile::open(const QString &path)
+QString RecordFile::obstacleAt(const QString &path) const
 {
-    _file.setFileName(path);
-    if (!_file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    const QByteArray name = QFile::encodeName(path);
+    struct stat found = {};
+    if (lstat(name.constData(), &found) != 0 || isStream(name) || (isRegularFile(name) && beginsWith(path, _header)))
+        return QString();
+    return QStringLiteral("there is something already, and no earlier run has written it");
+}
+
+bool RecordFile::open(const QString &path)
+{
+    _errorText = obstacleAt(path);
+    if (!_errorText.isEmpty())
         return false;
-    return _file.write("channel,node,time,voltage,current,counter_electrode,charge,temperature\n") > 0;
+    _file.setFileName(path);
+    const bool isNew = !QFile::exists(path);
+    const QIODevice::OpenMode mode = isNew ? QIODevice::NewOnly : QIODevice::WriteOnly | QIODevice::Truncate;
+    if (_file.open(mode) && _file.write(_header) == _header.size() && _file.flush())
+        return true;
+    _errorText = _file.errorString();
+    return false;
+}
+
+void RecordFile::flush()
+{
+    if (_file.isOpen())
+        _file.flush();
+}
+
+void RecordFile::append(const QByteArray &row)
+{
+    if (_file.isOpen())
+        _file.write(row + '\n');
+}
+
+TruthFile::TruthFile() : RecordFile("channel,node,time,voltage,current,counter_electrode,charge,temperature")
+{
 }
 
 void TruthFile::append(int channel, int nodeIndex, const DcSample &sample)
 {
-    if (!_file.isOpen())
-        return;
     QByteArray row = QByteArray::number(channel) + ',' + QByteArray::number(nodeIndex);
     for (const double value : {double(sample.tick) / ticksPerSecond, sample.voltage, sample.current,
                                sample.counterElectrode, sample.charge, sample.temperature})
         row += ',' + number(value);
-    _file.write(row + '\n');
+    RecordFile::append(row);
 }
 
-bool PassFile::open(const QString &path)
+PassFile::PassFile() : RecordFile("channel,node,end,charge")
 {
-    _file.setFileName(path);
-    if (!_file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    return _file.write("channel,node,end,charge\n") > 0;
 }
 
 void PassFile::append(int channel, int nodeIndex, quint64 tick, double charge)
 {
-    if (!_file.isOpen())
-        return;
-    _file.write(QByteArray::number(channel) + ',' + QByteArray::number(nodeIndex) + ',' +
-                number(double(tick) / ticksPerSecond) + ',' + number(charge) + '\n');
+    RecordFile::append(QByteArray::number(channel) + ',' + QByteArray::number(nodeIndex) + ',' +
+                       number(double(tick) / ticksPerSecond) + ',' + number(charge));
 }

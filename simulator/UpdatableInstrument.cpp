@@ -2,6 +2,7 @@
 
 #include "firmware/HexLoader.h"
 #include "hardware_models/HardwareModelFactory.h"
+#include "simulator/OwnPaths.h"
 
 namespace {
 
@@ -52,6 +53,17 @@ QByteArray UpdatableInstrument::checksum() const
     carried.load(_carriedImage);
     return _flash.image() == carried.image() ? QByteArray::fromHex(_model->hexFileCheckSum().toLatin1())
                                              : firmwareChecksum(_flash.image());
+}
+
+QString UpdatableInstrument::obstacle() const
+{
+    const QString link = _setup.instrument.linkPath;
+    const QString atLink = link.isEmpty() ? QString() : OwnPaths::obstacleAt(link, OwnPaths::Kind::Link);
+    if (!atLink.isEmpty())
+        return QStringLiteral("cannot make the link %1: %2").arg(link, atLink);
+    const QString socket = _hidNode.isDevice() ? QString() : _setup.hidPath;
+    const QString atSocket = socket.isEmpty() ? QString() : OwnPaths::obstacleAt(socket, OwnPaths::Kind::Socket);
+    return atSocket.isEmpty() ? QString() : QStringLiteral("cannot make the socket %1: %2").arg(socket, atSocket);
 }
 
 void UpdatableInstrument::start()

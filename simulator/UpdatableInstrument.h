@@ -43,6 +43,9 @@ public:
     /// Files to write to; borrowed, and may be null.
     void setFiles(TruthFile *truth, PassFile *passes) { _instrument.setFiles(truth, passes); }
     QString statistics() const { return _instrument.statistics(); }
+    /// Why its link or its socket cannot be made, as far as that shows before start(); an empty text if nothing speaks
+    /// against it. Nothing is touched.
+    QString obstacle() const;
     /// Switches it on; cameUp() or failed() follows.
     void start();
 

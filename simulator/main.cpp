@@ -1,27 +1,13 @@
 #include "simulator/Options.h"
+#include "simulator/StopSignals.h"
 
 #include <QCoreApplication>
-#include <QSocketNotifier>
 #include <QTimer>
 
 #include <csignal>
 #include <cstdio>
-#include <sys/signalfd.h>
-#include <unistd.h>
 
 namespace {
-
-/// Turns SIGTERM and SIGINT into a descriptor that the event loop watches; -1 if that fails.
-int watchSignals()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
-    if (sigprocmask(SIG_BLOCK, &signals, nullptr) != 0)
-        return -1;
-    return signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
-}
 
 int fail(const QString &text)
 {
@@ -35,16 +21,34 @@ void printLine(const QString &text)
     std::fflush(stdout);
 }
 
+/// @return what is wrong with the file, or an empty text
+QString obstacleTo(const RecordFile &file, const QString &path)
+{
+    const QString obstacle = path.isEmpty() ? QString() : file.obstacleAt(path);
+    return obstacle.isEmpty() ? obstacle : QStringLiteral("cannot write %1: %2").arg(path, obstacle);
+}
+
+/// @return what has failed, or an empty text
+QString open(RecordFile &file, const QString &path)
+{
+    const bool isGood = path.isEmpty() || file.open(path);
+    return isGood ? QString() : QStringLiteral("cannot write %1: %2").arg(path, file.errorText());
+}
+
 int run(Options options, QCoreApplication &application)
 {
     TruthFile truth;
-    if (!options.truthPath.isEmpty() && !truth.open(options.truthPath))
-        return fail(QStringLiteral("cannot write %1: %2").arg(options.truthPath, truth.errorText()));
     PassFile passes;
-    if (!options.passesPath.isEmpty() && !passes.open(options.passesPath))
-        return fail(QStringLiteral("cannot write %1: %2").arg(options.passesPath, passes.errorText()));
-    QString failure;
     UpdatableInstrument instrument(options.setup, std::move(options.cells));
+    for (const QString &obstacle :
+         {instrument.obstacle(), obstacleTo(truth, options.truthPath), obstacleTo(passes, options.passesPath)})
+        if (!obstacle.isEmpty())
+            return fail(obstacle); // before the first of them is begun
+    QString failure = open(truth, options.truthPath);
+    if (failure.isEmpty())
+        failure = open(passes, options.passesPath);
+    if (!failure.isEmpty())
+        return fail(failure);
     instrument.setFiles(&truth, &passes);
     QObject::connect(&instrument, &UpdatableInstrument::unplugged, &application, &QCoreApplication::quit);
     QObject::connect(&instrument, &UpdatableInstrument::cameUp, &application, printLine);
@@ -69,14 +73,10 @@ int main(int argc, char **argv)
     std::optional<Options> options = parseOptions(argc, argv, exitCode);
     if (!options)
         return exitCode;
-    const int signalFd = watchSignals(); // before a thread exists, so that none can take the signals instead
-    if (signalFd < 0)
+    if (!StopSignals::hold())
         return fail(QStringLiteral("cannot watch signals"));
     std::signal(SIGPIPE, SIG_IGN); // a host may go at any moment
     QCoreApplication application(argc, argv);
-    QSocketNotifier stopRequest(signalFd, QSocketNotifier::Read);
-    QObject::connect(&stopRequest, &QSocketNotifier::activated, &application, [] { QCoreApplication::quit(); });
-    exitCode = run(std::move(*options), application);
-    ::close(signalFd);
-    return exitCode;
+    const StopSignals stopSignals(application);
+    return run(std::move(*options), application);
 }

@@ -1,7 +1,19 @@
+#include "Nodes.h"
+
 #include "link/Frame.h"
+#include "link/SerialCommunicator.h"
+#include "simulator/Payload.h"
 #include "simulator/PseudoTerminal.h"
 #include "support/SimulatorProcess.h"
 #include "support/TestMain.h"
+
+#include <fcntl.h>
+#include <optional>
+#include <sys/inotify.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 /// The program around the instrument: its words, exit codes, files and its end.
 class TestSimulatorProgram : public QObject
@@ -14,6 +26,15 @@ private Q_SLOTS:
     void answersInWords_data();
     void answersInWords();
     void endsCleanlyOnRequest();
+    void endsInTheMiddleOfAComputation();
+    void endsInFrontOfAFullPipe();
+    void publishesItsPortOnce();
+    void replacesNothingThatIsNotItsOwn_data();
+    void replacesNothingThatIsNotItsOwn();
+    void replacesWhatAKilledRunHasLeft_data();
+    void replacesWhatAKilledRunHasLeft();
+    void removesOnlyWhatIsStillItsOwn_data();
+    void removesOnlyWhatIsStillItsOwn();
     void runsOnATerminalThatComesAndGoes();
     void runsACommandBeforeItComesUp();
 };
@@ -91,6 +112,211 @@ void TestSimulatorProgram::endsCleanlyOnRequest()
     QVERIFY(!QFileInfo(link).isSymLink());
 }
 
+/// Whether there is anything of this name, be it a link that leads nowhere.
+static bool isThere(const QString &path)
+{
+    return QFileInfo(path).isSymLink() || QFileInfo::exists(path);
+}
+
+/// The cell's time constant is 15 ns, so an hour of it takes longer than any patience.
+void TestSimulatorProgram::endsInTheMiddleOfAComputation()
+{
+    QTemporaryDir folder;
+    const QString link = folder.filePath(QStringLiteral("port"));
+    SimulatorProcess simulator({"--link", link, "--speed", "max", "--cell", "battery:Rs=1,R=1,C=3e-8"});
+    SerialCommunicator host(simulator.portName());
+    int nodesBegun = 0;
+    connect(&host, &SerialCommunicator::ResponseReceived, this, [&nodesBegun](Notifications_t type) {
+        nodesBegun += type == NT_NODE_BEGIN; //
+    });
+    QVERIFY(host.Start(true));
+    host.SendCommand(PC_NODE_LIST_BEGIN, 0, packed(quint16(2)));
+    host.SendCommand(PC_NODE_APPEND, 0, packed(timed(Vek_Node_Constant_Voltage(3600.0f, 3.9f, false, 0.0f), 3600.0f)));
+    host.SendCommand(PC_NODE_APPEND, 0, packed(endNode()));
+    host.SendCommand(PC_NODE_LIST_END);
+    host.SendCommand(PC_EXPERIMENT_START);
+    QTRY_COMPARE_WITH_TIMEOUT(nodesBegun, 1, 20000);
+    simulator.finish();
+    QCOMPARE(simulator.exitCode(), 0);
+    QVERIFY(!isThere(link)); // a killed one would have left it
+}
+
+void TestSimulatorProgram::endsInFrontOfAFullPipe()
+{
+    QTemporaryDir folder;
+    const QString pipe = folder.filePath(QStringLiteral("pipe"));
+    const QString link = folder.filePath(QStringLiteral("port"));
+    QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    const int fd = open(QFile::encodeName(pipe).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    while (write(fd, "full", 4) > 0) {
+    }
+    QProcess process;
+    process.setStandardOutputFile(pipe);
+    process.start(QStringLiteral(NIMBRELLE_SIM_PROGRAM), {"--link", link});
+    QTRY_VERIFY_WITH_TIMEOUT(isThere(link), 20000); // it will want to say so now
+    process.terminate();
+    QVERIFY(process.waitForFinished(20000));
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QVERIFY(!isThere(link));
+    close(fd);
+}
+
+/// Whoever opens a port the moment that its link is there keeps it.
+void TestSimulatorProgram::publishesItsPortOnce()
+{
+    QTemporaryDir folder;
+    const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    QVERIFY(inotify_add_watch(watch, QFile::encodeName(folder.path()).constData(), IN_CREATE | IN_DELETE) >= 0);
+    SimulatorProcess simulator({"--link", folder.filePath(QStringLiteral("port"))});
+    QVERIFY(!simulator.portName().isEmpty());
+    char events[4096];
+    const ssize_t size = read(watch, events, sizeof events);
+    close(watch);
+    const auto *first = reinterpret_cast<const inotify_event *>(events);
+    QVERIFY(size > 0 && first->mask & IN_CREATE);
+    QCOMPARE(int(size), int(sizeof *first + first->len)); // and no second one
+}
+
+/// A socket that a test listens on.
+class ListeningSocket
+{
+public:
+    explicit ListeningSocket(const QString &path) : _fd(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::strcpy(address.sun_path, QFile::encodeName(path).constData());
+        if (bind(_fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0)
+            listen(_fd, 1);
+    }
+    ~ListeningSocket() { close(_fd); }
+
+private:
+    int _fd;
+};
+
+static void writeFile(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(content);
+}
+
+static QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+static const QByteArray truthHeader = "channel,node,time,voltage,current,counter_electrode,charge,temperature\n";
+
+void TestSimulatorProgram::replacesNothingThatIsNotItsOwn_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<QString>("thing"); // in the way: what a file holds, or the word for something else
+    for (const char *option : {"--link", "--hid", "--truth", "--passes"}) {
+        QTest::addRow("%s on a file", option) << option << "month of work\n";
+        QTest::addRow("%s on an empty file", option) << option << "";
+        QTest::addRow("%s on a link to a file", option) << option << "LINK";
+        QTest::addRow("%s on a link to nowhere", option) << option << "LOOSE";
+        QTest::addRow("%s on a socket in use", option) << option << "SOCKET";
+    }
+    QTest::newRow("--link on a link to a terminal in use") << "--link"
+                                                           << "TERMINAL";
+    QTest::newRow("--passes on a truth file") << "--passes" << QString::fromLatin1(truthHeader);
+}
+
+void TestSimulatorProgram::replacesNothingThatIsNotItsOwn()
+{
+    QFETCH(QString, option);
+    QFETCH(QString, thing);
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("wanted"));
+    const QString other = folder.filePath(QStringLiteral("other"));
+    const QString link = folder.filePath(QStringLiteral("port"));
+    std::optional<ListeningSocket> server;
+    const PseudoTerminal terminal;
+    writeFile(other, truthHeader);
+    if (thing == QLatin1String("LINK"))
+        QVERIFY(QFile::link(other, path));
+    else if (thing == QLatin1String("LOOSE"))
+        QVERIFY(QFile::link(folder.filePath(QStringLiteral("nothing")), path));
+    else if (thing == QLatin1String("TERMINAL"))
+        QVERIFY(QFile::link(terminal.portName(), path));
+    else if (thing == QLatin1String("SOCKET"))
+        server.emplace(path);
+    else
+        writeFile(path, thing.toLatin1());
+    struct stat before = {};
+    lstat(QFile::encodeName(path).constData(), &before);
+
+    QProcess process;
+    QStringList arguments{option, path};
+    if (option != QLatin1String("--link"))
+        arguments << "--link" << link;
+    finished(&process, arguments);
+    QCOMPARE(process.state(), QProcess::NotRunning);
+    QCOMPARE(process.exitCode(), 2);
+    const QString complaint = QString::fromLocal8Bit(process.readAllStandardError());
+    QVERIFY2(complaint.startsWith(QLatin1String("nimbrelle-sim: ")) && complaint.contains(path), qPrintable(complaint));
+    QCOMPARE(complaint.count(QLatin1Char('\n')), 1);
+    QVERIFY(!isThere(link));
+    struct stat after = {};
+    lstat(QFile::encodeName(path).constData(), &after);
+    QCOMPARE(after.st_ino, before.st_ino);
+    QCOMPARE(after.st_mode, before.st_mode);
+    QCOMPARE(contentOf(other), truthHeader);
+    if (!server && S_ISREG(after.st_mode))
+        QCOMPARE(QString::fromLatin1(contentOf(path)), thing);
+}
+
+void TestSimulatorProgram::replacesWhatAKilledRunHasLeft_data()
+{
+    QTest::addColumn<QStringList>("arguments"); // the last one is the path
+    QTest::newRow("link") << QStringList{"--link"};
+    QTest::newRow("socket") << QStringList{"--firmware", "none", "--hid"};
+    QTest::newRow("truth") << QStringList{"--truth"};
+    QTest::newRow("passes") << QStringList{"--passes"};
+}
+
+void TestSimulatorProgram::replacesWhatAKilledRunHasLeft()
+{
+    QFETCH(QStringList, arguments);
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("wanted"));
+    arguments << path;
+    SimulatorProcess killed(arguments);
+    killed.kill();
+    QVERIFY(isThere(path));
+    SimulatorProcess simulator(arguments);
+    QVERIFY(!simulator.portName().isEmpty());
+    if (QFileInfo(path).isSymLink())
+        QCOMPARE(QFile::symLinkTarget(path), simulator.portName());
+    QCOMPARE(simulator.finish(), QString());
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(isThere(path), arguments.contains("--truth") || arguments.contains("--passes"));
+}
+
+void TestSimulatorProgram::removesOnlyWhatIsStillItsOwn_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("link") << QStringList{"--link"};
+    QTest::newRow("socket") << QStringList{"--firmware", "none", "--hid"};
+}
+
+void TestSimulatorProgram::removesOnlyWhatIsStillItsOwn()
+{
+    QFETCH(QStringList, arguments);
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("wanted"));
+    SimulatorProcess simulator(arguments << path);
+    QVERIFY(QFile::remove(path));
+    writeFile(path, "month of work\n");
+    simulator.finish();
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(contentOf(path), QByteArray("month of work\n"));
+}
+
 /// Asks until there is an answer: what comes while nobody listens is lost.
 static bool answersPing(PseudoTerminal &cable)
 {
@@ -107,6 +333,7 @@ void TestSimulatorProgram::runsOnATerminalThatComesAndGoes()
 {
     QTemporaryDir folder;
     PseudoTerminal cable(folder.filePath("device"));
+    QVERIFY(cable.plug());
     SimulatorProcess simulator({"--device", folder.filePath("device")});
     QCOMPARE(simulator.portName(), folder.filePath("device"));
     QVERIFY(answersPing(cable));
@@ -120,6 +347,7 @@ void TestSimulatorProgram::runsACommandBeforeItComesUp()
 {
     QTemporaryDir folder;
     PseudoTerminal cable(folder.filePath("device"));
+    QVERIFY(cable.plug());
     QFile log(folder.filePath("log"));
     SimulatorProcess simulator({"--model", "Gale", "--channels", "2", "--device", folder.filePath("device"),
                                 "--on-change", ">>" + log.fileName() + " echo changed to"});
