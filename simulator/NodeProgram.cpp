@@ -144,6 +144,7 @@ void NodeProgram::staircase(Control::Law law, double start, double end, double s
                             bool continues)
 {
     _valid = _interval > 0.0 && stepDuration > 0.0;
+    _samplesEachSegment = true;
     const int first = continues ? 1 : 0;
     _count = std::max(1, countOfLevels(start, end, step) - first);
     _duration = _count * stepDuration;

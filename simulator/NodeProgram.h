@@ -47,6 +47,8 @@ public:
     double duration() const { return _duration; }
     /// Seconds between samples; 0: one sample at the end of each segment.
     double interval() const { return _interval; }
+    /// The interval counts from the begin of each segment, and each one's end is sampled, as the node's is.
+    bool samplesEachSegment() const { return _samplesEachSegment; }
     /// Share of the interval, before each sample, over which a sweep's sample is averaged.
     double averagedShare() const { return _averagedShare; }
     /// The node ends when the voltage (or the current) changes less than this per second between samples; 0: never.
@@ -71,6 +73,7 @@ private:
     int _count = 0;
     double _duration = std::numeric_limits<double>::infinity();
     double _interval = 0.0;
+    bool _samplesEachSegment = false;
     double _averagedShare = 0.0;
     double _leastVoltageRate = 0.0;
     double _leastCurrentRate = 0.0;

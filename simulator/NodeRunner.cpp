@@ -188,6 +188,8 @@ void NodeRunner::beginSegment(int index)
     if (_segment.control.law == Control::Law::MaximumPower)
         _segment.control.cap = _currentLimit;
     _segmentStart = _time;
+    if (_program.samplesEachSegment())
+        _sampleCount = 0;
 }
 
 void NodeRunner::endPass()
@@ -212,8 +214,10 @@ double NodeRunner::nextSampleTime() const
 {
     if (_program.interval() <= 0.0)
         return std::numeric_limits<double>::infinity();
-    const double time = double(_sampleCount + 1) * _program.interval();
-    return time > _nodeEnd - givesWay * _program.interval() ? std::numeric_limits<double>::infinity() : time;
+    const bool countsAgain = _program.samplesEachSegment();
+    const double time = (countsAgain ? _segmentStart : 0.0) + double(_sampleCount + 1) * _program.interval();
+    const double end = countsAgain ? std::min(_nodeEnd, _segmentStart + _segment.duration) : _nodeEnd;
+    return time > end - givesWay * _program.interval() ? std::numeric_limits<double>::infinity() : time;
 }
 
 double NodeRunner::nextInstant() const
@@ -243,7 +247,7 @@ void NodeRunner::arrive()
     const std::optional<RunSample> before = _lastSample;
     if (isSegmentEnd && _program.interval() <= 0.0)
         report(_reading);
-    else if (isEnd || isDue)
+    else if (isEnd || isDue || (isSegmentEnd && _program.samplesEachSegment()))
         reportSample(_reading);
     if (_over)
         return;

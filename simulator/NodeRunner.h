@@ -52,7 +52,8 @@ public:
  *   list count, but take no time and are never reported as done.
  * - A sample comes at each whole multiple of the interval, counted from the node's start and not at the start itself, and
  *   one more at the node's end whatever ends it, so that no charge goes unreported. A regular sample that would fall
- *   within a thousandth of an interval before the end gives way to that last one. Pulse nodes have one sample per segment.
+ *   within a thousandth of an interval before the end gives way to that last one. The levels of a staircase are sampled
+ *   like nodes, so that each has as many samples. Pulse nodes have one sample per segment.
  * - A limit ends the node at the very instant at which the cell passes it, found by bisection to 1e-12 of the step.
  * - The charge counter starts again from zero at a node with the charge limit flag; otherwise it goes on.
  * - "vs OCP" counts from the open-circuit potential at the start of the run or at the end of the last open-circuit node.
@@ -144,7 +145,7 @@ private:
     int _segmentIndex = 0;
     Segment _segment;
     double _segmentStart = 0.0;
-    qint64 _sampleCount = 0;
+    qint64 _sampleCount = 0; ///< regular ones, since sampling began to count
     CellReading _reading;
     std::optional<RunSample> _lastSample; ///< of this pass
     std::optional<quint64> _pausedAt;

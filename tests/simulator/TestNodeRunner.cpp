@@ -52,6 +52,8 @@ private Q_SLOTS:
     void averagesASweepOverItsShareOfTheInterval();
     void climbsAStaircase_data();
     void climbsAStaircase();
+    void samplesEachLevelOfAStaircaseAlike_data();
+    void samplesEachLevelOfAStaircaseAlike();
     void pulses_data();
     void pulses();
     void countsVoltagesFromTheOpenCircuit();
@@ -271,6 +273,33 @@ void TestNodeRunner::climbsAStaircase()
     for (int i = 1; i < run.samples.size(); i += 2)
         levels += std::round(run.samples.at(i).reading.voltage * 1e6) / 1e6 + 0.0;
     QTEST(levels, "levels");
+}
+
+void TestNodeRunner::samplesEachLevelOfAStaircaseAlike_data()
+{
+    QTest::addColumn<float>("interval");
+    QTest::addColumn<QList<double>>("times"); // after the begin of each level of one second
+    QTest::newRow("no exact part") << 0.3f << QList<double>{0.3, 0.6, 0.9, 1.0};
+    QTest::newRow("exact part") << 0.25f << QList<double>{0.25, 0.5, 0.75, 1.0};
+    QTest::newRow("exact but for its rounding")
+        << 0.1f << QList<double>{0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0};
+    QTest::newRow("longer than the level") << 1.7f << QList<double>{1.0};
+}
+
+void TestNodeRunner::samplesEachLevelOfAStaircaseAlike()
+{
+    QFETCH(float, interval);
+    QFETCH(QList<double>, times);
+    RecordingRun run(resistor(),
+                     {Vek_Node_Step_Voltage(interval, 0.1f, false, 0.35f, false, 0.1f, 1.0f, false), endNode()});
+    run.run();
+    QCOMPARE(run.samples.size(), 3 * times.size());
+    for (int i = 0; i < run.samples.size(); ++i) {
+        const int level = i / times.size();
+        QVERIFY(std::abs(run.sampleTimes().at(i) - level - times.at(i % times.size())) < 1e-7);
+        QVERIFY(std::abs(run.samples.at(i).reading.voltage - 0.1 * (level + 1)) < 1e-7);
+    }
+    QVERIFY(std::abs(run.samples.last().charge - 0.6e-3) < 1e-9);
 }
 
 void TestNodeRunner::pulses_data()
