@@ -27,7 +27,7 @@ QByteArray asWords(const std::vector<double> &samples)
 {
     QByteArray bytes;
     for (const double sample : samples)
-        bytes += packed(qint16(std::lround(std::clamp(sample, -converterSpan - 1.0, converterSpan))));
+        bytes += packed(qint16(std::lround(sample)));
     return bytes;
 }
 
@@ -92,6 +92,7 @@ std::vector<double> AcFrontEnd::samples(const AcPlan &plan, const Signal &signal
             values[n] += harmonic.value() * amplitude * std::cos(harmonic.key() * angle);
         if (_noise > 0.0)
             values[n] += _noise * converterSpan * random.normal();
+        values[n] = std::clamp(values[n], -converterSpan - 1.0, converterSpan);
     }
     return values;
 }

@@ -1,5 +1,17 @@
 #pragma once
 
+#include <algorithm>
+#include <limits>
+
+/// From the lowest to the highest value that there can be.
+struct Span {
+    double low = -std::numeric_limits<double>::infinity();
+    double high = std::numeric_limits<double>::infinity();
+
+    double clamp(double value) const { return std::clamp(value, low, high); }
+    Span times(double factor) const { return {low * factor, high * factor}; }
+};
+
 /// What the instrument holds at the cell: a quantity, its value now and its slope.
 struct Control {
     enum class Law {

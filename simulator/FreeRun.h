@@ -34,6 +34,14 @@ public:
         return sample();
     }
 
+    /// Lets the cell live under the present control.
+    void liveUntil(quint64 tick)
+    {
+        if (tick <= _time)
+            return;
+        _charge += _regulator.hold(_control, double(tick - _time) / ticksPerSecond);
+        _time = tick;
+    }
     void setControl(const Control &control, quint64 tick)
     {
         liveUntil(tick);
@@ -42,13 +50,6 @@ public:
     void setInterval(double seconds) { _interval = seconds; }
 
 private:
-    void liveUntil(quint64 tick)
-    {
-        if (tick <= _time)
-            return;
-        _charge += _regulator.hold(_control, double(tick - _time) / ticksPerSecond);
-        _time = tick;
-    }
     RunSample sample()
     {
         _lastSample = _time;

@@ -9,7 +9,10 @@
 #include <QByteArray>
 #include <QVector>
 
+#include <algorithm>
+#include <cmath>
 #include <complex>
+#include <limits>
 #include <vector>
 
 /// One DC sample in physical units, as the cell gave it.
@@ -65,13 +68,23 @@ public:
     virtual double settableVoltage() const = 0;
     /// Volts beyond which the instrument protects itself.
     virtual double bearableVoltage() const = 0;
+    /// Amperes and volts that can be set within one range: what its converter's first and last code stand for.
+    Span settable(currentRange_t range) const
+    {
+        return spanOf(currentFromCode(firstCode, range), currentFromCode(lastCode, range));
+    }
+    Span settable(voltageRange_t range) const
+    {
+        return spanOf(voltageFromCode(firstCode, range), voltageFromCode(lastCode, range));
+    }
 
-    /// Payload of NT_DC_DATA.
+    /// Payload of NT_DC_DATA. What is too much for its range reads as the range's end, and all readings are whole steps of
+    /// the converter.
     virtual QByteArray dcRecord(const DcSample &sample, currentRange_t currentRange, voltageRange_t voltageRange,
                                 quint8 counter) const = 0;
     /// Everything that travels for one AC record, in order.
     virtual QVector<Packet> acPackets(const AcMeasurement &measurement, Random &random) const = 0;
-    /// The set points that a raw code of the host stands for.
+    /// The set points that a raw code of the host stands for; beyond the converter's codes it is the nearest of them.
     virtual double currentFromCode(int code, currentRange_t range) const = 0;
     virtual double voltageFromCode(int code, voltageRange_t range) const = 0;
 
@@ -80,4 +93,19 @@ public:
     virtual quint64 wireTick(quint64 tick) const { return tick; }
     /// Whether a temperature passes a limit as the host sends it.
     virtual bool isTooHot(double degrees, float limit) const { return degrees > double(limit); }
+
+private:
+    static constexpr int firstCode = std::numeric_limits<int>::min();
+    static constexpr int lastCode = std::numeric_limits<int>::max();
+
+    static Span spanOf(double one, double other) { return {std::min(one, other), std::max(one, other)}; }
 };
+
+/// What a converter with 24 bits can tell.
+constexpr Span converterSteps = {-8388608.0, 8388607.0};
+
+/// Its word for a reading in steps.
+inline double converterWord(double steps)
+{
+    return converterSteps.clamp(std::round(steps));
+}

@@ -14,8 +14,8 @@ constexpr int existingCurrentRanges = 4;
 constexpr int existingVoltageRanges = 4;
 constexpr double largestCurrent = 5.0;
 constexpr double largestVoltage = 10.0;
-constexpr double converterSpan = 7680000.0;
-constexpr double headroom = 1.08; ///< what a range reads beyond its full scale
+constexpr double converterSpan = 7680000.0; ///< steps at the headroom, of reading and of setting
+constexpr double headroom = 1.08;           ///< what a range reads beyond its full scale
 constexpr qint16 voltageReference = 731;
 constexpr qint16 currentReference = -417;
 constexpr double referenceOfSetting = 728.0;
@@ -35,6 +35,17 @@ double polynomial(const float (&coefficients)[5], double x)
     for (int i = 4; i >= 0; --i)
         sum = sum * x + double(coefficients[i]);
     return sum;
+}
+
+double existingCode(int code)
+{
+    return std::clamp(double(code), -converterSpan, converterSpan);
+}
+
+/// So many samples of the same value, which lies between two steps and within the converter's words.
+qint32 sumOfWords(double steps)
+{
+    return qint32(std::lround(samplesSummed * converterSteps.clamp(steps)));
 }
 
 void copyText(char (&field)[64], const QByteArray &text)
@@ -232,8 +243,12 @@ QByteArray GaleFrontEnd::dcRecord(const DcSample &sample, currentRange_t current
 {
     GaleDcRecord_t raw = {};
     raw.tick = wireTick(sample.tick);
-    raw.rawCurrent = float(rawCurrent(sample.current, index(currentRange)));
-    raw.rawVoltage = float(rawVoltage(sample.voltage, index(voltageRange)));
+    const double mostAmperes = headroom * fullScale(currentRange);
+    const double mostVolts = headroom * fullScale(voltageRange);
+    const double current = std::clamp(sample.current, -mostAmperes, mostAmperes);
+    const double voltage = std::clamp(sample.voltage, -mostVolts, mostVolts);
+    raw.rawCurrent = float(converterWord(rawCurrent(current, index(currentRange))));
+    raw.rawVoltage = float(converterWord(rawVoltage(voltage, index(voltageRange))));
     raw.temperature = std::isnan(sample.temperature) ? 0.0f : float(thermistorReading(sample.temperature));
     raw.counter = counter;
     raw.currentRange = currentRange;
@@ -247,14 +262,14 @@ QByteArray GaleFrontEnd::dcRecord(const DcSample &sample, currentRange_t current
 double GaleFrontEnd::currentFromCode(int code, currentRange_t range) const
 {
     const int i = index(range) % 8;
-    const double x = code * double(_record.iGain[i]) + double(_record.iOffset[i]);
+    const double x = existingCode(code) * double(_record.iGain[i]) + double(_record.iOffset[i]);
     return x * (1.0 + x * (double(_record.iQuadratic[i]) + x * double(_record.iCubic[i])));
 }
 
 double GaleFrontEnd::voltageFromCode(int code, voltageRange_t range) const
 {
     const int i = index(range) % 4;
-    return code * double(_record.vGain[i]) + referenceOfSetting * double(_record.vRefCoeff[i]) +
+    return existingCode(code) * double(_record.vGain[i]) + referenceOfSetting * double(_record.vRefCoeff[i]) +
            double(_record.vOffset[i]);
 }
 
@@ -364,8 +379,8 @@ QVector<qint32> GaleFrontEnd::words(const AcPlan &plan, const CellReading &means
             current += _noise * converterSpan * random.normal();
             voltage += _noise * converterSpan * random.normal();
         }
-        pairs.append(qint32(std::lround(current * samplesSummed)));
-        pairs.append(qint32(std::lround(voltage * samplesSummed)));
+        pairs.append(sumOfWords(current));
+        pairs.append(sumOfWords(voltage));
     }
     return pairs;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -10,6 +11,41 @@ constexpr double longestRamp = 0.05; ///< seconds between two solutions of a law
 } // namespace
 
 double Regulator::hold(const Control &control, double seconds)
+{
+    return control.slope == 0.0 ? holdSteadily(withinSpans(control), seconds) : holdRamp(control, seconds);
+}
+
+/// Power, resistance and the most power have no span of their own: the current that they ask for has.
+Control Regulator::withinSpans(const Control &control) const
+{
+    Control within = control;
+    if (control.law == Control::Law::Current)
+        within.value = _currents.clamp(control.value);
+    if (control.law == Control::Law::Voltage || control.law == Control::Law::CappedVoltage)
+        within.value = _voltages.clamp(control.value);
+    within.cap = _currents.clamp(control.cap);
+    return within;
+}
+
+/// A ramp of current or voltage has up to three parts: it stands at one end of the span, moves, and stands at the other.
+double Regulator::holdRamp(const Control &control, double seconds)
+{
+    const Span &span = control.law == Control::Law::Current ? _currents : _voltages;
+    const auto timeAt = [&](double end) { return std::clamp((end - control.value) / control.slope, 0.0, seconds); };
+    const auto [first, last] = std::minmax({timeAt(span.low), timeAt(span.high)});
+    double charge = 0.0;
+    for (const auto &[from, to] : {std::pair(0.0, first), std::pair(first, last), std::pair(last, seconds)}) {
+        if (to <= from)
+            continue;
+        Control part = withinSpans(control.after(from));
+        const double halfway = control.after(0.5 * (from + to)).value;
+        part.slope = span.clamp(halfway) == halfway ? control.slope : 0.0;
+        charge += holdSteadily(part, to - from);
+    }
+    return charge;
+}
+
+double Regulator::holdSteadily(const Control &control, double seconds)
 {
     switch (control.law) {
     case Control::Law::OpenCircuit:
@@ -79,8 +115,9 @@ double Regulator::followOnce(const Control &control, double seconds)
     return _cell->passCurrent(start, (end - start) / seconds, seconds);
 }
 
-CellReading Regulator::read(const Control &control) const
+CellReading Regulator::read(const Control &wanted) const
 {
+    const Control control = withinSpans(wanted);
     if (control.law == Control::Law::Voltage)
         return {control.value, _cell->currentAt(control.value)};
     const double current = currentUnder(control);
@@ -100,9 +137,9 @@ double Regulator::currentUnder(const Control &control) const
         return control.cap >= 0.0 ? std::min(_cell->currentAt(control.value), control.cap)
                                   : std::max(_cell->currentAt(control.value), control.cap);
     case Control::Law::Power:
-        return currentAtPower(control.value);
+        return _currents.clamp(currentAtPower(control.value));
     case Control::Law::Resistance:
-        return currentAtLoad(control.value);
+        return _currents.clamp(currentAtLoad(control.value));
     case Control::Law::MaximumPower:
         return currentOfMaximumPower(control.cap);
     }

@@ -13,11 +13,19 @@ constexpr double nominalGains[] = {1, 2, 5, 10, 20, 50, 100, 200, 500, 1000};
 constexpr double headroom = 1.06;     ///< what a range reads beyond its full scale
 constexpr double readingSpan = 32000; ///< raw counts at the headroom
 constexpr double settingSpan = 30000; ///< DAC counts at the full scale
+constexpr double stepsPerUnit = 256;  ///< of the converter in a raw count
+constexpr int lowestCode = -32768;    ///< of the DAC
+constexpr int highestCode = 32767;
 constexpr quint32 thermocoupleFault = 1u << 16;
 
 double nominalGain(ACgain_t gain)
 {
     return nominalGains[std::min(index(gain), 9)];
+}
+
+float converted(double raw)
+{
+    return float(converterWord(raw * stepsPerUnit) / stepsPerUnit);
 }
 
 quint32 temperatureWord(double degrees)
@@ -71,7 +79,7 @@ void SimulatedCalibration::makeVoltagePath(Imperfection &off)
         _record.weStage1Gain[i] = off.gain(firstStage[i]);
     _record.weStage2Gain = off.gain(10);
     _record.weStage3Gain = off.gain(10);
-    const double widest = std::max(_model->getVMax(true), _model->getVMax(false));
+    const double widest = widestVoltage();
     _record.eweGainBase = off.gain(widest * headroom / readingSpan);
     _record.eweRefCoeff = off.gain(1e-6 * widest);
     for (int gain = 0; gain < 10; ++gain)
@@ -112,6 +120,11 @@ void SimulatedCalibration::setRecordBytes(const QByteArray &bytes)
 {
     _record = {};
     std::memcpy(&_record, bytes.constData(), std::min(size_t(bytes.size()), sizeof _record));
+}
+
+double SimulatedCalibration::widestVoltage() const
+{
+    return std::max(_model->getVMax(true), _model->getVMax(false));
 }
 
 double SimulatedCalibration::fullScale(currentRange_t range) const
@@ -189,9 +202,23 @@ double SimulatedCalibration::rawCurrent(double current, currentRange_t range, AC
     return reading * ladder - double(_record.iStageOffset[index(gain)]);
 }
 
-MainDcRecord_t SimulatedCalibration::toRecord(const DcSample &sample, currentRange_t currentRange,
+/// The sample as far as the ranges reach.
+DcSample SimulatedCalibration::readable(const DcSample &sample, currentRange_t currentRange,
+                                        voltageRange_t voltageRange) const
+{
+    const double mostAmperes = headroom * fullScale(currentRange);
+    const double mostVolts =
+        headroom * (voltageRange == voltageRange_t::Largest ? widestVoltage() : fullScale(voltageRange));
+    DcSample read = sample;
+    read.current = std::clamp(sample.current, -mostAmperes, mostAmperes);
+    read.voltage = std::clamp(sample.voltage, -mostVolts, mostVolts);
+    return read;
+}
+
+MainDcRecord_t SimulatedCalibration::toRecord(const DcSample &given, currentRange_t currentRange,
                                               voltageRange_t voltageRange) const
 {
+    const DcSample sample = readable(given, currentRange, voltageRange);
     MainDcRecord_t raw = {};
     raw.tick = sample.tick;
     raw.charge = sample.charge;
@@ -202,23 +229,23 @@ MainDcRecord_t SimulatedCalibration::toRecord(const DcSample &sample, currentRan
     raw.voltageRange = voltageRange;
     raw.weGain = gainOf(voltageRange);
     raw.iGain = _model->getDefaultCurrentGain(currentRange);
-    raw.rawVoltage = float(rawVoltage(sample.voltage, raw.weGain, raw.voltageRef));
-    raw.firstRaw = float(rawVoltage(sample.voltage, ACgain_t::Gain1, 0));
+    raw.rawVoltage = converted(rawVoltage(sample.voltage, raw.weGain, raw.voltageRef));
+    raw.firstRaw = converted(rawVoltage(given.voltage, ACgain_t::Gain1, 0)); // of an input of its own
     const double working = double(_record.eceWeGain) * double(raw.firstRaw) + double(_record.eceWeOffset);
     raw.secondRaw =
-        float((sample.counterElectrode + working - double(_record.eceCeOffset)) / double(_record.eceCeGain));
-    raw.rawCurrent = float(rawCurrent(sample.current, currentRange, raw.iGain, raw.currentRef, raw.secondRaw));
+        converted((sample.counterElectrode + working - double(_record.eceCeOffset)) / double(_record.eceCeGain));
+    raw.rawCurrent = converted(rawCurrent(sample.current, currentRange, raw.iGain, raw.currentRef, raw.secondRaw));
     return raw;
 }
 
 double SimulatedCalibration::currentFromCode(int code, currentRange_t range) const
 {
     const int i = index(range) % 10;
-    return (code - double(_record.iCtrlOffset[i])) / double(_record.iCtrlGain[i]);
+    return (std::clamp(code, lowestCode, highestCode) - double(_record.iCtrlOffset[i])) / double(_record.iCtrlGain[i]);
 }
 
 double SimulatedCalibration::voltageFromCode(int code, voltageRange_t range) const
 {
     const int i = index(range) % 4;
-    return (code - double(_record.vCtrlOffset[i])) / double(_record.vCtrlGain[i]);
+    return (std::clamp(code, lowestCode, highestCode) - double(_record.vCtrlOffset[i])) / double(_record.vCtrlGain[i]);
 }

@@ -16,7 +16,9 @@
  * hundredths of a per cent of the span, each differently for each range, gain and channel, and all follow from the seed.
  * A host that drops a term or takes a wrong row is off by more than any test allows.
  *
- * Words are the inverse of the host's formulas, computed in double precision and rounded once to the record's floats.
+ * Words are the inverse of the host's formulas, in whole steps of a converter with 24 bits, of which 256 make a raw unit.
+ * A range reads 6 % beyond its full scale, the widest voltage range beyond what the instrument bears at open circuit; more
+ * than that reads as the end.
  */
 class SimulatedCalibration
 {
@@ -50,6 +52,7 @@ public:
     }
     double amperesPerRaw(currentRange_t range, ACgain_t gain) const;
 
+    /// @see FrontEnd::dcRecord
     MainDcRecord_t toRecord(const DcSample &sample, currentRange_t currentRange, voltageRange_t voltageRange) const;
 
     /// The set points that a raw code of the host stands for.
@@ -60,6 +63,8 @@ private:
     void makeRecord(quint32 seed, int channel);
     void makeVoltagePath(class Imperfection &off);
     void makeCurrentPath(class Imperfection &off);
+    double widestVoltage() const;
+    DcSample readable(const DcSample &sample, currentRange_t currentRange, voltageRange_t voltageRange) const;
     ACgain_t gainOf(voltageRange_t range) const;
     double measuredGain(const float (&stage1)[3], float stage2, float stage3, ACgain_t gain) const;
     double rawVoltage(double voltage, ACgain_t gain, qint16 reference) const;

@@ -95,8 +95,7 @@ void SimulatedChannel::begin(Mode mode, quint64 now)
     _nextEvent = 0;
     _nodeIndex = -1;
     _pendingStop.reset();
-    _currentRangeSetting = index(currentRange_t::Auto);
-    _voltageRangeSetting = index(voltageRange_t::Auto);
+    setRanges(index(currentRange_t::Auto), index(voltageRange_t::Auto));
     _freeRun.reset();
     if (mode == Mode::Idle || mode == Mode::Manual)
         _freeRun = std::make_unique<FreeRun>(_regulator, now, idleInterval);
@@ -133,18 +132,17 @@ void SimulatedChannel::onNodeBegin(quint64 tick, int index)
     _chargeBefore = node.flags & NodeFlag::chargeLimit ? 0.0 : _lastCharge;
     for (const Part &part : _parts)
         part.channel->beginNode(tick, index, node);
-    if (NodeProgram::isImpedance(node.nodeType()) && !_setup.runsAc)
+    if (!hasRangesOf(node) || (NodeProgram::isImpedance(node.nodeType()) && !_setup.runsAc))
         _pendingStop = STOP_BAD_NODE;
 }
 
 void SimulatedChannel::beginNode(quint64 tick, int index, const ExpNode_t &node)
 {
     _nodeIndex = index;
-    constexpr int automatic = 15;
     const int currentNibble = node.ranges & 0x0F;
     const int voltageNibble = node.ranges >> 4;
-    _currentRangeSetting = currentNibble == automatic ? ::index(currentRange_t::Auto) : currentNibble;
-    _voltageRangeSetting = voltageNibble == automatic ? ::index(voltageRange_t::Auto) : voltageNibble;
+    setRanges(currentNibble < _frontEnd->currentRangeCount() ? currentNibble : ::index(currentRange_t::Auto),
+              voltageNibble < _frontEnd->voltageRangeCount() ? voltageNibble : ::index(voltageRange_t::Auto));
     send(NT_NODE_BEGIN, packed(_frontEnd->wireTick(tick), quint16(index)));
 }
 
@@ -261,25 +259,41 @@ void SimulatedChannel::checkTemperature()
         _pendingStop = STOP_TEMPERATURE_MAX;
 }
 
-void SimulatedChannel::chooseRanges(const CellReading &reading)
+bool SimulatedChannel::hasRangesOf(const ExpNode_t &node) const
 {
-    if (_currentRangeSetting == index(currentRange_t::Auto))
-        _currentRange = _frontEnd->rangeForCurrent(reading.current);
-    else
-        widenFor(reading.current);
-    _voltageRange = _voltageRangeSetting == index(voltageRange_t::Auto) ? _frontEnd->rangeForVoltage(reading.voltage)
-                                                                        : voltageRange_t(_voltageRangeSetting);
+    constexpr int automatic = 15;
+    const int currentNibble = node.ranges & 0x0F;
+    const int voltageNibble = node.ranges >> 4;
+    return (currentNibble == automatic || currentNibble < _frontEnd->currentRangeCount()) &&
+           (voltageNibble == automatic || voltageNibble < _frontEnd->voltageRangeCount());
 }
 
-/// A fixed range that does not hold the current gives way to one that does, and the host is told.
-void SimulatedChannel::widenFor(double current)
+/// In a fixed range no more can be set than it holds; a group sets what its members hold together.
+void SimulatedChannel::setRanges(int currentRange, int voltageRange)
 {
-    const double held = toleratedOver * _frontEnd->fullScale(currentRange_t(_currentRangeSetting));
-    if (_currentRangeSetting > 0 && std::abs(current) > held) {
-        _currentRangeSetting = index(_frontEnd->rangeForCurrent(current));
-        send(NT_CURRENT_RANGE_UP, packed(quint8(_currentRangeSetting)));
+    _currentRangeSetting = currentRange;
+    _voltageRangeSetting = voltageRange;
+    double currentShare = 0.0;
+    double voltageShare = 0.0;
+    for (const Part &part : _parts) {
+        currentShare = std::max(currentShare, std::abs(part.currentShare));
+        voltageShare = std::max(voltageShare, std::abs(part.voltageShare));
     }
-    _currentRange = currentRange_t(_currentRangeSetting);
+    Span currents;
+    Span voltages;
+    if (currentRange != index(currentRange_t::Auto))
+        currents = _frontEnd->settable(currentRange_t(currentRange)).times(1.0 / currentShare);
+    if (voltageRange != index(voltageRange_t::Auto))
+        voltages = _frontEnd->settable(voltageRange_t(voltageRange)).times(1.0 / voltageShare);
+    _regulator.setSpans(currents, voltages);
+}
+
+void SimulatedChannel::chooseRanges(const CellReading &reading)
+{
+    _currentRange = _currentRangeSetting == index(currentRange_t::Auto) ? _frontEnd->rangeForCurrent(reading.current)
+                                                                        : currentRange_t(_currentRangeSetting);
+    _voltageRange = _voltageRangeSetting == index(voltageRange_t::Auto) ? _frontEnd->rangeForVoltage(reading.voltage)
+                                                                        : voltageRange_t(_voltageRangeSetting);
 }
 
 void SimulatedChannel::measure(const RunSample &run, const Part &part, quint8 counter)
@@ -489,24 +503,30 @@ SimulatedChannel::Answer SimulatedChannel::setManualOpenCircuit(const QByteArray
     return setManualControl(Control(), now);
 }
 
-SimulatedChannel::Answer SimulatedChannel::setManualCurrentRange(const QByteArray &payload, quint64)
+SimulatedChannel::Answer SimulatedChannel::setManualCurrentRange(const QByteArray &payload, quint64 now)
 {
     const int range = readAt<quint8>(payload, 0);
     if (_mode != Mode::Manual)
         return {FW_BAD_CHANNEL_STATE};
     if (range >= _frontEnd->currentRangeCount() && range != index(currentRange_t::Auto))
         return {FW_BAD_CURRENT_RANGE};
-    return {FW_SUCCESS, [this, range] { _currentRangeSetting = range; }};
+    return {FW_SUCCESS, [this, range, now] {
+                _freeRun->liveUntil(now);
+                setRanges(range, _voltageRangeSetting);
+            }};
 }
 
-SimulatedChannel::Answer SimulatedChannel::setManualVoltageRange(const QByteArray &payload, quint64)
+SimulatedChannel::Answer SimulatedChannel::setManualVoltageRange(const QByteArray &payload, quint64 now)
 {
     const int range = readAt<quint8>(payload, 0);
     if (_mode != Mode::Manual)
         return {FW_BAD_CHANNEL_STATE};
     if (range >= _frontEnd->voltageRangeCount() && range != index(voltageRange_t::Auto))
         return {FW_BAD_VOLTAGE_RANGE};
-    return {FW_SUCCESS, [this, range] { _voltageRangeSetting = range; }};
+    return {FW_SUCCESS, [this, range, now] {
+                _freeRun->liveUntil(now);
+                setRanges(_currentRangeSetting, range);
+            }};
 }
 
 SimulatedChannel::Answer SimulatedChannel::setCompensation(const QByteArray &payload, quint64)

@@ -136,8 +136,9 @@ private:
     void obeyPendingStop();
     void meetEvents(quint64 tick);
     void checkTemperature();
+    bool hasRangesOf(const ExpNode_t &node) const;
+    void setRanges(int currentRange, int voltageRange);
     void chooseRanges(const CellReading &reading);
-    void widenFor(double current);
     void beginNode(quint64 tick, int index, const ExpNode_t &node);
     double secondsOfRun(quint64 tick) const;
     void measure(const RunSample &sample, const Part &part, quint8 counter);

@@ -81,6 +81,9 @@ class TestGale : public QObject
 
 private Q_SLOTS:
     void hostReadsWhatTheCellGave();
+    void readingsEndWithTheirRange();
+    void resolutionFollowsTheRange();
+    void clipsACurrentBeyondAFixedRange();
     void packsInTheNarrowestWidth_data();
     void packsInTheNarrowestWidth();
     void answersItsHandshake();
@@ -113,6 +116,41 @@ void TestGale::hostReadsWhatTheCellGave()
                 QCOMPARE(read.timestamp, 8.0);
                 QCOMPARE(int(read.counter), 17);
             }
+        }
+    }
+}
+
+void TestGale::readingsEndWithTheirRange()
+{
+    const GaleFrontEnd frontEnd(7, 0, 0.0);
+    const CalibrationData data = host(frontEnd.calibration(), 0);
+    for (const double sign : {-1.0, 1.0}) {
+        for (const double beyond : {1.2, 5.0, 1e6}) {
+            const DcSample sample{0, sign * beyond * 2.5, sign * beyond * 0.05, 0.0, 0.0, 25.0};
+            const QByteArray record = frontEnd.dcRecord(sample, currentRange_t(2), voltageRange_t(2), 0);
+            const ProcessedDCData read = data.ProcessDCDataPoint(ExperimentalDcData::fromPayload(record));
+            QVERIFY(std::abs(sign * read.current - 1.08 * 0.05) < 1e-6);
+            QVERIFY(std::abs(sign * read.workingElectrodeVoltage - 1.08 * 2.5) < 1e-5);
+        }
+    }
+}
+
+/// Words are whole steps of the converter, whatever the range.
+void TestGale::resolutionFollowsTheRange()
+{
+    const GaleFrontEnd frontEnd(7, 0, 0.0);
+    for (int range = 0; range < 4; ++range) {
+        for (int i = 1; i < 40; ++i) {
+            const DcSample sample{0,
+                                  0.0123 * i * frontEnd.fullScale(voltageRange_t(range)),
+                                  0.0123 * i * frontEnd.fullScale(currentRange_t(range)),
+                                  0.0,
+                                  0.0,
+                                  25.0};
+            const auto record =
+                readAt<GaleDcRecord_t>(frontEnd.dcRecord(sample, currentRange_t(range), voltageRange_t(range), 0), 0);
+            QCOMPARE(float(record.rawCurrent), std::round(record.rawCurrent));
+            QCOMPARE(float(record.rawVoltage), std::round(record.rawVoltage));
         }
     }
 }
@@ -177,6 +215,29 @@ void TestGale::convertsByItsTare()
     QVERIFY(std::abs(data.ProcessDCDataPoint(raw).current - 4e-3) < 1e-8);
     QVERIFY(std::abs(data.ProcessDCDataPoint(raw).workingElectrodeVoltage - 4.0) < 1e-5);
     QVERIFY(std::abs(old.ProcessDCDataPoint(raw).current - 4e-3) > 1e-7);
+}
+
+/// A group carries what all its members can, a channel alone what it can itself.
+void TestGale::clipsACurrentBeyondAFixedRange()
+{
+    for (const quint32 mask : {0u, 0b11u}) {
+        Bench bench({}, 2, 0.0, HardwareModel_t::Gale, QStringLiteral("resistor:R=10"));
+        if (mask != 0)
+            bench.acknowledged(PC_CHANNELS_LINK, packed(mask, quint8(0)), 255);
+        ExpNode_t node = timed(Vek_Node_Constant_Current(1.0f, -0.5f, 0.0f), 1.0f);
+        Vek_Node_SetCurrentRange(node, currentRange_t(2)); // 50 mA
+        bench.upload({node, endNode()});
+        bench.host->SendCommand(PC_EXPERIMENT_START);
+        QVERIFY(bench.await(NT_EXPERIMENT_DONE, mask != 0 ? 2 : 1));
+        CalibrationData data = host(GaleFrontEnd(1, 0, 0.0).calibration(), 0);
+        for (const Bench::Packet &packet : bench.packets)
+            if (packet.channel == 0 && packet.type == NT_TARE_VOLTAGE)
+                data.UpdateVoltageOffset(packet.payload.at(4), readAt<float>(packet.payload, 0));
+        const auto leaders = ExperimentalDcData::fromPayload(bench.payload(NT_DC_DATA, bench.count(NT_DC_DATA) - 1));
+        const double milliamperes = -100.0 * data.ProcessDCDataPoint(leaders).workingElectrodeVoltage;
+        const double fullScale = mask != 0 ? 100.0 : 50.0;
+        QVERIFY(milliamperes > fullScale && milliamperes < 1.13 * fullScale);
+    }
 }
 
 /// Runs a second at 40 mA on 100 ohms with a group, and gives each member's reading as a host has it.

@@ -54,6 +54,7 @@ private Q_SLOTS:
     void climbsAStaircase();
     void samplesEachLevelOfAStaircaseAlike_data();
     void samplesEachLevelOfAStaircaseAlike();
+    void standsAtTheEndsOfWhatCanBeSet();
     void pulses_data();
     void pulses();
     void countsVoltagesFromTheOpenCircuit();
@@ -300,6 +301,23 @@ void TestNodeRunner::samplesEachLevelOfAStaircaseAlike()
         QVERIFY(std::abs(run.samples.at(i).reading.voltage - 0.1 * (level + 1)) < 1e-7);
     }
     QVERIFY(std::abs(run.samples.last().charge - 0.6e-3) < 1e-9);
+}
+
+/// From -1 to 1 mA at 1 mA/s, of which -0.25 to 0.5 mA can be set, on 1 mF behind 10 ohms.
+void TestNodeRunner::standsAtTheEndsOfWhatCanBeSet()
+{
+    RecordingRun run(capacitor(), {Vek_Node_Sweep_Current(0.5f, 0.0f, -1e-3f, 1e-3f, 1e-3f), endNode()});
+    run.regulator.setSpans({-0.25e-3, 0.5e-3}, {-10.0, 10.0});
+    run.run();
+    const QList<double> microamperes{-250, 0, 500, 500};
+    const QList<double> microcoulombs{-125, -250 * 0.75 - 31.25, -250 * 0.75 - 31.25 + 125, -250 * 0.75 - 31.25 + 375};
+    QCOMPARE(run.samples.size(), 4);
+    for (int i = 0; i < 4; ++i) {
+        const RunSample &sample = run.samples.at(i);
+        QVERIFY(std::abs(1e6 * sample.reading.current - microamperes.at(i)) < 1e-3);
+        QVERIFY(std::abs(1e6 * sample.charge - microcoulombs.at(i)) < 1e-3);
+        QVERIFY(std::abs(sample.reading.voltage - 10.0 * sample.reading.current - 1e3 * sample.charge) < 1e-9);
+    }
 }
 
 void TestNodeRunner::pulses_data()

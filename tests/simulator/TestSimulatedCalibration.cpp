@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <functional>
+#include <set>
 
 Q_DECLARE_METATYPE(HardwareModel_t)
 
@@ -25,6 +26,8 @@ private Q_SLOTS:
     void hostChoosesTheSameRanges();
     void everyTermMatters();
     void followsFromSeedAndChannel();
+    void resolutionFollowsTheRange();
+    void readingsEndWithTheirRange();
     void codesStandForSetPoints();
 };
 
@@ -133,6 +136,50 @@ void TestSimulatedCalibration::followsFromSeedAndChannel()
     QCOMPARE(SimulatedCalibration(model, 1, 0).recordBytes(), record);
     QVERIFY(SimulatedCalibration(model, 1, 1).recordBytes() != record);
     QVERIFY(SimulatedCalibration(model, 2, 0).recordBytes() != record);
+}
+
+/// As the host reads a sample of a current and a voltage in given ranges.
+static ProcessedDCData read(const SimulatedCalibration &calibration, double current, int currentRange, double voltage,
+                            int voltageRange)
+{
+    const DcSample sample{0, voltage, current, 0.0, 0.0, 25.0};
+    return calibrated(HardwareModel_t::Alder_2_5, calibration.recordBytes())
+        .ProcessDCDataPoint(ExperimentalDcData(
+            calibration.toRecord(sample, currentRange_t(currentRange), voltageRange_t(voltageRange))));
+}
+
+/// Along two steps there are two or three readings; a step is about 2^-23 of what a range spans.
+void TestSimulatedCalibration::resolutionFollowsTheRange()
+{
+    const SimulatedCalibration calibration(HardwareModelFactory::getHardwareModel(HardwareModel_t::Alder_2_5), 1, 0);
+    for (const int range : {0, 2}) {
+        const double amperes = 1.3e-7 * calibration.fullScale(currentRange_t(range));
+        const double volts = 1.3e-7 * 20.0 / (range == 0 ? 1.0 : 10.0); // range 2 has gain 10
+        std::set<double> currents;
+        std::set<double> voltages;
+        for (int i = 0; i < 40; ++i) {
+            currents.insert(read(calibration, 0.05 * i * amperes, range, 0.0, range).current);
+            voltages.insert(read(calibration, 0.0, range, 0.05 * i * volts, range).workingElectrodeVoltage);
+        }
+        QVERIFY(currents.size() == 2 || currents.size() == 3);
+        QVERIFY(voltages.size() == 2 || voltages.size() == 3);
+    }
+}
+
+void TestSimulatedCalibration::readingsEndWithTheirRange()
+{
+    const SimulatedCalibration calibration(HardwareModelFactory::getHardwareModel(HardwareModel_t::Alder_2_5), 1, 0);
+    for (const double sign : {-1.0, 1.0}) {
+        for (const double beyond : {1.2, 5.0, 1e6}) {
+            const double scale = calibration.fullScale(currentRange_t(3));
+            const double current = sign * read(calibration, sign * beyond * scale, 3, 0.1, 1).current;
+            QVERIFY(current > 1.04 * scale && current < 1.07 * scale);
+            const double volts = sign * read(calibration, 1e-4, 3, sign * beyond * 5.0, 1).workingElectrodeVoltage;
+            QVERIFY(volts > 5.2 && volts < 5.35);
+        }
+        // the widest range reads what the instrument bears at open circuit
+        QVERIFY(std::abs(read(calibration, 0.0, 0, sign * 20.0, 0).workingElectrodeVoltage - sign * 20.0) < 2e-5);
+    }
 }
 
 void TestSimulatedCalibration::codesStandForSetPoints()

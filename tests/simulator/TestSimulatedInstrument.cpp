@@ -1,5 +1,7 @@
 #include "Bench.h"
 
+#include "calibration/Records.h"
+
 #include "support/TestMain.h"
 
 namespace {
@@ -11,7 +13,27 @@ ExpNode_t current(float amperes, float seconds, float interval)
     return timed(Vek_Node_Constant_Current(interval, amperes, 0.0f), seconds);
 }
 
+/// Where a value may lie.
+struct Bounds {
+    double low = 0.0;
+    double high = 0.0;
+    bool hold(double value) const { return value > low && value < high; }
+};
+
+Bounds about(double value)
+{
+    return {value - 2e-5, value + 2e-5};
+}
+
+/// The end of a range, which is up to 13 % beyond its full scale.
+Bounds endOf(double fullScale)
+{
+    return {fullScale, 1.13 * fullScale};
+}
+
 } // namespace
+
+Q_DECLARE_METATYPE(Bounds)
 
 class TestSimulatedInstrument : public QObject
 {
@@ -32,7 +54,10 @@ private Q_SLOTS:
     void judgesManualSettings();
     void endsAnExperimentWithoutAThermocouple();
     void keepsALimitOfTheTemperature();
-    void widensAFixedRange();
+    void clipsAtTheEndsOfAFixedRange_data();
+    void clipsAtTheEndsOfAFixedRange();
+    void clipsWhatIsSetByHand();
+    void stopsAtANodeWhoseRangeDoesNotExist();
     void namesTheChannelsOfTheSdCard();
     void servesItsTables_data();
     void servesItsTables();
@@ -277,17 +302,87 @@ void TestSimulatedInstrument::keepsALimitOfTheTemperature()
     QCOMPARE(bench.payload(NT_EXPERIMENT_DONE, 1).at(8), char(STOP_TEMPERATURE_MAX));
 }
 
-void TestSimulatedInstrument::widensAFixedRange()
+/// What the host reads out of the DC records that have come.
+static QVector<ProcessedDCData> readingsOf(Bench &bench)
 {
-    Bench bench;
-    ExpNode_t node = current(5e-3f, 2.0f, 1.0f);
-    Vek_Node_SetCurrentRange(node, currentRange_t(4)); // 0.1 mA
-    bench.upload({node, endNode()});
-    bench.host->SendCommand(PC_EXPERIMENT_START);
-    QVERIFY(bench.await(NT_EXPERIMENT_DONE));
-    QCOMPARE(bench.count(NT_CURRENT_RANGE_UP), 1);
-    QCOMPARE(bench.payload(NT_CURRENT_RANGE_UP).at(0), char(2)); // 10 mA
-    QCOMPARE(readAt<quint8>(bench.payload(NT_DC_DATA), 40), quint8(2));
+    bench.host->SendCommand(PC_READ_FLASH_CAL);
+    bench.await(NT_RAW_CAL_DATA);
+    const CalibrationData data = calibrated(HardwareModel_t::Alder_2_5, bench.payload(NT_RAW_CAL_DATA));
+    QVector<ProcessedDCData> readings;
+    for (const Packet &packet : bench.packets)
+        if (packet.type == NT_DC_DATA)
+            readings += data.ProcessDCDataPoint(ExperimentalDcData::fromPayload(packet.payload));
+    return readings;
+}
+
+void TestSimulatedInstrument::clipsAtTheEndsOfAFixedRange_data()
+{
+    QTest::addColumn<bool>("isCurrent"); // what is set
+    QTest::addColumn<double>("setpoint");
+    QTest::addColumn<int>("currentRange");    // 4: 0.1 mA
+    QTest::addColumn<int>("voltageRange");    // 3: 0.5 V
+    QTest::addColumn<Bounds>("milliamperes"); // through the cell, 1 kohm
+    QTest::addColumn<Bounds>("readMilliamperes");
+    QTest::addColumn<Bounds>("readVolts");
+    const int anyI = index(currentRange_t::Auto);
+    const int anyV = index(voltageRange_t::Auto);
+    QTest::newRow("wide enough") << true << 0.09e-3 << 4 << 3 << about(0.09) << about(0.09) << about(0.09);
+    QTest::newRow("automatic") << true << 5e-3 << anyI << anyV << about(5.0) << about(5.0) << about(5.0);
+    QTest::newRow("current set") << true << 5e-3 << 4 << anyV << endOf(0.1) << endOf(0.1) << endOf(0.1);
+    QTest::newRow("voltage set") << false << 5.0 << anyI << 3 << endOf(0.5) << endOf(0.5) << endOf(0.5);
+    QTest::newRow("current read") << false << 5.0 << 4 << anyV << about(5.0) << endOf(0.1) << about(5.0);
+    QTest::newRow("voltage read") << true << 5e-3 << anyI << 3 << about(5.0) << about(5.0) << endOf(0.5);
+}
+
+void TestSimulatedInstrument::clipsAtTheEndsOfAFixedRange()
+{
+    QFETCH(bool, isCurrent);
+    QFETCH(double, setpoint);
+    QFETCH(int, currentRange);
+    QFETCH(int, voltageRange);
+    QFETCH(Bounds, milliamperes);
+    QFETCH(Bounds, readMilliamperes);
+    QFETCH(Bounds, readVolts);
+    for (const float sign : {1.0f, -1.0f}) {
+        Bench bench;
+        ExpNode_t node = isCurrent ? current(sign * float(setpoint), 1.0f, 1.0f)
+                                   : timed(Vek_Node_Constant_Voltage(1.0f, sign * float(setpoint), false, 0.0f), 1.0f);
+        Vek_Node_SetCurrentRange(node, currentRange_t(currentRange));
+        Vek_Node_SetVoltageRange(node, voltageRange_t(voltageRange));
+        bench.upload({node, endNode()});
+        bench.host->SendCommand(PC_EXPERIMENT_START);
+        QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+        const ProcessedDCData reading = readingsOf(bench).first();
+        QVERIFY(milliamperes.hold(1e3 * double(sign) * reading.charge)); // of one second
+        QVERIFY(readMilliamperes.hold(1e3 * double(sign) * reading.current));
+        QVERIFY(readVolts.hold(double(sign) * reading.workingElectrodeVoltage));
+        QCOMPARE(bench.count(NT_CURRENT_RANGE_UP), 0);
+    }
+}
+
+void TestSimulatedInstrument::clipsWhatIsSetByHand()
+{
+    Bench bench({}, 1, 200.0);
+    QCOMPARE(bench.acknowledged(PC_MANUAL_START), int(FW_SUCCESS));
+    QCOMPARE(bench.acknowledged(PC_MANUAL_GALVANO_SETPOINT, packed(5e-3f)), int(FW_SUCCESS));
+    for (const auto &[range, volts] : {std::pair(4, endOf(0.1)), std::pair(index(currentRange_t::Auto), about(5.0))}) {
+        QCOMPARE(bench.acknowledged(PC_CURRENT_RANGE, packed(quint8(range))), int(FW_SUCCESS));
+        QVERIFY(bench.await(NT_DC_DATA, bench.count(NT_DC_DATA) + 2)); // the second one has begun with the range
+        QVERIFY(volts.hold(readingsOf(bench).last().workingElectrodeVoltage));
+    }
+}
+
+void TestSimulatedInstrument::stopsAtANodeWhoseRangeDoesNotExist()
+{
+    for (const quint8 ranges : {quint8(0xFB), quint8(0x4F)}) { // no current range 11, no voltage range 4
+        Bench bench;
+        ExpNode_t node = current(1e-3f, 1.0f, 1.0f);
+        node.ranges = ranges;
+        bench.upload({node, endNode()});
+        bench.host->SendCommand(PC_EXPERIMENT_START);
+        QVERIFY(bench.await(NT_EXPERIMENT_DONE));
+        QCOMPARE(bench.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_BAD_NODE));
+    }
 }
 
 void TestSimulatedInstrument::namesTheChannelsOfTheSdCard()
