@@ -64,6 +64,8 @@ public:
     void step();
     /// Time passes for the channel, though it may be at rest.
     bool isActive() const { return _mode != Mode::Stopped; }
+    /// An experiment, manual or paused too; the channel of a group runs while its leader does.
+    bool isBusy() const { return _mode != Mode::Stopped && _mode != Mode::Idle; }
     /// Nothing but the computer's speed limits how fast its time may pass.
     bool isRunningFreely() const { return _mode == Mode::Experiment && !_runner->isPaused(); }
 
@@ -145,7 +147,6 @@ private:
     void sendDcRecord(const DcSample &sample, quint8 counter);
     void sendToAll(Notifications_t type, const QByteArray &payload = QByteArray());
     void dissolveGroup();
-    bool isBusy() const { return _mode != Mode::Stopped && _mode != Mode::Idle; }
     void send(Notifications_t type, const QByteArray &payload = QByteArray());
 
     const int _number;

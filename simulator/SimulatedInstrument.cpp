@@ -252,10 +252,29 @@ void SimulatedInstrument::answerPing(const Frame &frame)
     send(int(frame.channel), NT_PING_REPLY, {});
 }
 
-/// No recovery data are kept, hence no bit is set. The clock is asked for once, as after switching on.
+/**
+ * Which of the first four channels run. A host looks at that only in a valid word, as that of an instrument is which keeps
+ * what its runs measure; so it is valid while a channel runs. Nothing is kept here from before, so no bit of that is set.
+ */
+quint16 SimulatedInstrument::status() const
+{
+    constexpr int reportedChannels = 4;
+    constexpr unsigned valid = 1u << 8;
+    unsigned word = 0;
+    for (int channel = 0; channel < int(_channels.size()); ++channel) {
+        if (!_channels[std::size_t(channel)]->isBusy())
+            continue;
+        word |= valid;
+        if (channel < reportedChannels)
+            word |= 1u << (reportedChannels + channel);
+    }
+    return quint16(word);
+}
+
+/// The clock is asked for once, as after switching on.
 void SimulatedInstrument::answerStatus(const Frame &)
 {
-    send(deviceChannel, NT_DEVICE_STATUS, packed(quint16(0)));
+    send(deviceChannel, NT_DEVICE_STATUS, packed(isGale() ? quint16(0) : status()));
     if (!_askedForTime)
         send(deviceChannel, NT_TIME_REQUEST, {});
     _askedForTime = true;

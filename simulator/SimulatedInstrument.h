@@ -93,6 +93,7 @@ private:
     void makeChannels(std::vector<std::unique_ptr<Cell>> cells);
     bool isGale() const { return _setup.model == HardwareModel_t::Gale; }
 
+    quint16 status() const;
     void answerPing(const Frame &frame);
     void answerStatus(const Frame &frame);
     void answerCalibration(const Frame &frame);

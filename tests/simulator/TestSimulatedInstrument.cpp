@@ -58,6 +58,7 @@ private Q_SLOTS:
     void clipsAtTheEndsOfAFixedRange();
     void clipsWhatIsSetByHand();
     void stopsAtANodeWhoseRangeDoesNotExist();
+    void tellsWhichChannelsRun();
     void namesTheChannelsOfTheSdCard();
     void servesItsTables_data();
     void servesItsTables();
@@ -383,6 +384,34 @@ void TestSimulatedInstrument::stopsAtANodeWhoseRangeDoesNotExist()
         QVERIFY(bench.await(NT_EXPERIMENT_DONE));
         QCOMPARE(bench.payload(NT_EXPERIMENT_DONE).at(8), char(STOP_BAD_NODE));
     }
+}
+
+static int statusOf(Bench &bench)
+{
+    const int before = bench.count(NT_DEVICE_STATUS);
+    bench.host->SendCommand(PC_READ_DEVICE_STATUS);
+    bench.await(NT_DEVICE_STATUS, before + 1);
+    return readAt<quint16>(bench.payload(NT_DEVICE_STATUS, before), 0);
+}
+
+void TestSimulatedInstrument::tellsWhichChannelsRun()
+{
+    Bench bench({}, 5, 1.0);
+    QCOMPARE(bench.acknowledged(PC_DEFAULT_SAMPLING, {}, 3), int(FW_SUCCESS));
+    QCOMPARE(statusOf(bench), 0); // sampling idly is no run
+    for (const quint8 channel : {quint8(1), quint8(4)}) {
+        bench.upload({current(1e-3f, 1000.0f, 1.0f), endNode()}, channel);
+        QCOMPARE(bench.acknowledged(PC_EXPERIMENT_START, {}, channel), int(FW_SUCCESS));
+    }
+    QCOMPARE(statusOf(bench), 1 << 8 | 1 << 5);
+    QCOMPARE(bench.acknowledged(PC_MANUAL_START, {}, 2), int(FW_SUCCESS));
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_PAUSE, {}, 1), int(FW_SUCCESS));
+    QCOMPARE(statusOf(bench), 1 << 8 | 1 << 5 | 1 << 6);
+    for (const quint8 channel : {quint8(1), quint8(2)})
+        QCOMPARE(bench.acknowledged(PC_EXPERIMENT_STOP, {}, channel), int(FW_SUCCESS));
+    QCOMPARE(statusOf(bench), 1 << 8); // channel 4 runs, but has no bit of its own
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_STOP, {}, 4), int(FW_SUCCESS));
+    QCOMPARE(statusOf(bench), 0);
 }
 
 void TestSimulatedInstrument::namesTheChannelsOfTheSdCard()
