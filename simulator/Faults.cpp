@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -74,6 +75,24 @@ bool readNumber(const QString &text, double &number, double least)
     bool isGood = false;
     number = text.toDouble(&isGood);
     return isGood && number >= least;
+}
+
+/// A whole number that is not less than @p least nor more than @p most.
+bool readWhole(const QString &text, int &number, int least, int most)
+{
+    bool isGood = false;
+    number = text.toInt(&isGood);
+    return isGood && number >= least && number <= most;
+}
+
+/// A verdict other than success; those without a meaning too, since a host must bear them.
+bool readRefusal(const QString &text, FirmwareErrorCode &code)
+{
+    int number = 0;
+    if (!readWhole(text, number, 1, std::numeric_limits<qint8>::max()))
+        return false;
+    code = FirmwareErrorCode(number);
+    return true;
 }
 
 using Arguments = const QString &;
@@ -173,6 +192,13 @@ bool addLag(Faults &faults, const QString &text)
     return true;
 }
 
+bool addRefusedNode(Faults &faults, const QString &text)
+{
+    const QStringList parts = text.split(QLatin1Char(','));
+    return parts.size() == 2 && readWhole(parts[0], faults.refusedNode, 1, std::numeric_limits<quint16>::max()) &&
+           readRefusal(parts[1], faults.nodeRefusal);
+}
+
 bool addDisconnection(Faults &faults, const QString &text)
 {
     double number = 0.0;
@@ -205,6 +231,10 @@ const FaultRow faultRows[] = {
         [](Faults &f, Arguments a) { return addCount(f.pieceSize, a, 5); }},
     {"lost-acks", "N", "loses each N-th acknowledgement (1)",
         [](Faults &f, Arguments a) { return addCount(f.lostAckEvery, a, 1); }},
+    {"refuse-start", "CODE", "acknowledges each start, also by hand, with a code from 1 to 127, and does not start",
+        [](Faults &f, Arguments a) { return readRefusal(a, f.startRefusal); }},
+    {"refuse-node", "N,CODE", "acknowledges the N-th node of each upload with a code, and does not take it",
+        addRefusedNode},
     {"sd-magic", "", "gives the SD card's tables a wrong magic",
         [](Faults &f, Arguments) { return f.sdCard.hasWrongMagic = true; }},
     {"sd-cut", "", "falls silent half-way through the SD card's tables",

@@ -25,11 +25,14 @@ struct Faults {
     QMap<int, double> lagsFrom;   ///< channels whose counter falls behind their group's, and the second of a run
     QSet<int> shortReplies;       ///< commands whose answer lacks its last byte
     int lostAckEvery = 0;         ///< each n-th acknowledgement, of nodes too, is lost; 0: none
-    int delayMs = 0;              ///< each answer to a command comes so much later
-    int garbageEvery = 0;         ///< garbage stands before each n-th frame; 0: never
-    int pieceSize = 0;            ///< frames go out in pieces of so many bytes; 0: whole
-    double disconnectAt = -1.0;   ///< seconds of instrument time after the first start; negative: never
-    qint64 disconnectAfter = -1;  ///< DC records; negative: never
+    FirmwareErrorCode startRefusal = FW_SUCCESS; ///< of each start, also by hand; success: none is refused
+    FirmwareErrorCode nodeRefusal = FW_SUCCESS;  ///< of one node of each upload
+    int refusedNode = 0;                         ///< its number, from 1; 0: none
+    int delayMs = 0;                             ///< each answer to a command comes so much later
+    int garbageEvery = 0;                        ///< garbage stands before each n-th frame; 0: never
+    int pieceSize = 0;                           ///< frames go out in pieces of so many bytes; 0: whole
+    double disconnectAt = -1.0;                  ///< seconds of instrument time after the first start; negative: never
+    qint64 disconnectAfter = -1;                 ///< DC records; negative: never
     SdCardFaults sdCard;
     BootFaults boot; ///< of the bootloader
     QVector<TimedEvent> events;

@@ -347,11 +347,12 @@ bool SimulatedChannel::takeNodeList(PCcommand_t command, const QByteArray &paylo
 {
     switch (command) {
     case PC_NODE_LIST_BEGIN:
+        _offeredNodes = 0;
         if (!isBusy())
             _store.begin(readAt<quint16>(payload, 0));
         return true;
     case PC_NODE_APPEND:
-        send(NT_NODE_APPENDED, packed(quint8(isBusy() ? FW_CHANNEL_NOT_IDLE : _store.append(payload))));
+        send(NT_NODE_APPENDED, packed(quint8(takeNode(payload))));
         return true;
     case PC_NODE_LIST_END:
         if (!isBusy())
@@ -362,8 +363,17 @@ bool SimulatedChannel::takeNodeList(PCcommand_t command, const QByteArray &paylo
     }
 }
 
+FirmwareErrorCode SimulatedChannel::takeNode(const QByteArray &record)
+{
+    if (++_offeredNodes == _setup.refusedNode)
+        return _setup.nodeRefusal;
+    return isBusy() ? FW_CHANNEL_NOT_IDLE : _store.append(record);
+}
+
 SimulatedChannel::Answer SimulatedChannel::startExperiment(const QByteArray &, quint64 now)
 {
+    if (_setup.startRefusal != FW_SUCCESS)
+        return {_setup.startRefusal};
     if (isBusy())
         return {FW_CHANNEL_NOT_IDLE};
     if (!_store.isComplete())
@@ -438,6 +448,8 @@ SimulatedChannel::Answer SimulatedChannel::startIdleSampling(const QByteArray &,
 
 SimulatedChannel::Answer SimulatedChannel::startManual(const QByteArray &, quint64 now)
 {
+    if (_setup.startRefusal != FW_SUCCESS)
+        return {_setup.startRefusal};
     if (isBusy())
         return {FW_MANUAL_START_FAILED};
     return {FW_SUCCESS, [this, now] { begin(Mode::Manual, now); }};

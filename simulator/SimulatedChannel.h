@@ -47,10 +47,13 @@ public:
         double temperature = 25.0;      ///< degrees Celsius; NaN without a thermocouple
         double counterResistance = 0.0; ///< ohms between reference and counter electrode
         quint64 seed = 1;
-        bool runsAc = false;           ///< impedance nodes are not refused
-        bool hasLoadImpedance = false; ///< takes one fed forward
-        bool hasTare = false;          ///< measures its offsets before each experiment
-        int acCycles = 120;            ///< the most that one AC record holds
+        bool runsAc = false;                         ///< impedance nodes are not refused
+        bool hasLoadImpedance = false;               ///< takes one fed forward
+        bool hasTare = false;                        ///< measures its offsets before each experiment
+        int acCycles = 120;                          ///< the most that one AC record holds
+        FirmwareErrorCode startRefusal = FW_SUCCESS; ///< the code with which each start is refused; success: none is
+        FirmwareErrorCode nodeRefusal = FW_SUCCESS;  ///< likewise one node of each upload
+        int refusedNode = 0;                         ///< its number, from 1
         QVector<TimedEvent> events;
         /// Seconds of a run after which the counter is behind that of the channel's group.
         double lagsFrom = std::numeric_limits<double>::infinity();
@@ -132,6 +135,7 @@ private:
     void onRunDone(quint64 tick, ExpStopType_t reason) override;
 
     bool takeNodeList(PCcommand_t command, const QByteArray &payload);
+    FirmwareErrorCode takeNode(const QByteArray &record);
     void begin(Mode mode, quint64 now);
     void endManual(quint64 tick, ExpStopType_t reason);
     void stepFreeRun();
@@ -156,6 +160,7 @@ private:
     std::unique_ptr<FrontEnd> _frontEnd;
     Regulator _regulator;
     NodeStore _store;
+    int _offeredNodes = 0;               ///< of this upload
     std::unique_ptr<NodeRunner> _runner; ///< kept after its end until the next start
     std::unique_ptr<FreeRun> _freeRun;
     Mode _mode = Mode::Stopped;

@@ -84,6 +84,9 @@ void SimulatedInstrument::makeChannels(std::vector<std::unique_ptr<Cell>> cells)
     SimulatedChannel::Setup &setup = _setup.channel;
     const quint32 seed = quint32(setup.seed);
     setup.events = _setup.faults.events;
+    setup.startRefusal = _setup.faults.startRefusal;
+    setup.nodeRefusal = _setup.faults.nodeRefusal;
+    setup.refusedNode = _setup.faults.refusedNode;
     setup.runsAc = _model->isSupportACExperiment();
     setup.hasTare = setup.hasLoadImpedance = isGale();
     setup.acCycles = isGale() ? mostCyclesOfABatch : setup.acCycles;

@@ -59,6 +59,8 @@ private Q_SLOTS:
     void clipsWhatIsSetByHand();
     void stopsAtANodeWhoseRangeDoesNotExist();
     void tellsWhichChannelsRun();
+    void refusesAsAsked_data();
+    void refusesAsAsked();
     void namesTheChannelsOfTheSdCard();
     void servesItsTables_data();
     void servesItsTables();
@@ -412,6 +414,41 @@ void TestSimulatedInstrument::tellsWhichChannelsRun()
     QCOMPARE(statusOf(bench), 1 << 8); // channel 4 runs, but has no bit of its own
     QCOMPARE(bench.acknowledged(PC_EXPERIMENT_STOP, {}, 4), int(FW_SUCCESS));
     QCOMPARE(statusOf(bench), 0);
+}
+
+void TestSimulatedInstrument::refusesAsAsked_data()
+{
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<QList<int>>("nodes"); // codes of an upload of three
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("manualStart");
+    const QList<int> good{FW_SUCCESS, FW_SUCCESS, FW_SUCCESS};
+    QTest::newRow("starts") << "refuse-start:11" << good << int(FW_BAD_PARAMETERS) << int(FW_BAD_PARAMETERS);
+    QTest::newRow("starts, with a code that has no meaning") << "refuse-start:99" << good << 99 << 99;
+    QTest::newRow("a node") << "refuse-node:2,8" << QList<int>{FW_SUCCESS, FW_NODE_NOT_APPENDED, FW_SUCCESS}
+                            << int(FW_NO_EXPERIMENT) << int(FW_SUCCESS);
+    QTest::newRow("a node that does not come")
+        << "refuse-node:4,8" << good << int(FW_SUCCESS) << int(FW_MANUAL_START_FAILED);
+}
+
+void TestSimulatedInstrument::refusesAsAsked()
+{
+    QFETCH(QString, fault);
+    QFETCH(QList<int>, nodes);
+    QFETCH(int, start);
+    QFETCH(int, manualStart);
+    Bench bench({fault}, 1, 1.0);
+    for (int upload = 0; upload < 2; ++upload) { // the count starts again with each
+        const int before = bench.count(NT_NODE_APPENDED);
+        bench.upload({current(1e-3f, 1000.0f, 1.0f), current(1e-3f, 1000.0f, 1.0f), endNode()});
+        for (int i = 0; i < nodes.size(); ++i)
+            QCOMPARE(int(bench.payload(NT_NODE_APPENDED, before + i).at(0)), nodes.at(i));
+    }
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_START), start);
+    QCOMPARE(bench.acknowledged(PC_MANUAL_START), manualStart);
+    bench.host->SendCommand(PC_PING);
+    QVERIFY(bench.await(NT_PING_REPLY));
+    QCOMPARE(bench.count(NT_DATA_BEGIN), start == FW_SUCCESS || manualStart == FW_SUCCESS ? 1 : 0);
 }
 
 void TestSimulatedInstrument::namesTheChannelsOfTheSdCard()

@@ -63,6 +63,12 @@ void TestSimulatorProgram::complainsInOneLine_data()
     QTest::newRow("change") << QStringList{"--on-change", "false"} << "nimbrelle-sim: 'false' has failed\n";
     QTest::newRow("step") << QStringList{"--fault", "boot-silence:jump"}
                           << "nimbrelle-sim: --fault: 'boot-silence:jump' wants 'boot-silence:STEP'\n";
+    for (const char *fault : {"refuse-start:0", "refuse-start:128", "refuse-start:1.5", "refuse-start"})
+        QTest::newRow(fault) << QStringList{"--fault", fault}
+                             << QStringLiteral("nimbrelle-sim: --fault: '%1' wants 'refuse-start:CODE'\n").arg(fault);
+    for (const char *fault : {"refuse-node:0,8", "refuse-node:2", "refuse-node:2,0", "refuse-node:2,8,9"})
+        QTest::newRow(fault) << QStringList{"--fault", fault}
+                             << QStringLiteral("nimbrelle-sim: --fault: '%1' wants 'refuse-node:N,CODE'\n").arg(fault);
     QTest::newRow("truth") << QStringList{"--truth", "/nowhere/truth.csv"}
                            << "nimbrelle-sim: cannot write /nowhere/truth.csv: No such file or directory\n";
 }
