@@ -40,7 +40,8 @@ private:
             return (1.0 - shareOfStep(x)) / x;
         double sum = 0.0;
         double term = 0.5;
-        for (int k = 3; sum + term != sum; ++k) {
+        constexpr int more = 30; // than any x up to one half needs; NaN would never end
+        for (int k = 3; k < more && sum + term != sum; ++k) {
             sum += term;
             term *= -x / k;
         }
