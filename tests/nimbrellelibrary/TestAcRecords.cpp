@@ -100,6 +100,26 @@ std::vector<ComplexDataPoint_t> analysed(std::vector<GaleBatch> batches, const C
     return NimbrelleLib::AnalyzeFRA(headers, words, calibrations, bipolar, {4, 5}, debugPath, 0.5);
 }
 
+/// A mainline channel on the Alder; its tables, if any, are those of an instrument named "Bench" in the documents.
+CalibrationData alder(const TableFolder &documents)
+{
+    CalibrationData calibration = calibrated(HardwareModel_t::Alder_2_5, roundMainRecord());
+    calibration.importCalData(documents.path(), QStringLiteral("Bench"));
+    return calibration;
+}
+
+void writeTable(const TableFolder &documents, const QString &name, const QByteArray &contents)
+{
+    QDir(documents.path()).mkpath(QStringLiteral("Calibration files/Bench"));
+    documents.write(QStringLiteral("Calibration files/Bench/") + name, contents);
+}
+
+bool isInfinite(const ComplexDataPoint_t &point)
+{
+    return std::isinf(point.absZ) && std::isinf(point.realZ) && point.imagZ == 0.0 && point.phaseDeg == 0.0 &&
+           point.currentAmplitude == 0.0;
+}
+
 /// A cycler whose amplitudes need no correction by frequency: 1/2 A and 1/4 V per unit.
 CalibrationData flatCycler()
 {
@@ -113,6 +133,8 @@ const Signal galeVoltage = {4000.0, 80000.0, -50.0, 0.0};
 
 } // namespace
 
+Q_DECLARE_METATYPE(ADC_src_t)
+
 class TestAcRecords : public QObject
 {
     Q_OBJECT
@@ -122,14 +144,20 @@ private Q_SLOTS:
     void computesAMainlinePoint();
     void straightensTheInternalConverterAlone();
     void withoutCurrentTheImpedanceIsInfinite();
+    void currentAtOneCodeStaysInfiniteBehindACable_data();
+    void currentAtOneCodeStaysInfiniteBehindACable();
+    void cableTakesItsCurrent();
     void refusesMalformedPackets_data();
     void refusesMalformedPackets();
     void takesAStoredTransform();
     void computesACyclerPoint();
     void parallelChannelsAddTheirCurrents();
+    void groupAveragesDistortionAndKeepsTheLastPeriods();
+    void shortRecordsHaveNoWholePeriod();
     void bipolarPairKeepsTheSecondChannelsMeans();
     void multiToneGivesSixPoints();
     void takesCommonModeCurrentOff();
+    void currentAtOneCodeHasNoCommonMode();
     void shortCyclerDataReadAsZeros();
     void writesTheTimeSeries();
 };
@@ -174,13 +202,11 @@ void TestAcRecords::computesAMainlinePoint()
 void TestAcRecords::straightensTheInternalConverterAlone()
 {
     const TableFolder documents;
-    QDir(documents.path()).mkpath(QStringLiteral("Calibration files/Bench"));
     QByteArray doubled;
     for (int code = 0; code < 4096; ++code)
         doubled += QByteArray::number(2 * code) + '\n';
-    documents.write(QStringLiteral("Calibration files/Bench/PIC_ADC_LUT_current.csv"), doubled);
-    CalibrationData calibration = calibrated(HardwareModel_t::Alder_2_5, roundMainRecord());
-    calibration.importCalData(documents.path(), QStringLiteral("Bench"));
+    writeTable(documents, QStringLiteral("PIC_ADC_LUT_current.csv"), doubled);
+    const CalibrationData calibration = alder(documents);
 
     const Signal codes = {2000.0, 1500.0, 0.0, 0.0};
     for (const ADC_src_t source : {ADC_src_t::Internal12Bit, ADC_src_t::External16Bit}) {
@@ -210,6 +236,54 @@ void TestAcRecords::withoutCurrentTheImpedanceIsInfinite()
     QCOMPARE(points.size(), std::size_t(1));
     QVERIFY(std::isinf(points[0].absZ));
     QCOMPARE(points[0].imagZ, 0.0);
+}
+
+void TestAcRecords::currentAtOneCodeStaysInfiniteBehindACable_data()
+{
+    QTest::addColumn<bool>("hasFloats");
+    QTest::addColumn<ADC_src_t>("source");
+    QTest::newRow("external converter") << false << ADC_src_t::External16Bit;
+    QTest::newRow("internal converter") << false << ADC_src_t::Internal12Bit;
+    QTest::newRow("float samples") << true << ADC_src_t::External16Bit;
+}
+
+// The cable alone would answer with its own impedance, of opposite sign: a credible one.
+void TestAcRecords::currentAtOneCodeStaysInfiniteBehindACable()
+{
+    QFETCH(bool, hasFloats);
+    QFETCH(ADC_src_t, source);
+    const TableFolder documents;
+    writeTable(documents, QStringLiteral("CableParallelImpedance_range2.csv"), "h\n1,1000,-90");
+    const CalibrationData calibration = alder(documents);
+    const Signal current = {500.0, 0.0, 0.0, 0.0};
+    const Signal voltage = {2000.0, 1000.0, 0.0, 0.0};
+    const P24ExperimentalAcData head = mainHead(hasFloats, source);
+    const ComplexDataPoint_t point =
+        analysed(hasFloats ? mainPacket<float>(head, current, voltage) : mainPacket<qint16>(head, current, voltage),
+                 calibration);
+    QVERIFY2(isInfinite(point), qPrintable(QString::number(point.absZ)));
+    QVERIFY(isNear(point.voltageAmplitude, 0.25, 1e-3));
+    QVERIFY(isNear(point.rawDCcurrent, 500.0, 1e-6));
+
+    QByteArray stored = bytesOfRecord(head);
+    for (const float number : {20000.0f, 0.0f, 0.0f, 0.0f, 1600.0f, 1000.0f})
+        stored += bytesOfRecord(number);
+    QVERIFY(isInfinite(NimbrelleLib::AnalyzeFourierOnRecover(stored, &calibration, HardwareModel_t::Alder_2_5, {})));
+}
+
+// 5 V and 0.01 A at -60 degrees: 500 ohms, whose admittance is (1 + i sqrt 3) / 1000. Behind a cable of -2000i ohms,
+// which is i / 2000, (1 + i (sqrt 3 - 1/2)) / 1000 are left.
+void TestAcRecords::cableTakesItsCurrent()
+{
+    const TableFolder documents;
+    writeTable(documents, QStringLiteral("CableParallelImpedance_range2.csv"), "h\n1,2000,-90");
+    const ComplexDataPoint_t point = analysed(
+        mainPacket<qint16>(mainHead(false), {0.0, 10000.0, 20.0, 0.0}, {0.0, 20000.0, -40.0, 0.0}), alder(documents));
+    const double admittance = std::hypot(1.0, std::sqrt(3.0) - 0.5) / 1000.0;
+    QVERIFY(isNear(point.absZ, 1.0 / admittance, 3e-4));
+    QVERIFY(isNear(point.phaseDeg, -std::atan(std::sqrt(3.0) - 0.5) * 180.0 / pi, 3e-4));
+    QVERIFY(isNear(point.voltageAmplitude, 5.0, 1e-4));
+    QVERIFY(isNear(point.currentAmplitude, 5.0 * admittance, 3e-4)); // the cell's alone
 }
 
 void TestAcRecords::refusesMalformedPackets_data()
@@ -288,6 +362,32 @@ void TestAcRecords::parallelChannelsAddTheirCurrents()
     QVERIFY(isNear(points[0].dcVoltage, 500.0, 1e-2));
 }
 
+void TestAcRecords::groupAveragesDistortionAndKeepsTheLastPeriods()
+{
+    const GaleBatch twoPercent(galeCurrent, {4000.0, 80000.0, -50.0, 1600.0});
+    GaleBatch fivePercent({100.0, 20000.0, 10.0, 1000.0}, galeVoltage); // the current's distortion is the larger one
+    fivePercent.head.samplesPerSignal = 141;
+    const auto points = analysed({twoPercent, fivePercent}, flatCycler());
+    QVERIFY(isNear(points[0].thdPercent, 3.5, 1e-2));
+    QCOMPARE(points[0].numPeriods, 7.0);
+    const auto pair = analysed({fivePercent, twoPercent}, flatCycler(), true);
+    QVERIFY(isNear(pair[0].thdPercent, 3.5, 1e-2));
+    QCOMPARE(pair[0].numPeriods, 10.0);
+}
+
+void TestAcRecords::shortRecordsHaveNoWholePeriod()
+{
+    GaleBatch batch(galeCurrent, galeVoltage);
+    batch.head.samplesPerSignal = 19; // of 20 samples a period
+    QCOMPARE(analysed({batch}, flatCycler())[0].numPeriods, 0.0);
+
+    P24ExperimentalAcData head = mainHead(false);
+    head.samplesPerSignal = 19;
+    const Signal signal = {0.0, 1000.0, 0.0, 0.0};
+    const auto calibration = calibrated(HardwareModel_t::Alder_2_5, roundMainRecord());
+    QCOMPARE(analysed(mainPacket<qint16>(head, signal, signal), calibration).numPeriods, 1.0); // what it is taken for
+}
+
 void TestAcRecords::bipolarPairKeepsTheSecondChannelsMeans()
 {
     const auto points = analysed(
@@ -321,6 +421,22 @@ void TestAcRecords::takesCommonModeCurrentOff()
     // 10000 A - 20000 V * 0.25i S = (10000 - 5000i) A
     QVERIFY(isNear(points[0].currentAmplitude, std::sqrt(1.25e8), 1e-4));
     QVERIFY(isNear(points[0].phaseDeg, std::atan2(-0.5, 1.0) * 180.0 / pi, 1e-3));
+}
+
+// Common mode alone would answer with the impedance that drives it: a credible one.
+void TestAcRecords::currentAtOneCodeHasNoCommonMode()
+{
+    cal_vc07 record = roundGaleRecord();
+    record.acIMag[0][0] = record.acVMag[0][0] = 1.0f;
+    record.cmReal[0] = 0.5f;
+    const CalibrationData calibration = calibrated(HardwareModel_t::Gale, record);
+    const GaleBatch still({100.0, 0.0, 0.0, 0.0}, galeVoltage);
+    const GaleBatch alive(galeCurrent, galeVoltage);
+    const auto points = analysed({still, still}, calibration);
+    QVERIFY2(isInfinite(points[0]), qPrintable(QString::number(points[0].absZ)));
+    QVERIFY(isNear(points[0].voltageAmplitude, 20000.0, 1e-4));
+    QVERIFY(std::isfinite(analysed({still, alive}, calibration)[0].absZ));
+    QVERIFY(std::isfinite(analysed({alive, still}, calibration)[0].absZ));
 }
 
 void TestAcRecords::shortCyclerDataReadAsZeros()

@@ -30,6 +30,7 @@ struct Batch {
 struct Sums {
     std::complex<double> current;
     std::complex<double> voltage;
+    bool hasCurrent = false; ///< some channel's current does not stand at one code
 };
 
 std::vector<float> tonesOf(const Gale_AC_Header_t &head)
@@ -74,6 +75,7 @@ bool addChannel(const Batch &batch, float tone, bool isReversed, ComplexDataPoin
     const auto current = std::polar(std::abs(measuredCurrent), std::arg(measuredCurrent) - std::arg(measuredVoltage));
     sums.current += calibration.removeCMCurrent(current, currentRange, tone, voltage);
     sums.voltage += voltage;
+    sums.hasCurrent = sums.hasCurrent || std::abs(measuredCurrent) != 0.0;
 
     const double direction = isReversed ? -1.0 : 1.0;
     point.numPeriods = wholePeriods(head.samplesPerSignal, head.sampleFrequency, tone);
@@ -113,6 +115,8 @@ bool analyseTone(const std::vector<Batch> &batches, float tone, bool bipolar, Co
     for (std::size_t i = 0; i < batches.size(); ++i)
         if (!addChannel(batches[i], tone, bipolar && i % 2 == 1, point, sums))
             return false;
+    if (!sums.hasCurrent)
+        sums.current = 0.0; // the common mode alone would be left, and look like a cell
     if (bipolar) {
         point.dcCurrent *= 0.5;
         point.dcVoltage *= 2.0;

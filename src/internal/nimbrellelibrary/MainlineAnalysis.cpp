@@ -90,10 +90,11 @@ void setMeasurement(ComplexDataPoint_t &point, const RawFundamentals &raw, const
                                                                        frequency, raw.currentMean, head.adcSource());
     const std::complex<double> voltage = calibration.getACVoltage_main(raw.voltage, head.weGain, head.iGain, frequency,
                                                                        raw.voltageMean, head.adcSource());
-    // The transform's entries are conjugate phasors. Polar coordinates would turn infinity's imaginary part into NaN.
-    const std::complex<double> z =
-        std::conj(std::abs(current) == 0.0 ? std::complex<double>(infinity, 0.0) : voltage / current);
-    setImpedance(point, calibration.adjustZforCableCapacitance(frequency, z, head.currentRange));
+    // Without a current the cable has none to take off: its own impedance would be left, with the sign turned.
+    std::complex<double> z(infinity, 0.0);
+    if (std::abs(current) != 0.0) // the transform's entries are conjugate phasors
+        z = calibration.adjustZforCableCapacitance(frequency, std::conj(voltage / current), head.currentRange);
+    setImpedance(point, z);
     point.voltageAmplitude = std::abs(voltage);
     point.currentAmplitude = point.voltageAmplitude / point.absZ;
 }

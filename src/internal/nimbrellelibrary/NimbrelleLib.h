@@ -84,7 +84,7 @@ public:
      * One impedance point from a mainline AC record, payload of NT_AC_DATA. Model and path take no part.
      *
      * @failure A record without samples, or of another length than its head says, gives a point of zeros and a debug
-     *          line. Without current the impedance is infinite.
+     *          line. A current that stands at one code gives an infinite impedance, also behind a cable.
      */
     static ComplexDataPoint_t AnalyzeFRA(const QByteArray &packet, const CalibrationData *cal, HardwareModel_t model,
                                          QString path);
@@ -98,7 +98,8 @@ public:
      * @param channels   0-based numbers for the debug file
      * @param debugPath  folder, with its closing separator, for a file of the samples; empty: none is written
      * @param startTime  seconds of the instrument's clock at which that file's time begins
-     * @failure Without samples: no point, and a debug line.
+     * @failure Without samples: no point, and a debug line. Where every channel's current stands at one code, the
+     *          impedance is infinite, whatever the common mode.
      */
     static std::vector<ComplexDataPoint_t> AnalyzeFRA(std::vector<Gale_AC_Header_t> headers,
                                                       std::vector<std::pair<int *, int>> &data,
