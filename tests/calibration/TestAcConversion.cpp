@@ -72,6 +72,8 @@ private Q_SLOTS:
     void lowSideRangesTakeBothTransimpedanceStages();
     void highSideRangesTakeTheBuffer();
     void lumpedTablesComeFirst();
+    void highSettingsAreReadAsLowPasses_data();
+    void highSettingsAreReadAsLowPasses();
     void voltageTakesMatrixAndBuffer();
     void indicesOutsideTheRecordGiveZero();
     void internalConverterIsCorrected();
@@ -82,6 +84,7 @@ private Q_SLOTS:
     void namesNeverLeaveTheFolder();
     void importerFillsTheInstrumentsFolder();
     void turnsCyclerAmplitudesByTheirPolynomials();
+    void everyCyclerRangeHasItsOwnAcFactors();
     void biasIsForTheOwnLineAlone();
     void convertsCyclerBatches();
     void impedanceOffsetIsNeutral();
@@ -155,6 +158,38 @@ void TestAcConversion::lumpedTablesComeFirst()
     QVERIFY(isNear(currentOf(folder.channel(), 6), 1.0));
 }
 
+void TestAcConversion::highSettingsAreReadAsLowPasses_data()
+{
+    QTest::addColumn<int>("range");
+    QTest::addColumn<bool>("isLowPass");
+    QTest::newRow("I_inputBuffer.csv") << 0 << false;
+    QTest::newRow("TIA_stage1setting1.csv") << 2 << false;
+    QTest::newRow("TIA_stage1setting2.csv") << 4 << false;
+    QTest::newRow("TIA_stage1setting3.csv") << 6 << true;
+    QTest::newRow("TIA_stage1setting4.csv") << 8 << true;
+    QTest::newRow("TIA_stage2setting1.csv") << 2 << false;
+    QTest::newRow("TIA_stage2setting2.csv") << 3 << true;
+    QTest::newRow("Range0.csv") << 0 << false;
+    QTest::newRow("Range3.csv") << 3 << false;
+    QTest::newRow("Range4.csv") << 4 << true;
+    QTest::newRow("Range9.csv") << 9 << true;
+}
+
+void TestAcConversion::highSettingsAreReadAsLowPasses()
+{
+    QFETCH(int, range);
+    QFETCH(bool, isLowPass);
+    const QString file = QString::fromLatin1(QTest::currentDataTag());
+    const InstrumentFolder folder;
+    if (file.startsWith(QLatin1String("Range")))
+        folder.write(QStringLiteral("Range0.csv"), constantTable(1.0)); // decides whether there are lumped tables
+    folder.write(file, "h\n10,0.8,-30\n1000,0.6,-60");
+    const frequencySweep sweep(
+        folder.base() + QStringLiteral("/Calibration files/Bench 1/") + file,
+        isLowPass ? frequencySweep::interpolate_firstOrder : frequencySweep::interpolate_logFrequency, 1.0, 0.0);
+    QVERIFY(isNear(currentOf(folder.channel(), range), 1.0 / sweep.lookup(100.0)));
+}
+
 void TestAcConversion::voltageTakesMatrixAndBuffer()
 {
     const InstrumentFolder folder;
@@ -178,16 +213,26 @@ void TestAcConversion::internalConverterIsCorrected()
 {
     const InstrumentFolder folder;
     folder.write(QStringLiteral("I_input_capacitance.csv"), "0.5\n0\n");
+    folder.write(QStringLiteral("V_input_capacitance.csv"), "0.25\n0\n");
     folder.write(QStringLiteral("PIC_ADC_LUT_current.csv"), "0\n1.5\n");
     folder.write(QStringLiteral("PIC_ADC_LUT_voltage.csv"), "0\n1.25\n");
     const CalibrationData calibration = folder.channel();
-    PICInternalADCCapacitance capacitance;
-    capacitance.import(folder.base() + QStringLiteral("/Calibration files/Bench 1/I_input_capacitance.csv"));
-    const auto amplitude = [&calibration](ADC_src_t source) {
+    const auto correction = [&folder](const char *file) {
+        PICInternalADCCapacitance capacitance;
+        capacitance.import(folder.base() + QStringLiteral("/Calibration files/Bench 1/") + QLatin1String(file));
+        return capacitance.get_Z_adj(1e5, 4000.0);
+    };
+    const auto currentOfUnit = [&calibration](ADC_src_t source) {
         return calibration.getACCurrent_main(1.0, ACgain_t::Gain1, currentRange_t(0), 1e5, 4000.0, source);
     };
-    QVERIFY(isNear(amplitude(ADC_src_t::Internal12Bit), 1.0 / capacitance.get_Z_adj(1e5, 4000.0)));
-    QVERIFY(isNear(amplitude(ADC_src_t::External16Bit), 1.0));
+    const auto voltageOfUnit = [&calibration](ADC_src_t source) {
+        return calibration.getACVoltage_main(1.0, ACgain_t::Gain1, ACgain_t::Gain1, 1e5, 4000.0, source);
+    };
+    QVERIFY(isNear(currentOfUnit(ADC_src_t::Internal12Bit), 1.0 / correction("I_input_capacitance.csv")));
+    QVERIFY(isNear(currentOfUnit(ADC_src_t::External16Bit), 1.0));
+    QVERIFY(isNear(voltageOfUnit(ADC_src_t::Internal12Bit), 1.0 / correction("V_input_capacitance.csv")));
+    QVERIFY(isNear(voltageOfUnit(ADC_src_t::External16Bit), 1.0));
+    QVERIFY(!isNear(correction("I_input_capacitance.csv"), correction("V_input_capacitance.csv")));
 
     std::vector<float> current = {1.0f};
     std::vector<float> voltage = {1.0f};
@@ -303,6 +348,37 @@ void TestAcConversion::turnsCyclerAmplitudesByTheirPolynomials()
     QVERIFY(isNear(calibration.getACCurrent_gale(64.0, 1, 2.0), Complex(0.0, 64.0 / 32.0 * 5.0)));
     QVERIFY(isNear(calibration.getACVoltage_gale(Complex(0.0, 64.0), 2, 2.0), Complex(-64.0 / 16.0 * 5.0, 0.0)));
     QCOMPARE(calibration.getACCurrent_gale(64.0, 9, 2.0), Complex(0.0)); // range 0, which has no factor here
+}
+
+void TestAcConversion::everyCyclerRangeHasItsOwnAcFactors()
+{
+    cal_vc07 record = {};
+    record.calMagic = CalMagic::vc07;
+    for (int r = 0; r < 8; ++r) {
+        record.iGain[r] = float(r + 2);
+        record.acIMag[r][0] = float(10 * (r + 1));
+        record.acIPhase[r][0] = float(r + 1);
+    }
+    for (int r = 0; r < 4; ++r) {
+        record.vGain[r] = float(r + 3);
+        record.acVMag[r][0] = float(100 * (r + 1));
+        record.acVPhase[r][0] = float(-20 * (r + 1));
+    }
+    const float real[] = {1.0f, 0.5f, 0.25f, 0.125f, 0.0625f};   // at 2 Hz: 1 + 1 + 1 + 1 + 1
+    const float imaginary[] = {2.0f, 0.5f, 0.5f, 0.25f, 0.125f}; // at 2 Hz: 2 + 1 + 2 + 2 + 2
+    std::copy(real, real + 5, record.cmReal);
+    std::copy(imaginary, imaginary + 5, record.cmImag);
+    const CalibrationData cycler = calibrated(HardwareModel_t::Gale, record);
+    const auto turned = [](double magnitude, double degrees) {
+        return std::polar(magnitude, degrees * 3.141592653589793 / 180.0);
+    };
+    for (int r = 0; r < 8; ++r) {
+        QVERIFY(isNear(cycler.getACCurrent_gale(1.0, r, 2.0), turned(10.0 * (r + 1) * (r + 2), r + 1)));
+        const Complex commonMode = 3.0 * (r + 2) * Complex(5.0, 9.0); // at 3 V
+        QVERIFY(isNear(cycler.removeCMCurrent(Complex(7.0, 8.0), r, 2.0, 3.0), Complex(7.0, 8.0) - commonMode));
+    }
+    for (int r = 0; r < 4; ++r)
+        QVERIFY(isNear(cycler.getACVoltage_gale(1.0, r, 2.0), turned(100.0 * (r + 1) * (r + 3), -20.0 * (r + 1))));
 }
 
 void TestAcConversion::biasIsForTheOwnLineAlone()

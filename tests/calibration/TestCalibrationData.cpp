@@ -58,6 +58,33 @@ QByteArray galeSample(quint8 currentRange = 0, quint8 voltageRange = 1)
     return bytes;
 }
 
+/// A cycler whose ranges have nothing in common.
+cal_vc07 unevenGaleRecord()
+{
+    cal_vc07 record = {};
+    record.calMagic = CalMagic::vc07;
+    for (int r = 0; r < 8; ++r) {
+        const auto n = float(r + 1);
+        record.iGain[r] = 100.0f * n;
+        record.iRefCoeff[r] = 10.0f * n;
+        record.iOffset[r] = 1000.0f * n;
+        record.iQuadratic[r] = n / 1024.0f;
+        record.iCubic[r] = n / 4194304.0f;
+    }
+    for (int r = 0; r < 4; ++r) {
+        const auto n = float(r + 1);
+        record.vGain[r] = 100.0f * n;
+        record.vRefCoeff[r] = 10.0f * n;
+        record.vOffset[r] = 1000.0f * n;
+    }
+    return record;
+}
+
+bool isNear(double value, double expected)
+{
+    return std::abs(value - expected) <= 1e-6 * std::abs(expected);
+}
+
 ProcessedDCData processed(const CalibrationData &calibration, const QByteArray &payload)
 {
     return calibration.ProcessDCDataPoint(ExperimentalDcData::fromPayload(payload));
@@ -74,7 +101,12 @@ private Q_SLOTS:
     void unknownRecordAnswersNeutrally();
     void convertsMainlineSamples();
     void temperatureNeedsAModelThatMeasuresIt();
+    void mainlineFormulasTakeTheModelsCounts_data();
+    void mainlineFormulasTakeTheModelsCounts();
     void convertsCyclerSamples();
+    void everyCyclerRangeReadsItsOwnCurrent_data();
+    void everyCyclerRangeReadsItsOwnCurrent();
+    void everyCyclerRangeReadsItsOwnVoltage();
     void cyclerRangesOutsideTheRecordReadAsRange0();
     void boardDecidesTheChargeTick();
     void shortSamplesReadAsZero();
@@ -157,6 +189,39 @@ void TestCalibrationData::temperatureNeedsAModelThatMeasuresIt()
     QCOMPARE(processed(calibrated(HardwareModel_t::Heron_2_0, roundMainRecord()), mainSample()).temperature, 25.0);
 }
 
+void TestCalibrationData::mainlineFormulasTakeTheModelsCounts_data()
+{
+    QTest::addColumn<int>("model");
+    QTest::addColumn<int>("highSideRanges");
+    QTest::addColumn<int>("dcRanges");
+    QTest::addColumn<int>("voltageRanges");
+    QTest::addColumn<int>("rangeFor4Volts"); // the smaller ones read to 8.2 V with gain 2, to 3.3 V with gain 5
+    QTest::newRow("Alder 2.5, ten ranges in all") << 35 << 2 << 8 << 4 << 1;
+    QTest::newRow("Heron 2.2, ten ranges in all") << 28 << 3 << 8 << 4 << 1;
+    QTest::newRow("Ibis 1.0, three voltage ranges") << 15 << 4 << 9 << 3 << 0;
+    QTest::newRow("Dune 2.0, one voltage range") << 10 << 1 << 8 << 1 << 0;
+}
+
+void TestCalibrationData::mainlineFormulasTakeTheModelsCounts()
+{
+    QFETCH(int, model);
+    QFETCH(int, highSideRanges);
+    const CalibrationData calibration = calibrated(HardwareModel_t(model), roundMainRecord());
+    QFETCH(int, dcRanges);
+    QCOMPARE(index(calibration.getMinCurrentRange_dc(0.0f)), dcRanges - 1);
+    QCOMPARE(index(calibration.getMinCurrentRange_GalvEIS(0.0f, 0.0f)), dcRanges - 1);
+    QFETCH(int, voltageRanges);
+    QCOMPARE(index(calibration.getMinVoltageRange(0.0f)), voltageRanges - 1);
+    QTEST(index(calibration.getMinVoltageRange(4.0f)), "rangeFor4Volts");
+    for (int range = 0; range < 10; ++range) {
+        MainDcRecord_t record = {};
+        record.currentRange = currentRange_t(range);
+        record.secondRaw = 8.0f; // common mode, all that there is of the current
+        const ExperimentalDcData data(record);
+        QCOMPARE(calibration.getCurrent(&data) != 0.0, range < highSideRanges);
+    }
+}
+
 void TestCalibrationData::convertsCyclerSamples()
 {
     cal_vc07 record = roundGaleRecord();
@@ -174,6 +239,68 @@ void TestCalibrationData::convertsCyclerSamples()
     QCOMPARE(index(point.voltageRange), 1);
     QCOMPARE(index(point.weGain), 255);
     QCOMPARE(index(point.iGain), 255);
+}
+
+// With n one more than the range and a reference word of 3: (1000 + 100 * 2 + 3 * 10) n, read directly, in a batch and
+// as a mean; for the current the x of its cubic.
+void TestCalibrationData::everyCyclerRangeReadsItsOwnCurrent_data()
+{
+    QTest::addColumn<int>("range");
+    for (int range = 0; range < 8; ++range)
+        QTest::addRow("%d", range) << range;
+}
+
+void TestCalibrationData::everyCyclerRangeReadsItsOwnCurrent()
+{
+    QFETCH(int, range);
+    const CalibrationData cycler = gale(unevenGaleRecord());
+    const double n = range + 1;
+    const auto x = 1230.0 * n;
+    const double amperes = n / 4194304.0 * x * x * x + n / 1024.0 * x * x + x;
+    GaleDcRecord_t sample = {};
+    sample.rawCurrent = 2.0f;
+    sample.currentRef = 3;
+    sample.currentRange = currentRange_t(range);
+    const ExperimentalDcData data(sample);
+    QVERIFY(isNear(cycler.getCurrent(&data), amperes));
+    Gale_AC_Header_t head = {};
+    head.samplesPerSignal = 1;
+    head.currentRef = 3;
+    head.currentRange = currentRange_t(range);
+    QVERIFY(isNear(cycler.getCurrent_DCbias(2.0, &head), amperes));
+    std::vector<float> batch(1);
+    cycler.getGaleBatchDCCurrent(head, {2.0f}, batch);
+    QVERIFY(isNear(double(batch[0]), amperes));
+
+    const double setpoint = 2000.0 * n;
+    const double straight = setpoint - setpoint * setpoint * n / 1024.0 - n / 4194304.0 * std::pow(setpoint, 3.0);
+    QCOMPARE(cycler.GetBINCurrentForDAC(currentRange_t(range), setpoint), int((straight - 1000.0 * n) / (100.0 * n)));
+}
+
+void TestCalibrationData::everyCyclerRangeReadsItsOwnVoltage()
+{
+    const CalibrationData cycler = gale(unevenGaleRecord());
+    for (int range = 0; range < 4; ++range) {
+        const double n = range + 1;
+        GaleDcRecord_t sample = {};
+        sample.rawVoltage = 2.0f;
+        sample.voltageRef = 3;
+        sample.voltageRange = voltageRange_t(range);
+        const ExperimentalDcData data(sample);
+        QVERIFY(isNear(cycler.getEWE(&data), 1230.0 * n));
+        Gale_AC_Header_t head = {};
+        head.samplesPerSignal = 1;
+        head.voltageRef = 3;
+        head.voltageRange = voltageRange_t(range);
+        QVERIFY(isNear(cycler.getEWE_DCbias(2.0, &head), 1230.0 * n));
+        std::vector<float> batch(1);
+        cycler.getGaleBatchDCVoltage(head, {2.0f}, batch);
+        QVERIFY(isNear(double(batch[0]), 1230.0 * n));
+
+        const double volts = (7280.0 + 1000.0 + 500.0) * n; // 5 counts above the nominal reference word of 728
+        QCOMPARE(cycler.GetBINVoltageForDAC(volts, voltageRange_t(range)), 5);
+        QVERIFY(isNear(cycler.GetVCtrlFromDAC_BINcode(5, voltageRange_t(range)), volts));
+    }
 }
 
 void TestCalibrationData::cyclerRangesOutsideTheRecordReadAsRange0()
@@ -255,10 +382,19 @@ void TestCalibrationData::choosesCyclerRanges()
     QCOMPARE(index(calibration.getMinCurrentRange_dc(15000.0f)), 2);
     QCOMPARE(index(calibration.getMinCurrentRange_dc(-15001.0f)), 1);
     QCOMPARE(index(calibration.getMinCurrentRange_galv(1e6f)), 0);
-    QCOMPARE(index(calibration.getMinCurrentRange_GalvEIS(-14000.0f, -2000.0f)), 1); // magnitudes add up
+    QCOMPARE(index(calibration.getMinCurrentRange_GalvEIS(-14000.0f, 2000.0f)), 1); // magnitudes add up
     QCOMPARE(index(calibration.getMinVoltageRange(240091.0f)), 3);
     QCOMPARE(index(calibration.getMinVoltageRange(240092.0f)), 2);
     QCOMPARE(index(calibration.getMinVoltageRange(1e9f)), 0);
+    QCOMPARE(index(calibration.getMinVoltageRange(0.0f)), 3);
+
+    cal_vc07 record = roundGaleRecord();
+    record.iGain[7] = 0.5f / 4096.0f;          // the smallest of eight; the ones between are absent
+    const CalibrationData wide = gale(record); // range 7 ends at 937.5 A
+    QCOMPARE(index(wide.getMinCurrentRange_dc(0.0f)), 7);
+    QCOMPARE(index(wide.getMinCurrentRange_dc(-937.5f)), 7);
+    QCOMPARE(index(wide.getMinCurrentRange_dc(937.75f)), 2);
+    QCOMPARE(index(wide.getMinCurrentRange_GalvEIS(0.0f, 0.0f)), 7);
 }
 
 void TestCalibrationData::listsMainlineSpans()
@@ -301,6 +437,10 @@ void TestCalibrationData::tareReplacesOffsetsOfCyclersAlone()
     }
     QCOMPARE(processed(cycler, galeSample()).current, 59.0);
     QCOMPARE(processed(cycler, galeSample()).workingElectrodeVoltage, 9.0 + 125.0 - 2.0);
+    cycler.UpdateCurrentOffset(7, 5.0f); // the last ranges
+    cycler.UpdateVoltageOffset(3, 6.0f);
+    QCOMPARE(processed(cycler, galeSample(7, 3)).current, 5.0);
+    QCOMPARE(processed(cycler, galeSample(7, 3)).workingElectrodeVoltage, 6.0 + 31.25 - 2.0);
 
     CalibrationData mainlineChannel = mainline();
     const double before = processed(mainlineChannel, mainSample()).current;

@@ -41,6 +41,7 @@ private Q_SLOTS:
     void choosesTheSmallestCurrentRange();
     void choosesTheSmallestVoltageRange_data();
     void choosesTheSmallestVoltageRange();
+    void offsetOfTheDacNarrowsItsRange();
     void largerNeedOfDcAndAcDecides();
     void higherRangeOwnsASharedGain();
 };
@@ -191,6 +192,16 @@ void TestDeviceDCcalFormulas::choosesTheSmallestVoltageRange()
     sensitive.eweGainBase = 0.0001f;
     QVERIFY(index(formulasOf(sensitive, fourGains).getMinVoltageRange(0.2f)) < 3);
     QCOMPARE(index(formulasOf(sensitive).getMinVoltageRange(0.2f)), 3);
+}
+
+void TestDeviceDCcalFormulas::offsetOfTheDacNarrowsItsRange()
+{
+    for (const float offset : {30000.0f, -30000.0f}) {
+        cal_v4 record = roundMainRecord();
+        record.vCtrlOffset[3] = offset; // 2767 or 2768 counts are left on one side: 0.046 V
+        QCOMPARE(index(formulasOf(record).getMinVoltageRange(0.04f)), 3);
+        QCOMPARE(index(formulasOf(record).getMinVoltageRange(0.05f)), 2);
+    }
 }
 
 void TestDeviceDCcalFormulas::largerNeedOfDcAndAcDecides()

@@ -48,6 +48,7 @@ private Q_SLOTS:
     void shortRowsAndOddNumbersNeverCrash();
     void matrixFormTakesThePairOrItsTwoSides();
     void stageFormDividesTheVoltagesStages();
+    void everyGainGoesThroughItsBlocks();
     void everyGainHasItsOwnFile();
 };
 
@@ -186,6 +187,28 @@ void TestFrequencyTables::stageFormDividesTheVoltagesStages()
     QVERIFY(isNear(matrix.lookup(1.0, ACgain_t::Gain1, ACgain_t::Gain10), 1.0 / 3.0, 0.0));
     QVERIFY(isNear(matrix.lookup(1.0, ACgain_t(10), ACgain_t(11)), 5.0 / 7.0, 0.0)); // blocks by themselves
     QVERIFY(isNear(matrix.lookup(1.0, ACgain_t(12), ACgain_t::Unknown), 1.0, 0.0));
+}
+
+void TestFrequencyTables::everyGainGoesThroughItsBlocks()
+{
+    const TableFolder folder;
+    const double first[] = {2.0, 3.0, 5.0, 7.0};
+    const char *const firstGains[] = {"1", "2", "5", "10"};
+    for (int i = 0; i < 4; ++i)
+        folder.write(QStringLiteral("WEgainBlock1_gain%1.csv").arg(firstGains[i]), constantTable(first[i]));
+    folder.write(QStringLiteral("WEgainBlock2_gain1.csv"), constantTable(11.0));
+    folder.write(QStringLiteral("WEgainBlock2_gain10_alt1.csv"), constantTable(13.0));
+    folder.write(QStringLiteral("WEgainBlock3_gain1.csv"), constantTable(17.0));
+    folder.write(QStringLiteral("WEgainBlock3_gain10_alt2.csv"), constantTable(19.0));
+    const double expected[] = {
+        2 * 11 * 17, 3 * 11 * 17, 5 * 11 * 17, 7 * 11 * 17, // 1, 2, 5, 10
+        3 * 13 * 17, 5 * 13 * 17, 7 * 13 * 17,              // 20, 50, 100
+        3 * 13 * 19, 5 * 13 * 19, 7 * 13 * 19,              // 200, 500, 1000
+        2 * 13 * 17, 2 * 11 * 19,                           // the second block alone, the third alone
+    };
+    const GainMatrix matrix(folder.path());
+    for (int gain = 0; gain < 12; ++gain)
+        QVERIFY(isNear(matrix.lookup(1.0, ACgain_t(gain), ACgain_t::Unknown), expected[gain], 0.0));
 }
 
 void TestFrequencyTables::everyGainHasItsOwnFile()
