@@ -1,8 +1,11 @@
 #include "calibration/CorrectionTables.h"
 #include "calibration/TableFolder.h"
 #include "support/TestMain.h"
+#include "support/UnreadableFile.h"
 
 #include <cmath>
+
+#include <unistd.h>
 
 namespace {
 
@@ -45,6 +48,7 @@ private Q_SLOTS:
     void correctsAmplitudesByTheirLevel();
     void withoutCapacitanceNothingIsCorrected();
     void looksTheCableUp();
+    void unreadableFilesCorrectNothing();
 };
 
 void TestCorrectionTables::straightensCodes()
@@ -129,6 +133,30 @@ void TestCorrectionTables::looksTheCableUp()
     QVERIFY(!found);
     CableCapacitanceLUT().lookupCableImpedance(2.0, currentRange_t::OFF, &found);
     QVERIFY(!found);
+}
+
+void TestCorrectionTables::unreadableFilesCorrectNothing()
+{
+    const QString file = unreadableFile();
+    if (file.isEmpty())
+        QSKIP("no file here whose reading fails");
+    alarm(20); // a reader that waits for the end would wait, and grow, without one
+    const QRegularExpression warning(QStringLiteral("speed cannot be read to its end and is not used: ."));
+    for (int i = 0; i < 3; ++i)
+        QTest::ignoreMessage(QtWarningMsg, warning);
+
+    PIC_ADC_lut lut;
+    lut.import(file);
+    std::vector<float> samples = {7.0f};
+    lut.correctData(samples);
+    QCOMPARE(samples, (std::vector<float>{7.0f}));
+
+    PICInternalADCCapacitance capacitance = capacitanceOf("0.5\n0\n"); // what it had is gone
+    capacitance.import(file);
+    QCOMPARE(capacitance.get_Z_adj(1e5, 4000.0), std::complex<double>(1.0, 0.0));
+
+    QVERIFY(frequencySweep(file, frequencySweep::interpolate_logFrequency, 1.0, 0.0).isEmpty());
+    alarm(0);
 }
 
 NIMBRELLE_TEST_MAIN(TestCorrectionTables)

@@ -1,8 +1,39 @@
 #include "firmware/BootLoaderCOM.h"
+#include "firmware/SerialBootloader.h"
 #include "support/FakeInstrument.h"
 #include "support/TestMain.h"
+#include "support/UnreadableFile.h"
+
+#include <QSerialPort>
 
 namespace {
+
+/// An image of which one record can be read; from there on every read fails, short of the size that it claims.
+class BrokenImage : public QIODevice
+{
+public:
+    BrokenImage() { open(QIODevice::ReadOnly); }
+
+    qint64 size() const override { return 4096; }
+    bool atEnd() const override { return _failures > 1000; } // so that a reader that waits for the end gets there
+    int failures() const { return _failures; }
+
+protected:
+    qint64 readData(char *data, qint64) override
+    {
+        if (pos() > 0) {
+            ++_failures;
+            return -1;
+        }
+        const QByteArray record = ":00000001FF\n";
+        std::copy(record.begin(), record.end(), data);
+        return record.size();
+    }
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    int _failures = 0;
+};
 
 /// The image's lines as the boards get them.
 QList<QByteArray> recordsIn(const QByteArray &image)
@@ -30,6 +61,8 @@ private Q_SLOTS:
     void failureEndsTheUpdate_data();
     void failureEndsTheUpdate();
     void missingImageTouchesNothing();
+    void unreadableImageFails();
+    void readingEndsWhereTheImageBreaksOff();
 
 private:
     void answerByBoards(PCcommand_t command);
@@ -169,6 +202,27 @@ void TestSerialBootloader::missingImageTouchesNothing()
     QTRY_COMPARE(_finished->size(), 1);
     QCOMPARE(_finished->first(), QVariantList({"Gale-7", false}));
     QVERIFY(_instrument->commands().isEmpty());
+}
+
+void TestSerialBootloader::unreadableImageFails()
+{
+    const QString image = unreadableFile();
+    if (image.isEmpty())
+        QSKIP("no file here whose reading fails");
+    BootLoaderCOM::Instance()->flash(_instrument->portName(), image, "Gale-7");
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 15000);
+    QCOMPARE(_finished->first(), QVariantList({"Gale-7", false}));
+    QVERIFY(received().isEmpty());
+}
+
+void TestSerialBootloader::readingEndsWhereTheImageBreaksOff()
+{
+    QSerialPort port(_instrument->portName());
+    QVERIFY(port.open(QIODevice::ReadWrite));
+    BrokenImage image;
+    QCOMPARE(SerialBootloader::writeRecords(port, image, 8), 1);
+    QVERIFY2(image.failures() < 10, qPrintable(QString::number(image.failures())));
+    QVERIFY(!image.atEnd());
 }
 
 NIMBRELLE_TEST_MAIN(TestSerialBootloader)

@@ -75,9 +75,10 @@ void PICInternalADCCapacitance::import(const QString &filename)
     if (file.exists()) {
         if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
             return;
-        while (!file.atEnd()) {
+        const QList<QByteArray> lines = readLines(file);
+        for (const QByteArray &line : lines) {
             bool isNumber = false;
-            const double coefficient = file.readLine().toDouble(&isNumber);
+            const double coefficient = line.toDouble(&isNumber);
             if (isNumber)
                 coefficients.push_back(coefficient);
         }

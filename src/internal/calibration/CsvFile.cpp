@@ -1,6 +1,7 @@
 #include "calibration/CsvFile.h"
 
 #include <QFile>
+#include <QtDebug>
 
 namespace {
 
@@ -15,11 +16,25 @@ QByteArray withoutLineEnd(QByteArray line)
 
 } // namespace
 
+QList<QByteArray> readLines(QFile &file, qint64 longest)
+{
+    QList<QByteArray> lines;
+    // Not until atEnd(): a file that fails to be read never gets there.
+    for (QByteArray line = file.readLine(longest); !line.isEmpty(); line = file.readLine(longest))
+        lines.append(line);
+    if (file.atEnd())
+        return lines;
+    qWarning("%s cannot be read to its end and is not used: %s", qPrintable(file.fileName()),
+             qPrintable(file.errorString()));
+    return {};
+}
+
 QList<CsvRow> readCsvRows(QFile &file)
 {
     QList<CsvRow> rows;
-    while (!file.atEnd()) {
-        CsvRow fields = withoutLineEnd(file.readLine(longestLine)).split(',');
+    const QList<QByteArray> lines = readLines(file, longestLine);
+    for (const QByteArray &line : lines) {
+        CsvRow fields = withoutLineEnd(line).split(',');
         if (fields.last().isEmpty())
             fields.removeLast();
         rows.append(fields);

@@ -49,13 +49,13 @@ bool entersBootloader(QSerialPort &port)
     return openClean(port);
 }
 
-int countRecords(QIODevice &file)
+/// Counts an image's records and goes back to its start; false if it cannot be read to its end.
+bool countsRecords(QIODevice &file, int &records)
 {
-    int records = 0;
-    while (!file.atEnd())
-        records += file.readLine().startsWith(':') ? 1 : 0;
-    file.seek(0);
-    return records;
+    // Not until atEnd(): a file that fails to be read never gets there.
+    for (QByteArray line = file.readLine(); !line.isEmpty(); line = file.readLine())
+        records += line.startsWith(':') ? 1 : 0;
+    return file.atEnd() && file.seek(0);
 }
 
 } // namespace
@@ -98,7 +98,9 @@ bool BootLoaderCOMWorker::update()
 bool BootLoaderCOMWorker::sendImage(QSerialPort &port, QIODevice &file, int boards)
 {
     const QByteArray reply = makeFrame(PC_BOOT_RECORD, deviceChannel);
-    const int records = countRecords(file);
+    int records = 0;
+    if (!countsRecords(file, records))
+        return false;
     int written = writeRecords(port, file, recordsInFlight);
     int acknowledged = 0;
     int lastPercent = -1;
@@ -110,7 +112,10 @@ bool BootLoaderCOMWorker::sendImage(QSerialPort &port, QIODevice &file, int boar
         if (percent != lastPercent)
             Q_EMIT Progress(_deviceName, percent);
         lastPercent = percent;
-        written += writeRecords(port, file, 1);
+        const int writtenNow = writeRecords(port, file, 1);
+        if (writtenNow == 0 && !file.atEnd())
+            return false; // unreadable by now; what the boards have is no image
+        written += writtenNow;
     }
     return checkResponses(port, reply, boards * (written - acknowledged));
 }

@@ -12,7 +12,8 @@ class QSerialPort;
  *
  * @thread  Lives on a thread that is its own for the update; process() blocks it, in calls of the serial port alone.
  * @failure Every failure ends with Finished(false), leaves the instrument in its bootloader and closes the port: a port
- *          that cannot be opened for 10 s, a wrong reply, or none within 5 s. There are no retries.
+ *          that cannot be opened for 10 s, a wrong reply, none within 5 s, or an image that cannot be read to its end.
+ *          There are no retries.
  */
 class BootLoaderCOMWorker : public QObject
 {

@@ -112,8 +112,10 @@ bool SerialBootloader::unlocksFlash(QSerialPort &port, int boards)
 int SerialBootloader::writeRecords(QSerialPort &port, QIODevice &file, int count)
 {
     int written = 0;
-    while (!file.atEnd() && written < count) {
+    while (written < count) {
         const QByteArray line = file.readLine();
+        if (line.isEmpty()) // the end, or a file that cannot be read any further
+            break;
         if (!line.startsWith(':'))
             continue;
         port.write(makeFrame(PC_BOOT_RECORD, allChannels, QByteArray::fromHex(line.mid(1))));

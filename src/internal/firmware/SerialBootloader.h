@@ -26,7 +26,8 @@ bool readHardware(QSerialPort &port, QString &hardware);
 bool countBoards(QSerialPort &port, int &boards);
 /// Unlocks and prepares the flash of all boards.
 bool unlocksFlash(QSerialPort &port, int boards);
-/// Sends the next records of an image, at most @p count; other lines are skipped. @return how many
+/// Sends the next records of an image, at most @p count; other lines are skipped.
+/// @return how many; fewer at the image's end, or short of it where it cannot be read any further
 int writeRecords(QSerialPort &port, QIODevice &file, int count);
 
 } // namespace SerialBootloader
