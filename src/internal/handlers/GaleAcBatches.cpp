@@ -4,6 +4,7 @@
 #include "handlers/DeltaPacket.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -14,6 +15,15 @@ constexpr quint32 samplesPerPacket = 8;
 qint32 packetsFor(quint32 samples)
 {
     return qint32(samples / samplesPerPacket + (samples % samplesPerPacket != 0));
+}
+
+/// The whole words at the front of some bytes.
+std::vector<int> wordsOf(const QByteArray &bytes)
+{
+    std::vector<int> words(std::size_t(bytes.size()) / sizeof(int));
+    if (!words.empty())
+        std::memcpy(words.data(), bytes.constData(), words.size() * sizeof(int));
+    return words;
 }
 
 } // namespace
@@ -61,14 +71,15 @@ qint64 GaleInstrumentHandler::packetsAwaitedBy(const Group &group)
 std::vector<ComplexDataPoint_t> GaleInstrumentHandler::analyseBatch(const Group &group) const
 {
     std::vector<Gale_AC_Header_t> headers;
-    std::vector<std::pair<int *, int>> words;
+    std::vector<std::vector<int>> words;
+    std::vector<std::pair<int *, int>> views;
     std::vector<const CalibrationData *> calibrations;
     for (ChannelHandler *const member : group) {
-        QByteArray &data = member->ac.data;
         headers.push_back(recordFromBytes<Gale_AC_Header_t>(member->ac.header));
-        words.emplace_back(reinterpret_cast<int *>(data.data()), data.size() / int(sizeof(int)));
+        words.push_back(wordsOf(member->ac.data));
+        views.emplace_back(words.back().data(), int(words.back().size())); // stays where it is when the list grows
         calibrations.push_back(&calibrationOf(member->getChannelNumber()));
     }
     const bool bipolar = group.size() > 1 && group.front()->bipolar;
-    return NimbrelleLib::AnalyzeFRA(headers, words, calibrations, bipolar, {}, QString(), 0.0);
+    return NimbrelleLib::AnalyzeFRA(headers, views, calibrations, bipolar, {}, QString(), 0.0);
 }
