@@ -181,8 +181,8 @@ void TestOperatorNotifications::anAcknowledgementLeadsToThis_data()
         QTest::newRow(name) << QByteArray::fromHex(payload) << QString(emission);
     };
     // clang-format off
-    row("start",                  "4d07", "");
-    row("manual start",           "5207", "");
+    row("start",                  "4d07", "acktoExperimentStart(3, 7)");
+    row("manual start",           "5207", "acktoManualStart(3, 7)");
     row("manual sampling",        "5307", "acktoManualSamplingIntervalSet(3, 7)");
     row("open circuit",           "5607", "acktoManualOcpSet(3, 7)");
     row("current range",          "5707", "acktoManualCurrentRangeSet(3, 7)");

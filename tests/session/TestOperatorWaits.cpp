@@ -33,12 +33,17 @@ private Q_SLOTS:
 
     void anAnswerIsEnoughWhateverItSays();
     void silenceEndsAfterThreeLooks();
+    void anAnswerEndsItsWaitAtOnce();
+    void anAnswerInTheLastWaitCounts();
     void anAnswerOfAnotherChannelIsNotTaken();
+    void oneAnswerServesOneOfTwoWaits();
     void anEarlyAnswerIsFoundWithoutWaiting();
     void aLateAnswerServesTheNextRequest();
+    void theOldestUnclaimedAnswerGoes_data();
+    void theOldestUnclaimedAnswerGoes();
 
     void anUploadSendsNodeAfterNode();
-    void aRefusedNodeDoesNotStopTheUpload();
+    void aRefusedNodeEndsTheUpload();
     void anotherChannelsNodeEndsTheUpload();
     void aSilentInstrumentEndsTheUpload();
 
@@ -77,13 +82,65 @@ void TestOperatorWaits::silenceEndsAfterThreeLooks()
     QVERIFY2(clock.elapsed() >= 290, qPrintable(QString::number(clock.elapsed())));
 }
 
+void TestOperatorWaits::anAnswerEndsItsWaitAtOnce()
+{
+    _instrument->reply(PC_CHANNEL_LIMITS, NT_GENERAL_ACK, ackOf(PC_CHANNEL_LIMITS));
+    _instrument->reply(PC_MANUAL_SAMPLING_PARAMS, NT_GENERAL_ACK, ackOf(PC_MANUAL_SAMPLING_PARAMS));
+    _instrument->reply(PC_READ_DEVICE_STATUS, NT_DEVICE_STATUS, QByteArray(2, '\0'));
+    constexpr int rounds = 20;
+    QElapsedTimer clock;
+    clock.start();
+    for (int round = 0; round < rounds; ++round) {
+        QVERIFY(_operator->setChannelLimits(channel, -1, 1, -2, 2, 0.5));
+        QVERIFY(_operator->setManualSamplingParams(channel, "abcd"));
+        QVERIFY(_operator->readDeviceStatus());
+    }
+    // One look at the end of each pass would take 4,000 ms.
+    QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+}
+
+void TestOperatorWaits::anAnswerInTheLastWaitCounts()
+{
+    // The third pass begins after 200 ms at the earliest and lasts 100 ms, so that this comes in its time.
+    QTimer::singleShot(250, _operator.get(),
+                       [this] { _operator->responseReceived(NT_DEVICE_STATUS, 0, QByteArray(2, '\0')); });
+    QVERIFY(_operator->readDeviceStatus());
+    QVERIFY(!_operator->readDeviceStatus()); // nothing is left of it
+}
+
 void TestOperatorWaits::anAnswerOfAnotherChannelIsNotTaken()
 {
-    _instrument->on(PC_MANUAL_SAMPLING_PARAMS, [this](const FakeInstrument::Command &) {
+    QTimer others;
+    int left = 200;
+    connect(&others, &QTimer::timeout, this, [&] {
         _instrument->send(NT_GENERAL_ACK, channel + 1, ackOf(PC_MANUAL_SAMPLING_PARAMS));
         _instrument->send(NT_GENERAL_ACK, channel, ackOf(PC_CHANNEL_LIMITS));
+        if (--left == 0)
+            others.stop();
     });
+    others.start(20);
+    QElapsedTimer clock;
+    clock.start();
     QVERIFY(!_operator->setManualSamplingParams(channel, "abcd"));
+    const qint64 elapsed = clock.elapsed(); // they neither shorten the wait nor draw it out
+    QVERIFY2(140 <= elapsed && elapsed < 3000, qPrintable(QString::number(elapsed)));
+}
+
+void TestOperatorWaits::oneAnswerServesOneOfTwoWaits()
+{
+    const auto limit = [this] { return _operator->setChannelLimits(channel, -1, 1, -2, 2, 0.5); };
+    int asked = 0;
+    bool innerServed = false;
+    _instrument->on(PC_CHANNEL_LIMITS, [&](const FakeInstrument::Command &) {
+        if (++asked == 2)
+            return _instrument->send(NT_GENERAL_ACK, channel, ackOf(PC_CHANNEL_LIMITS));
+        QTimer::singleShot(0, _operator.get(), [&] { innerServed = limit(); });
+    });
+    QElapsedTimer clock;
+    clock.start();
+    const bool outerServed = limit();
+    QCOMPARE(int(outerServed) + int(innerServed), 1);
+    QVERIFY2(clock.elapsed() >= 140, qPrintable(QString::number(clock.elapsed()))); // the other one waited its time
 }
 
 void TestOperatorWaits::anEarlyAnswerIsFoundWithoutWaiting()
@@ -108,6 +165,26 @@ void TestOperatorWaits::aLateAnswerServesTheNextRequest()
     QVERIFY(!_operator->setManualSamplingParams(channel, "ijkl")); // it served once
 }
 
+void TestOperatorWaits::theOldestUnclaimedAnswerGoes_data()
+{
+    QTest::addColumn<int>("laterAnswers");
+    QTest::addColumn<bool>("isKept");
+    QTest::newRow("room for all") << 999 << true;
+    QTest::newRow("one too many") << 1000 << false;
+}
+
+/// An instrument may acknowledge for months what nobody awaits.
+void TestOperatorWaits::theOldestUnclaimedAnswerGoes()
+{
+    QFETCH(int, laterAnswers);
+    QFETCH(bool, isKept);
+    _operator->filterGeneralAck(channel, ackOf(PC_CHANNEL_LIMITS));
+    for (int i = 0; i < laterAnswers; ++i)
+        _operator->filterGeneralAck(channel + 1, ackOf(PC_CHANNEL_LIMITS));
+    QCOMPARE(_operator->setChannelLimits(channel, -1, 1, -2, 2, 0.5), isKept);
+    QVERIFY(_operator->setChannelLimits(channel + 1, -1, 1, -2, 2, 0.5));
+}
+
 void TestOperatorWaits::anUploadSendsNodeAfterNode()
 {
     _instrument->reply(PC_NODE_APPEND, NT_NODE_APPENDED, QByteArray(1, char(FW_SUCCESS)));
@@ -124,12 +201,22 @@ void TestOperatorWaits::anUploadSendsNodeAfterNode()
         QCOMPARE(commands[i].channel, channel);
 }
 
-void TestOperatorWaits::aRefusedNodeDoesNotStopTheUpload()
+void TestOperatorWaits::aRefusedNodeEndsTheUpload()
 {
-    _instrument->reply(PC_NODE_APPEND, NT_NODE_APPENDED, QByteArray(1, char(FW_NODE_NOT_APPENDED)));
+    _instrument->on(PC_NODE_APPEND, [this](const FakeInstrument::Command &) {
+        const bool isFirst = _instrument->count(PC_NODE_APPEND) == 1;
+        _instrument->send(NT_NODE_APPENDED, channel, QByteArray(1, char(isFirst ? FW_SUCCESS : FW_NODE_NOT_APPENDED)));
+    });
     QTest::ignoreMessage(QtDebugMsg, "  : Experiment node cannot be appended to node list.");
-    QVERIFY(_operator->uploadExperimentToInstrument(channel, {nodeWith(1)}, HardwareModel_t::Alder_2_5));
-    QTRY_COMPARE(_instrument->count(PC_NODE_LIST_END), 1);
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!_operator->uploadExperimentToInstrument(channel, {nodeWith(1), nodeWith(2), nodeWith(3)},
+                                                     HardwareModel_t::Alder_2_5));
+    QVERIFY2(clock.elapsed() < 900, qPrintable(QString::number(clock.elapsed())));
+    _operator->softReset(channel); // whatever the upload had sent would arrive before it
+    QTRY_COMPARE(_instrument->count(PC_SOFT_RESET), 1);
+    QCOMPARE(_instrument->count(PC_NODE_APPEND), 2);
+    QCOMPARE(_instrument->count(PC_NODE_LIST_END), 0);
 }
 
 void TestOperatorWaits::anotherChannelsNodeEndsTheUpload()
@@ -151,6 +238,7 @@ void TestOperatorWaits::aSilentInstrumentEndsTheUpload()
     clock.start();
     QVERIFY(!_operator->uploadExperimentToInstrument(channel, {nodeWith(1)}, HardwareModel_t::Alder_2_5));
     QVERIFY(clock.elapsed() >= 900);
+    QVERIFY2(clock.elapsed() < 20000, qPrintable(QString::number(clock.elapsed()))); // nothing is on its way
 }
 
 void TestOperatorWaits::aLostLinkEndsAWaitEarly()

@@ -86,3 +86,10 @@ void SerialCommunicator::WaitForBytesSent()
 {
     _thread->waitForBytesWritten();
 }
+
+void SerialCommunicator::mark(int number)
+{
+    // The link thread queues each packet to this object as soon as it has it, so there is nothing to wait for there.
+    QMetaObject::invokeMethod(
+        this, [this, number] { Q_EMIT markPassed(number); }, Qt::QueuedConnection);
+}

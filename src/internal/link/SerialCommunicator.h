@@ -51,12 +51,18 @@ public:
     void packetHandled();
     /// Blocks until what was handed over before has left the port, or 1,000 ms have gone by.
     Q_INVOKABLE void WaitForBytesSent();
+    /**
+     * Sends markPassed() with @p number along the way of the packets: it arrives behind all those that have reached the
+     * process by now. Any thread.
+     */
+    void mark(int number);
 
 Q_SIGNALS:
     void OpenPort();
     void ClosePort();
     void SendData(const QByteArray &bytes);
     void ResponseReceived(Notifications_t type, unsigned int channel, const QByteArray &payload);
+    void markPassed(int number);
     /// The port has failed; comes once.
     void deviceDisconnected();
     // For Start(), which must not connect to the link thread's own signals: that thread may be emitting started().

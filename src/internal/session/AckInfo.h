@@ -1,5 +1,6 @@
 #pragma once
 
+#include "link/FirmwareErrorCode.h"
 #include "link/PCcommand.h"
 
 #include <QMetaType>
@@ -10,7 +11,8 @@ class AckInfo
 public:
     AckInfo() : AckInfo(0, PCcommand_t(0)) {}
     /// Stamps the current time.
-    AckInfo(int ackChannel, PCcommand_t ackCommand) : channel(ackChannel), command(ackCommand), time(getCurrentTime())
+    AckInfo(int ackChannel, PCcommand_t ackCommand, FirmwareErrorCode ackCode = FW_SUCCESS)
+        : channel(ackChannel), command(ackCommand), time(getCurrentTime()), code(ackCode)
     {
     }
 
@@ -22,4 +24,5 @@ public:
     int channel;
     PCcommand_t command;
     double time; ///< seconds since 1970 (UTC)
+    FirmwareErrorCode code;
 };

@@ -15,6 +15,7 @@
 namespace {
 
 constexpr int nodeAckTimeoutMs = 1000;
+constexpr int mostPassesOnTheRoad = 60; // of such a time: no client needs longer to come out of a slot
 constexpr int settingAckTimeoutMs = 50;
 constexpr int statusAckTimeoutMs = 100;
 constexpr int ackPasses = 3;
@@ -38,27 +39,80 @@ QByteArray wireForm(const ExpNode_t &node)
 
 } // namespace
 
-/// An event loop that the loss of the link ends. A connection to its signal would be made while it may be emitted.
-class InstrumentOperator::WaitLoop : public QEventLoop
+/**
+ * A wait for the instrument: an event loop on the waiting thread, which the operator's thread wakes when something comes
+ * that concerns it, or when the link is lost. What comes after its construction is not missed.
+ *
+ * Signals would not do: a connection to one would be made while it may be emitted, and what it brings would be queued
+ * behind whatever holds the waiting thread.
+ */
+class InstrumentOperator::Wait
 {
 public:
-    explicit WaitLoop(InstrumentOperator &instrument) : _instrument(instrument)
+    Wait(InstrumentOperator &instrument, const AckInfo &wanted) : _instrument(instrument), _wanted(wanted)
     {
         const QMutexLocker locker(&instrument._waitsGuard);
         instrument._waits.append(this);
         if (!instrument._connected)
-            endSoon(this);
+            wake();
     }
-    ~WaitLoop() override
+    ~Wait()
     {
         const QMutexLocker locker(&_instrument._waitsGuard);
         _instrument._waits.removeOne(this);
     }
 
-    static void endSoon(QEventLoop *loop) { QMetaObject::invokeMethod(loop, &QEventLoop::quit, Qt::QueuedConnection); }
+    /// Delivers events until it is woken. @return whether the time was up before that
+    bool timesOut(int milliseconds)
+    {
+        QTimer timer;
+        timer.setSingleShot(true);
+        QObject::connect(&timer, &QTimer::timeout, &_loop, &QEventLoop::quit);
+        timer.start(milliseconds);
+        const bool isThreadEnding = _loop.exec() < 0; // no event will wake it any more
+        return isThreadEnding || !timer.isActive();
+    }
+    /// Whether nothing more is to come: a node was acknowledged, or what may have done so has come through.
+    bool isOver()
+    {
+        const QMutexLocker locker(&_instrument._waitsGuard);
+        return _nodeAck || _isRoadClear;
+    }
+    FirmwareErrorCode nodeVerdict()
+    {
+        const QMutexLocker locker(&_instrument._waitsGuard);
+        return _nodeAck && _nodeAck->answersSameCommand(_wanted) ? _nodeAck->code : FW_NO_RESPONSE;
+    }
+    void setMark(int number)
+    {
+        const QMutexLocker locker(&_instrument._waitsGuard);
+        _mark = number;
+    }
+
+    // For wakeWaits(), which holds the guard.
+    void wake() { QMetaObject::invokeMethod(&_loop, &QEventLoop::quit, Qt::QueuedConnection); }
+    bool isAnsweredBy(const AckInfo &ack) const { return ack.answersSameCommand(_wanted); }
+    /// Deliberate: the first one counts, be it of another channel, as only one channel is uploaded to at a time.
+    bool takesNodeAck(const AckInfo &ack)
+    {
+        if (_wanted.command != ack.command)
+            return false;
+        _nodeAck = _nodeAck.value_or(ack);
+        return true;
+    }
+    bool takesMark(int number)
+    {
+        _isRoadClear = _isRoadClear || _mark == number;
+        return _mark == number;
+    }
 
 private:
     InstrumentOperator &_instrument;
+    const AckInfo _wanted;
+    QEventLoop _loop;
+    std::optional<AckInfo> _nodeAck;
+    std::optional<int> _mark;
+    bool _isRoadClear = false;
 };
 
 InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent)
@@ -69,6 +123,8 @@ InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent)
     _communicator->letReceiverConfirm();
     // Queued: the communicator stays on this thread while the operator moves on with its handler.
     connect(_communicator, &SerialCommunicator::ResponseReceived, this, &InstrumentOperator::onPacketArrived,
+            Qt::QueuedConnection);
+    connect(_communicator, &SerialCommunicator::markPassed, this, &InstrumentOperator::onMarkPassed,
             Qt::QueuedConnection);
     connect(_communicator, &SerialCommunicator::deviceDisconnected, this, &InstrumentOperator::onLinkLost,
             Qt::QueuedConnection);
@@ -91,8 +147,7 @@ void InstrumentOperator::onLinkLost()
 {
     _connected = false;
     Q_EMIT deviceDisconnected();
-    const QMutexLocker locker(&_waitsGuard);
-    std::for_each(_waits.cbegin(), _waits.cend(), WaitLoop::endSoon);
+    wakeWaits([](Wait &) { return true; });
 }
 
 bool InstrumentOperator::isConnected() const
@@ -290,7 +345,7 @@ void InstrumentOperator::requesFlashCalibrationData(unsigned char channel)
 void InstrumentOperator::writeCalDataToDevice(unsigned char channel, const QByteArray &record)
 {
     if (send(PC_WRITE_CAL_DATA, channel, record))
-        waitInLoop(calibrationWriteMs);
+        Wait(*this, AckInfo(channel, PC_WRITE_CAL_DATA)).timesOut(calibrationWriteMs);
 }
 
 void InstrumentOperator::writeCalFileHeaderToSDCard(unsigned char channel, const QByteArray &header)
@@ -311,16 +366,42 @@ void InstrumentOperator::writeHardwareDataToDevice(unsigned char channel, const 
 bool InstrumentOperator::uploadExperimentToInstrument(unsigned char channel, const QList<ExpNode_t> &nodes,
                                                       HardwareModel_t)
 {
+    _uploadVerdict = FW_SUCCESS;
     if (!_communicator)
         return false;
     pingToDevice();
     send(PC_NODE_LIST_BEGIN, channel, packed(quint16(nodes.size())));
     for (const ExpNode_t &node : nodes) {
-        send(PC_NODE_APPEND, channel, wireForm(node));
-        if (!didWeGetAck(&InstrumentOperator::appendExperimentNodeAcked, channel))
+        const FirmwareErrorCode verdict = appendNode(channel, node);
+        _uploadVerdict = verdict;
+        if (verdict != FW_SUCCESS)
             return false; // nothing is cleaned up: the instrument keeps what it got
     }
     return send(PC_NODE_LIST_END, channel);
+}
+
+FirmwareErrorCode InstrumentOperator::appendNode(unsigned char channel, const ExpNode_t &node)
+{
+    Wait wait(*this, AckInfo(channel, PC_NODE_APPEND));
+    send(PC_NODE_APPEND, channel, wireForm(node));
+    if (wait.timesOut(nodeAckTimeoutMs))
+        letArrivedPacketsThrough(wait);
+    return wait.nodeVerdict();
+}
+
+/// Lets what has reached the process come through to a wait whose time is up; all of it has when the mark has.
+void InstrumentOperator::letArrivedPacketsThrough(Wait &wait)
+{
+    const int mark = ++_lastMark;
+    wait.setMark(mark);
+    _communicator->mark(mark);
+    for (int pass = 0; pass < mostPassesOnTheRoad && _connected && !wait.isOver(); ++pass)
+        wait.timesOut(nodeAckTimeoutMs);
+}
+
+void InstrumentOperator::onMarkPassed(int number)
+{
+    wakeWaits([number](Wait &wait) { return wait.takesMark(number); });
 }
 
 bool InstrumentOperator::send(PCcommand_t command, unsigned char channel, const QByteArray &payload)
@@ -337,37 +418,49 @@ bool InstrumentOperator::sendAndWait(PCcommand_t command, unsigned char channel,
     return send(command, channel, payload) && waitForAcknowledgment(AckInfo(channel, command), milliseconds);
 }
 
-void InstrumentOperator::waitInLoop(int milliseconds)
-{
-    WaitLoop loop(*this);
-    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
 bool InstrumentOperator::receivedAcknowledgment(const AckInfo &ack)
 {
-    _ackGuard->acquire();
-    const QSemaphoreReleaser releaser(_ackGuard.get());
-    if (_acks.size() == mostUnclaimedAcks)
-        _acks.removeFirst();
-    _acks.append(ack);
+    {
+        _ackGuard->acquire();
+        const QSemaphoreReleaser releaser(_ackGuard.get());
+        if (_acks.size() == mostUnclaimedAcks)
+            _acks.removeFirst();
+        _acks.append(ack);
+    }
+    wakeWaits([&ack](const Wait &wait) { return wait.isAnsweredBy(ack); });
     return true;
 }
 
+void InstrumentOperator::receivedNodeAcknowledgment(const AckInfo &ack)
+{
+    wakeWaits([&ack](Wait &wait) { return wait.takesNodeAck(ack); });
+}
+
+/// Wakes the waits for which a condition holds; it is asked under their guard.
+template <typename Condition>
+void InstrumentOperator::wakeWaits(Condition condition)
+{
+    const QMutexLocker locker(&_waitsGuard);
+    for (Wait *const wait : qAsConst(_waits)) {
+        if (condition(*wait))
+            wait->wake();
+    }
+}
+
 /**
- * Looks into the list before each of its waits but not after the last, so an acknowledgement that comes then is left to
- * the next wait for the same command. That is accepted: entries carry no sequence.
+ * An acknowledgement that comes after the wait is left to the next one for the same command. That is accepted: entries
+ * carry no sequence. The passes give one that a held thread kept back the time to come through.
  */
 bool InstrumentOperator::waitForAcknowledgment(const AckInfo &wanted, int milliseconds)
 {
-    for (int pass = 0; pass < ackPasses; ++pass) {
+    Wait wait(*this, wanted);
+    for (int pass = 0; pass < ackPasses && _connected;) {
         if (claimAcknowledgment(wanted))
             return true;
-        if (!_connected)
-            return false;
-        waitInLoop(milliseconds);
+        if (wait.timesOut(milliseconds)) // else woken, perhaps for what another wait has claimed
+            ++pass;
     }
-    return false;
+    return claimAcknowledgment(wanted);
 }
 
 bool InstrumentOperator::claimAcknowledgment(const AckInfo &wanted)
@@ -383,31 +476,4 @@ bool InstrumentOperator::claimAcknowledgment(const AckInfo &wanted)
         ack = isStray ? _acks.erase(ack) : ack + 1;
     }
     return false;
-}
-
-/**
- * Waits for a signal with a channel; the first that comes decides.
- *
- * Deliberate: one for another channel ends the wait with false, as only one channel is uploaded to at a time.
- */
-template <typename Signal>
-bool InstrumentOperator::didWeGetAck(Signal signal, unsigned char channel)
-{
-    if (!_connected)
-        return false;
-    WaitLoop loop(*this);
-    QTimer timer;
-    std::optional<unsigned char> first;
-    const auto note = [&](unsigned char acked) {
-        first = first.value_or(acked);
-        loop.quit();
-    };
-    {
-        const QMutexLocker locker(&_nodeAckGuard); // an earlier upload's late acknowledgement may be on its way
-        connect(this, signal, &loop, note);
-    }
-    connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
-    timer.start(nodeAckTimeoutMs);
-    loop.exec();
-    return first == channel;
 }

@@ -19,7 +19,6 @@
 #include <memory>
 #include <vector>
 
-class QEventLoop;
 class QSemaphore;
 class SerialCommunicator;
 class VekCompRange;
@@ -52,12 +51,20 @@ public:
     explicit InstrumentOperator(const QString &port, QObject *parent = nullptr);
     ~InstrumentOperator() override;
 
-    /// Loads a list of nodes into a channel; each node's acknowledgement is awaited, up to 1,000 ms.
+    /**
+     * Loads a list of nodes into a channel; each node's acknowledgement is awaited, up to 1,000 ms. One that reached the
+     * process in this time counts, however long a thread that it must pass is held by others.
+     *
+     * @return false as soon as a node was refused or not acknowledged: uploadVerdict() tells which
+     */
     virtual bool uploadExperimentToInstrument(unsigned char channel, const QList<ExpNode_t> &nodes,
                                               HardwareModel_t model);
     /// Waits for the acknowledgement, 3 times 50 ms.
     virtual bool setManualSamplingParams(unsigned char channel, const QByteArray &samplingRecord);
 
+    /// How the last upload ended: FW_SUCCESS, the code by which a node was refused, or FW_NO_RESPONSE. Ask it on the
+    /// thread that uploaded.
+    FirmwareErrorCode uploadVerdict() const { return _uploadVerdict; }
     bool isConnected() const; ///< may be asked on any thread
     void disconnectDevice();  ///< closes the port
     /// Sends bytes as they stand, unframed.
@@ -158,6 +165,8 @@ Q_SIGNALS:
     void nonlinearADCCalDataReceived(unsigned char channel, const QByteArray &data);
     void appendExperimentNodeAcked(unsigned char channel);
     void acknowledge(unsigned char channel, PCcommand_t command);
+    void acktoExperimentStart(unsigned char channel, const FirmwareErrorCode &code);
+    void acktoManualStart(unsigned char channel, const FirmwareErrorCode &code);
     void acktoManualOcpSet(unsigned char channel, const FirmwareErrorCode &code);
     void acktoManualCurrentRangeSet(unsigned char channel, const FirmwareErrorCode &code);
     void acktoManualVoltageRangeSet(unsigned char channel, const FirmwareErrorCode &code);
@@ -171,9 +180,10 @@ Q_SIGNALS:
 
 private:
     struct Road;
-    class WaitLoop;
+    class Wait;
 
     void onPacketArrived(Notifications_t type, unsigned int channel, const QByteArray &data);
+    void onMarkPassed(int number);
     void onLinkLost();
     void onCurrentRangeUp(unsigned char channel, const QByteArray &data);
     void onErrorText(unsigned char channel, const QByteArray &data);
@@ -184,13 +194,15 @@ private:
 
     bool send(PCcommand_t command, unsigned char channel = deviceChannel, const QByteArray &payload = QByteArray());
     bool sendAndWait(PCcommand_t command, unsigned char channel, const QByteArray &payload, int milliseconds);
-    void waitInLoop(int milliseconds);
+    FirmwareErrorCode appendNode(unsigned char channel, const ExpNode_t &node);
+    void letArrivedPacketsThrough(Wait &wait);
 
     bool receivedAcknowledgment(const AckInfo &ack);
+    void receivedNodeAcknowledgment(const AckInfo &ack);
     bool waitForAcknowledgment(const AckInfo &wanted, int milliseconds);
     bool claimAcknowledgment(const AckInfo &wanted);
-    template <typename Signal>
-    bool didWeGetAck(Signal signal, unsigned char channel);
+    template <typename Condition>
+    void wakeWaits(Condition condition);
 
     static const Road _roads[];
 
@@ -198,8 +210,9 @@ private:
     QObject *_communicatorOwner;           // its parent, on the same thread
     QList<AckInfo> _acks;                  // received and not yet claimed
     std::shared_ptr<QSemaphore> _ackGuard; // one resource; guards _acks
-    QMutex _nodeAckGuard;                  // between a thread that connects to the signal and the one that emits it
-    QMutex _waitsGuard;                    // guards _waits
-    QList<QEventLoop *> _waits;            // loops that the loss of the link ends, on whatever thread they run
-    std::atomic<bool> _connected;          // read on the client's thread too
+    QMutex _waitsGuard;                    // guards _waits and what they have been told
+    QList<Wait *> _waits;                  // under way, on whatever thread
+    std::atomic<int> _lastMark{0};
+    std::atomic<FirmwareErrorCode> _uploadVerdict{FW_SUCCESS};
+    std::atomic<bool> _connected; // read on the client's thread too
 };

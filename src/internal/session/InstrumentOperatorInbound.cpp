@@ -104,8 +104,8 @@ struct AckRow {
 
 // clang-format off
 constexpr AckRow ackRows[] = {
-    {PC_EXPERIMENT_START,         nullptr,                                              false},
-    {PC_MANUAL_START,             nullptr,                                              false},
+    {PC_EXPERIMENT_START,         &InstrumentOperator::acktoExperimentStart,            false},
+    {PC_MANUAL_START,             &InstrumentOperator::acktoManualStart,                false},
     {PC_MANUAL_SAMPLING_PARAMS,   &InstrumentOperator::acktoManualSamplingIntervalSet,  true},
     {PC_MANUAL_OCP,               &InstrumentOperator::acktoManualOcpSet,               false},
     {PC_CURRENT_RANGE,            &InstrumentOperator::acktoManualCurrentRangeSet,      false},
@@ -189,8 +189,8 @@ void InstrumentOperator::onNodeAppended(unsigned char channel, const QByteArray 
     const auto code = FirmwareErrorCode(byteAt(data, 0));
     if (code != FW_SUCCESS)
         qDebug().noquote().nospace() << "  : " << handle_error(code);
-    const QMutexLocker locker(&_nodeAckGuard);
-    Q_EMIT appendExperimentNodeAcked(channel); // a refused node counts as well: the upload goes on
+    receivedNodeAcknowledgment(AckInfo(channel, PC_NODE_APPEND, code));
+    Q_EMIT appendExperimentNodeAcked(channel); // of a refused node as well
 }
 
 void InstrumentOperator::onTimeRequest(unsigned char, const QByteArray &)
