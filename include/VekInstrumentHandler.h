@@ -215,7 +215,8 @@ Q_SIGNALS:
     void experimentResumed(unsigned char channel);
     /// Outcome of eraseRecoverData().
     void recoverDataErased(bool erased);
-    /// The instrument raised an alarm; the library has stopped the channel.
+    /// The instrument raised an alarm; the library has stopped the channel. An alarm for a channel that the instrument does
+    /// not have stops nothing, and its text says so.
     void deviceError(unsigned char channel, const QString &text);
 
 private Q_SLOTS:

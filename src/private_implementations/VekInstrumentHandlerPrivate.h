@@ -270,6 +270,7 @@ private:
     static Node nodeAt(const ChannelHandler &channel, int index);
     CSVdataImporter &importerOf(unsigned char channel);
     QString lineOfLog(int channel, const QString &text) const;
+    void reportAlarm(unsigned char channel, const QString &text);
     VekErrorCode setLimit(unsigned char channel, void (ChannelHandler::*store)(double), double value,
                           VekErrorCode::ErrorCode failure);
 

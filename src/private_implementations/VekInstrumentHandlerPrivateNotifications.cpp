@@ -113,15 +113,17 @@ QString VekInstrumentHandlerPrivate::stopMessageIn(const QByteArray &payload)
 
 void VekInstrumentHandlerPrivate::onExperimentPaused(unsigned char channel)
 {
-    if (ChannelHandler *const handler = channelAt(channel))
-        handler->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_PAUSED);
+    if (!isChannelBusy(channel)) // late: its experiment has ended meanwhile
+        return;
+    channelAt(channel)->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_PAUSED);
     Q_EMIT experimentPaused(channel);
 }
 
 void VekInstrumentHandlerPrivate::onExperimentResumed(unsigned char channel)
 {
-    if (ChannelHandler *const handler = channelAt(channel))
-        handler->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_RUNNING);
+    if (!isChannelBusy(channel))
+        return;
+    channelAt(channel)->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_RUNNING);
     Q_EMIT experimentResumed(channel);
 }
 
@@ -233,9 +235,18 @@ void VekInstrumentHandlerPrivate::onDeviceNotification(unsigned char channel, co
 
 void VekInstrumentHandlerPrivate::onDeviceError(unsigned char channel, const QString &text)
 {
+    if (!isValidChannel(channel))
+        return reportAlarm(channel, text + QStringLiteral(" (The instrument named channel %1, which it does not have; "
+                                                          "nothing was stopped.)")
+                                               .arg(channel));
+    _op->stopExperiment(channel); // whatever the alarm is about, the channel must not go on
+    reportAlarm(channel, text);
+}
+
+void VekInstrumentHandlerPrivate::reportAlarm(unsigned char channel, const QString &text)
+{
     const QString line = lineOfLog(channel, text);
     qWarning().noquote() << line;
-    _op->stopExperiment(channel); // whatever the alarm is about, the channel must not go on
     Logger::getInstance().logFatal(line);
     Q_EMIT deviceError(channel, QStringLiteral("%1 : %2").arg(QStringLiteral("Critical"), text));
 }

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void messagesNameEveryFault();
     void uploadStoresNothingWhenItFails();
     void startBeginsTheChargeAnew();
+    void lateNewsOfAnIdleChannelChangesNothing();
     void limitsAreStoredEvenWithoutAnswer();
     void rangesAreClippedToTheModel();
     void answersQueries();
@@ -295,6 +296,20 @@ void TestHandlerRequests::startBeginsTheChargeAnew()
     QCOMPARE(capacity.getLiveExperimentAbs_C(), 0.0);
     QVERIFY(bench->handler->isChannelBusy(Loaded));
     QCOMPARE(bench->handler->getExperimentUTCStartTime(Loaded), 0.0); // no data yet
+}
+
+void TestHandlerRequests::lateNewsOfAnIdleChannelChangesNothing()
+{
+    const auto bench = makeBench();
+    QSignalSpy pauses(bench->device.get(), &VekInstrumentHandler::experimentPaused);
+    QSignalSpy resumptions(bench->device.get(), &VekInstrumentHandler::experimentResumed);
+    for (const unsigned char channel : {Column(Free), Column(invalidChannel)}) {
+        bench->instrument.send(NT_EXPERIMENT_PAUSED, channel);
+        bench->instrument.send(NT_EXPERIMENT_RESUMED, channel);
+        QVERIFY(bench->settle());
+        QVERIFY(!bench->device->isChannelBusy(channel));
+    }
+    QVERIFY(pauses.isEmpty() && resumptions.isEmpty());
 }
 
 void TestHandlerRequests::limitsAreStoredEvenWithoutAnswer()

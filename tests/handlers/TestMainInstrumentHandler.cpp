@@ -83,6 +83,7 @@ private Q_SLOTS:
     void endsExperiments_data();
     void endsExperiments();
     void alarmsStopTheChannel();
+    void alarmsForNoChannelStopNothing();
     void passesTheStateOfTheMemoryOn();
 
 private:
@@ -483,6 +484,24 @@ void TestMainInstrumentHandler::alarmsStopTheChannel()
     QCOMPARE(errors.at(0).at(1).toString(), QStringLiteral("Critical : The current has exceeded instrument limits!"));
     QTRY_COMPARE(_bench->instrument.count(PC_EXPERIMENT_STOP), 1);
     QCOMPARE(int(_bench->instrument.commands().last().channel), 1);
+}
+
+void TestMainInstrumentHandler::alarmsForNoChannelStopNothing()
+{
+    QSignalSpy errors(_bench->device.get(), &VekInstrumentHandler::deviceError);
+    for (const unsigned char channel : {2, 255}) { // it has two
+        const QString text =
+            QStringLiteral("Too hot. (The instrument named channel %1, which it does not have; nothing "
+                           "was stopped.)")
+                .arg(channel);
+        QTest::ignoreMessage(QtWarningMsg, qPrintable(QStringLiteral("Bench-1 channel %1: %2").arg(channel).arg(text)));
+        _bench->instrument.send(NT_ERROR_TEXT, channel, "Too hot.");
+        QVERIFY(_bench->settle());
+        QCOMPARE(errors.last(),
+                 (QVariantList{QVariant::fromValue<unsigned char>(channel), QStringLiteral("Critical : ") + text}));
+    }
+    QVERIFY(_bench->flush());
+    QCOMPARE(_bench->instrument.count(PC_EXPERIMENT_STOP), 0);
 }
 
 void TestMainInstrumentHandler::passesTheStateOfTheMemoryOn()
