@@ -51,15 +51,18 @@ public:
      *
      * @return ExperimentIsEmpty for a null pointer (also without a device); InvalidChannel; ChannelBusy;
      *         InvalidParameters with one line for each broken limit; UploadFailed when the instrument did not
-     *         acknowledge a node within a second: the channel then has no experiment.
+     *         acknowledge a node within a second, or refused one, and then its reason is the message: the channel has no
+     *         experiment in either case, not even the one before.
      */
     VekErrorCode uploadExperimentToChannel(unsigned char channel, std::shared_ptr<VekExperiment> experiment) const;
     /// The same for an experiment that the caller keeps.
     VekErrorCode uploadExperimentToChannel(unsigned char channel, const VekExperiment &experiment) const;
     /**
-     * Starts what was uploaded last. The channel counts as busy from the return of this call on.
+     * Starts what was uploaded last. The channel counts as busy from the return of this call on. If the instrument
+     * refuses the start, experimentStopped() comes with its reason, and the channel is free.
      *
-     * @return InvalidChannel, ChannelBusy, ExperimentNotUploaded or CommandNotSent
+     * @return InvalidChannel, ChannelBusy (also when another channel of its group is), ExperimentNotUploaded or
+     *         CommandNotSent
      */
     VekErrorCode startUploadedExperiment(unsigned char channel) const;
     /// Makes an idle channel send samples, which arrive with idleDCDataReady(). @return ExperimentUploaded if one waits.
@@ -143,7 +146,8 @@ public:
     /// @name Manual experiments
     /// @{
 
-    /// Hands the channel to the client's set points, to be ended by stopExperiment().
+    /// Hands the channel to the client's set points, to be ended by stopExperiment(). A refusal by the instrument comes as
+    /// at startUploadedExperiment().
     VekErrorCode startManualExperiment(unsigned char channel) const;
     /// Interval of the reported samples in seconds; the instrument never samples slower than once a second.
     VekErrorCode setManualModeSamplingInterval(unsigned char channel, double seconds) const;
@@ -207,7 +211,8 @@ Q_SIGNALS:
     void activeACDataReady(unsigned char channel, const VekACData &data);
     /// An impedance point that the instrument had stored.
     void recoveryACDataReady(unsigned char channel, const VekACData &data);
-    /// The experiment has ended, with the reason in words; the channel is free again.
+    /// The experiment has ended, or the instrument has refused to start it, with the reason in words; the channel is free
+    /// again.
     void experimentStopped(unsigned char channel, const QString &reason);
     /// The instrument has confirmed a pause.
     void experimentPaused(unsigned char channel);

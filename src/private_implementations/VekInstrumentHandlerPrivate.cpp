@@ -182,6 +182,11 @@ std::vector<unsigned char> VekInstrumentHandlerPrivate::channelNumbers() const
     return numbers;
 }
 
+std::vector<ChannelHandler *> VekInstrumentHandlerPrivate::groupOf(ChannelHandler &channel) const
+{
+    return {&channel};
+}
+
 ChannelHandler *VekInstrumentHandlerPrivate::channelAt(unsigned char channel) const
 {
     const auto found = _channels.find(channel);

@@ -161,6 +161,8 @@ public Q_SLOTS:
     void onGroundFloatStateChanged(const QByteArray &payload);
     void onMemoryDataStart(const QByteArray &payload);
     void onMemoryDataErased(const QByteArray &payload);
+    void onExperimentStartAcknowledged(unsigned char channel, const FirmwareErrorCode &code);
+    void onManualStartAcknowledged(unsigned char channel, const FirmwareErrorCode &code);
     void onManualOcpSet(unsigned char channel, const FirmwareErrorCode &code);
     void onManualCurrentRangeSet(unsigned char channel, const FirmwareErrorCode &code);
     void onManualVoltageRangeSet(unsigned char channel, const FirmwareErrorCode &code);
@@ -237,6 +239,8 @@ protected:
     VekErrorCode checkBusy(unsigned char channel) const;   ///< InvalidChannel, NoExperimentRunning
     VekErrorCode checkManual(unsigned char channel) const; ///< InvalidChannel, ManualExperimentNotRunning
 
+    /// The channels that run as one with a channel: it alone, or those that are linked with it.
+    virtual std::vector<ChannelHandler *> groupOf(ChannelHandler &channel) const;
     /// Sends all limits of a channel. @return whether the instrument answered
     bool sendLimits(unsigned char channel);
     /// Sends a current range; InvalidParameters above 10.
@@ -271,6 +275,9 @@ private:
     CSVdataImporter &importerOf(unsigned char channel);
     QString lineOfLog(int channel, const QString &text) const;
     void reportAlarm(unsigned char channel, const QString &text);
+    VekErrorCode upload(unsigned char channel, const NodeList &nodes);
+    VekErrorCode start(unsigned char channel, PCcommand_t command, ChannelHandler::ExperimentMode mode);
+    void takeStartVerdict(unsigned char channel, PCcommand_t start, FirmwareErrorCode code);
     VekErrorCode setLimit(unsigned char channel, void (ChannelHandler::*store)(double), double value,
                           VekErrorCode::ErrorCode failure);
 

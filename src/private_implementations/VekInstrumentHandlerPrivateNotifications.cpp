@@ -58,6 +58,8 @@ void VekInstrumentHandlerPrivate::connectWithOperatorSignals()
     connect(_op, &Op::deviceDisconnected, this, &Me::deviceDisconnected);
     connect(_op, &Op::experimentPaused, this, &Me::onExperimentPaused);
     connect(_op, &Op::experimentResumed, this, &Me::onExperimentResumed);
+    connect(_op, &Op::acktoExperimentStart, this, &Me::onExperimentStartAcknowledged);
+    connect(_op, &Op::acktoManualStart, this, &Me::onManualStartAcknowledged);
     connect(_op, &Op::acktoManualOcpSet, this, &Me::onManualOcpSet);
     connect(_op, &Op::acktoManualCurrentRangeSet, this, &Me::onManualCurrentRangeSet);
     connect(_op, &Op::acktoManualVoltageRangeSet, this, &Me::onManualVoltageRangeSet);
@@ -125,6 +127,38 @@ void VekInstrumentHandlerPrivate::onExperimentResumed(unsigned char channel)
         return;
     channelAt(channel)->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_RUNNING);
     Q_EMIT experimentResumed(channel);
+}
+
+void VekInstrumentHandlerPrivate::onExperimentStartAcknowledged(unsigned char channel, const FirmwareErrorCode &code)
+{
+    takeStartVerdict(channel, PC_EXPERIMENT_START, code);
+}
+
+void VekInstrumentHandlerPrivate::onManualStartAcknowledged(unsigned char channel, const FirmwareErrorCode &code)
+{
+    takeStartVerdict(channel, PC_MANUAL_START, code);
+}
+
+/**
+ * A refusal ends what the host took for running. Only the answer to a start that is awaited does so: where one has been
+ * acknowledged, or its data have begun, the cell is driven, whatever a stray answer says.
+ */
+void VekInstrumentHandlerPrivate::takeStartVerdict(unsigned char channel, PCcommand_t start, FirmwareErrorCode code)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    const bool isAwaited = handler && handler->endAwaitOfStart(start);
+    if (code == FW_SUCCESS)
+        return;
+    const QString reason = handle_error(code);
+    if (!isAwaited) {
+        qInfo().noquote() << lineOfLog(channel, QStringLiteral("A start that nobody awaits was refused: ") + reason);
+        return;
+    }
+    for (ChannelHandler *const member : groupOf(*handler)) {
+        member->capacity.endExperiment();
+        member->setIdealConfig();
+    }
+    Q_EMIT experimentCompleted(channel, reason);
 }
 
 void VekInstrumentHandlerPrivate::beginNode(unsigned char channel, const QByteArray &payload, const NodeRules &rules)

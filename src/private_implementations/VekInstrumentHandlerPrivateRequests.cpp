@@ -48,14 +48,25 @@ VekErrorCode VekInstrumentHandlerPrivate::uploadExperimentToChannel(unsigned cha
     });
     if (nodes.isEmpty())
         return VekErrorCode::ExperimentIsEmpty;
-    if (!_op->uploadExperimentToInstrument(channel, nodes.getHWNodeList(), modelNumber()))
-        return VekErrorCode::UploadFailed;
+    if (const VekErrorCode failure = upload(channel, nodes))
+        return failure;
 
     ChannelHandler *const handler = channelAt(channel);
     handler->setLoadedExp(experiment);
     handler->setLoadedNodeList(nodes);
     handler->capacity.beginExperiment();
     return VekErrorCode::Success;
+}
+
+VekErrorCode VekInstrumentHandlerPrivate::upload(unsigned char channel, const NodeList &nodes)
+{
+    channelAt(channel)->setLoadedExp(nullptr); // an earlier one must not be started on a list that is cut short
+    if (_op->uploadExperimentToInstrument(channel, nodes.getHWNodeList(), modelNumber()))
+        return VekErrorCode::Success;
+    const FirmwareErrorCode verdict = _op->uploadVerdict();
+    if (verdict == FW_SUCCESS || verdict == FW_NO_RESPONSE)
+        return VekErrorCode::UploadFailed;
+    return VekErrorCode(VekErrorCode::UploadFailed, handle_error(verdict));
 }
 
 VekErrorCode VekInstrumentHandlerPrivate::startUploadedExperiment(unsigned char channel)
@@ -66,11 +77,24 @@ VekErrorCode VekInstrumentHandlerPrivate::startUploadedExperiment(unsigned char 
     if (!handler->getLoadedExp())
         return VekErrorCode::ExperimentNotUploaded;
     handler->capacity.beginExperiment();
-    if (!_op->startExperiment(channel))
-        return VekErrorCode::CommandNotSent;
+    return start(channel, PC_EXPERIMENT_START, ChannelHandler::MODE_ACTIVE);
+}
+
+/// Marks the channel before it sends: nothing that the instrument says of the start may come earlier.
+VekErrorCode VekInstrumentHandlerPrivate::start(unsigned char channel, PCcommand_t command,
+                                                ChannelHandler::ExperimentMode mode)
+{
+    ChannelHandler *const handler = channelAt(channel);
     handler->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_RUNNING);
-    handler->setRunningExperimentMode(ChannelHandler::MODE_ACTIVE);
-    return VekErrorCode::Success;
+    handler->setRunningExperimentMode(mode);
+    handler->awaitStart(command);
+    const bool isManual = command == PC_MANUAL_START;
+    if (isManual ? _op->startManualExperiment(channel) : _op->startExperiment(channel))
+        return VekErrorCode::Success;
+    handler->endAwaitOfStart(command);
+    handler->setRunningExperimentMode(ChannelHandler::MODE_IDLE);
+    handler->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_STOPPED);
+    return VekErrorCode::CommandNotSent;
 }
 
 VekErrorCode VekInstrumentHandlerPrivate::startIdleSampling(unsigned char channel)
@@ -130,11 +154,7 @@ VekErrorCode VekInstrumentHandlerPrivate::startManualExperiment(unsigned char ch
 {
     if (const VekErrorCode refusal = checkFree(channel))
         return refusal;
-    if (!_op->startManualExperiment(channel))
-        return VekErrorCode::CommandNotSent;
-    channelAt(channel)->setRunningExperimentStatus(ChannelHandler::EXPERIMENT_RUNNING);
-    channelAt(channel)->setRunningExperimentMode(ChannelHandler::MODE_MANUAL);
-    return VekErrorCode::Success;
+    return start(channel, PC_MANUAL_START, ChannelHandler::MODE_MANUAL);
 }
 
 VekErrorCode VekInstrumentHandlerPrivate::setManualModeOCP(unsigned char channel)

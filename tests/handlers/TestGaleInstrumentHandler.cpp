@@ -74,6 +74,7 @@ private Q_SLOTS:
     void earlierRunsAreNotJoined();
     void groupEndsWithItsMaster();
     void endedMemberTakesItsMasterOutOfTheGroup();
+    void refusedStartFreesTheGroup();
     void startUpNeitherAsksNorFans();
     void manualSetPointsAreRaw();
     void rangesFollowTheBoard();
@@ -203,6 +204,14 @@ void TestGaleInstrumentHandler::refusesWhatAGroupMustNotDo()
     QCOMPARE(_bench->handler->uploadExperimentToChannel(invalidChannel, nullptr), E::InvalidChannel);
     QCOMPARE(_bench->handler->startUploadedExperiment(invalidChannel), E::InvalidChannel);
     QCOMPARE(_bench->handler->startUploadedExperiment(1), E::ChannelBusy);
+    send(NT_EXPERIMENT_DONE, 1, wire(quint64(0), quint8(STOP_BY_USER)));
+    QVERIFY(_bench->settle());
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(0, oneNode()), E::Success);
+    QCOMPARE(_bench->device->startManualExperiment(1), E::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(0), E::ChannelBusy); // it would take the other's run over
+    QVERIFY(_bench->flush());
+    QVERIFY(sent(PC_CHANNELS_LINK).isEmpty() && sent(PC_EXPERIMENT_START).isEmpty());
+    QVERIFY(_bench->handler->isManualExperimentRun(1) && !_bench->device->isChannelBusy(0));
     QCOMPARE(_bench->device->setLinkedChannels({0}), 0);
     QVERIFY(_bench->device->getLinkedChannels(1).empty());
 }
@@ -336,6 +345,25 @@ void TestGaleInstrumentHandler::endedMemberTakesItsMasterOutOfTheGroup()
     QCOMPARE(_active->at(0).at(1).value<VekDCData>().current, 1.0);
     QCOMPARE(ends.size(), 1);
     QCOMPARE(_bench->device->getLinkedChannels(0), (Channels{0, 2}));
+}
+
+void TestGaleInstrumentHandler::refusedStartFreesTheGroup()
+{
+    QSignalSpy ends(_bench->device.get(), &VekInstrumentHandler::experimentStopped);
+    _bench->instrument.reply(PC_EXPERIMENT_START, NT_GENERAL_ACK,
+                             wire(quint8(PC_EXPERIMENT_START), quint8(FW_CHANNEL_NOT_IDLE)));
+    QCOMPARE(_bench->device->setLinkedChannels({0, 1, 4}), 0);
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(1, oneNode()), E::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(1), E::Success);
+    QTRY_COMPARE(ends.size(), 1);
+    QVERIFY(_bench->settle());
+    QCOMPARE(ends.size(), 1);
+    QCOMPARE(ends.at(0), (QVariantList{QVariant::fromValue<unsigned char>(1),
+                                       QStringLiteral("Channel is not in the idle state.")}));
+    QCOMPARE(_bench->device->getFreeChannels().size(), std::size_t(channelCount));
+    for (const unsigned char channel : {0, 1, 4})
+        QVERIFY(!_bench->handler->getChannelHandlers().at(channel)->getLoadedExp());
+    QCOMPARE(_bench->device->getLinkedChannels(4), (Channels{0, 1, 4}));
 }
 
 void TestGaleInstrumentHandler::startUpNeitherAsksNorFans()

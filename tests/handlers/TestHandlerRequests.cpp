@@ -45,8 +45,15 @@ private Q_SLOTS:
     void sendsCommands_data();
     void sendsCommands();
     void messagesNameEveryFault();
+    void uploadStoresNothingWhenItFails_data();
     void uploadStoresNothingWhenItFails();
+    void uploadCountsAnswersThatWaited_data();
+    void uploadCountsAnswersThatWaited();
     void startBeginsTheChargeAnew();
+    void refusedStartFreesTheChannel_data();
+    void refusedStartFreesTheChannel();
+    void refusalOfNoStartChangesNothing_data();
+    void refusalOfNoStartChangesNothing();
     void lateNewsOfAnIdleChannelChangesNothing();
     void limitsAreStoredEvenWithoutAnswer();
     void rangesAreClippedToTheModel();
@@ -277,12 +284,63 @@ void TestHandlerRequests::messagesNameEveryFault()
     QCOMPARE(handler.requestSdCardCalibrationData(0).message(), QStringLiteral("Sd card is currently write state."));
 }
 
+void TestHandlerRequests::uploadStoresNothingWhenItFails_data()
+{
+    QTest::addColumn<int>("answer"); // to the node; below zero: none
+    QTest::addColumn<QString>("message");
+    const QString silence =
+        QStringLiteral("Experiment was not successfully uploaded to the channel. Please try again.");
+    QTest::newRow("silence") << -1 << silence;
+    QTest::newRow("list is full") << int(FW_NODE_NOT_APPENDED)
+                                  << QStringLiteral("Experiment node cannot be appended to node list.");
+    QTest::newRow("busy") << int(FW_CHANNEL_NOT_IDLE) << QStringLiteral("Channel is not in the idle state.");
+    QTest::newRow("unheard of") << 99 << QStringLiteral("Unknown Error Code");
+}
+
 void TestHandlerRequests::uploadStoresNothingWhenItFails()
 {
+    QFETCH(int, answer);
+    QFETCH(QString, message);
     const auto bench = makeBench();
-    bench->instrument.on(PC_NODE_APPEND, {});
-    QCOMPARE(bench->handler->uploadExperimentToChannel(Free, oneNode()), E::UploadFailed);
-    QCOMPARE(bench->handler->startUploadedExperiment(Free), E::ExperimentNotUploaded);
+    QCOMPARE(bench->handler->uploadExperimentToChannel(Loaded, oneNode()), E::Success);
+    if (answer < 0)
+        bench->instrument.on(PC_NODE_APPEND, {});
+    else
+        bench->instrument.reply(PC_NODE_APPEND, NT_NODE_APPENDED, wire(quint8(answer)));
+    for (const unsigned char channel : {Free, Loaded}) {
+        const VekErrorCode result = bench->handler->uploadExperimentToChannel(channel, oneNode());
+        QCOMPARE(result, E::UploadFailed);
+        QCOMPARE(result.message(), message);
+        // Not even what was uploaded before: the instrument has forgotten it.
+        QCOMPARE(bench->handler->startUploadedExperiment(channel), E::ExperimentNotUploaded);
+    }
+}
+
+void TestHandlerRequests::uploadCountsAnswersThatWaited_data()
+{
+    QTest::addColumn<bool>("isClientHeld"); // else the handler's thread
+    QTest::newRow("client's thread held") << true;
+    QTest::newRow("handler's thread held") << false;
+}
+
+/// The answer comes at once, but a slot of the client holds a thread that it must pass for longer than it may take.
+void TestHandlerRequests::uploadCountsAnswersThatWaited()
+{
+    QFETCH(bool, isClientHeld);
+    constexpr int longerThanTheWaitMs = 1500;
+    const auto bench = makeBench();
+    if (!isClientHeld)
+        connect(
+            bench->handler.get(), &VekInstrumentHandlerPrivate::groundFloatStateChanged, bench->handler.get(),
+            [] { QThread::msleep(longerThanTheWaitMs); }, Qt::DirectConnection);
+    bench->instrument.on(PC_NODE_APPEND, [&](const FakeInstrument::Command &command) {
+        if (!isClientHeld)
+            bench->instrument.send(NT_GROUND_FLOAT, 0, wire(quint8(1)));
+        bench->instrument.send(NT_NODE_APPENDED, command.channel, wire(quint8(FW_SUCCESS)));
+        if (isClientHeld)
+            QThread::msleep(longerThanTheWaitMs);
+    });
+    QCOMPARE(bench->handler->uploadExperimentToChannel(Free, oneNode()).message(), QStringLiteral("Success"));
 }
 
 void TestHandlerRequests::startBeginsTheChargeAnew()
@@ -296,6 +354,70 @@ void TestHandlerRequests::startBeginsTheChargeAnew()
     QCOMPARE(capacity.getLiveExperimentAbs_C(), 0.0);
     QVERIFY(bench->handler->isChannelBusy(Loaded));
     QCOMPARE(bench->handler->getExperimentUTCStartTime(Loaded), 0.0); // no data yet
+}
+
+void TestHandlerRequests::refusedStartFreesTheChannel_data()
+{
+    QTest::addColumn<Request>("start");
+    QTest::addColumn<PCcommand_t>("command");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("reason");
+    const Request experiment = [](VekInstrumentHandlerPrivate &h, unsigned char c) {
+        return h.startUploadedExperiment(c);
+    };
+    const Request manual = [](VekInstrumentHandlerPrivate &h, unsigned char c) { return h.startManualExperiment(c); };
+    QTest::newRow("experiment") << experiment << PC_EXPERIMENT_START << int(FW_CHANNEL_NOT_IDLE)
+                                << QStringLiteral("Channel is not in the idle state.");
+    QTest::newRow("manual") << manual << PC_MANUAL_START << int(FW_MANUAL_START_FAILED)
+                            << QStringLiteral("Manual experiment failed to start.");
+    QTest::newRow("unheard of") << experiment << PC_EXPERIMENT_START << 99 << QStringLiteral("Unknown Error Code");
+}
+
+void TestHandlerRequests::refusedStartFreesTheChannel()
+{
+    QFETCH(Request, start);
+    QFETCH(PCcommand_t, command);
+    QFETCH(int, code);
+    QFETCH(QString, reason);
+    const auto bench = makeBench();
+    QSignalSpy ends(bench->device.get(), &VekInstrumentHandler::experimentStopped);
+    bench->instrument.reply(command, NT_GENERAL_ACK, wire(quint8(command), quint8(code)));
+    for (int count = 1; count <= 2; ++count) { // the next one is judged anew
+        QCOMPARE(bench->handler->uploadExperimentToChannel(Loaded, oneNode()), E::Success);
+        QCOMPARE(start(*bench->handler, Loaded), E::Success);
+        QTRY_COMPARE(ends.size(), count);
+        QCOMPARE(ends.last(), (QVariantList{QVariant::fromValue<unsigned char>(Loaded), reason}));
+        QVERIFY(!bench->device->isChannelBusy(Loaded));
+        QCOMPARE(bench->handler->startUploadedExperiment(Loaded), E::ExperimentNotUploaded);
+    }
+}
+
+void TestHandlerRequests::refusalOfNoStartChangesNothing_data()
+{
+    QTest::addColumn<QByteArray>("before"); // what the instrument has sent before its refusal of a start
+    QTest::addColumn<PCcommand_t>("refused");
+    const auto ack = [](PCcommand_t command) {
+        return makeFrame(NT_GENERAL_ACK, Loaded, wire(quint8(command), quint8(FW_SUCCESS)));
+    };
+    QTest::newRow("start was acknowledged") << ack(PC_EXPERIMENT_START) << PC_EXPERIMENT_START;
+    QTest::newRow("data have begun") << makeFrame(NT_DATA_BEGIN, Loaded, wire(quint64(1))) << PC_EXPERIMENT_START;
+    QTest::newRow("another kind of start") << QByteArray() << PC_MANUAL_START;
+}
+
+void TestHandlerRequests::refusalOfNoStartChangesNothing()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(PCcommand_t, refused);
+    const auto bench = makeBench();
+    QSignalSpy ends(bench->device.get(), &VekInstrumentHandler::experimentStopped);
+    QCOMPARE(bench->handler->uploadExperimentToChannel(Loaded, oneNode()), E::Success);
+    QCOMPARE(bench->handler->startUploadedExperiment(Loaded), E::Success);
+    bench->instrument.sendRaw(before);
+    for (const unsigned char channel : {Free, Loaded, Column(invalidChannel)})
+        bench->instrument.send(NT_GENERAL_ACK, channel, wire(quint8(refused), quint8(FW_CHANNEL_NOT_IDLE)));
+    QVERIFY(bench->settle());
+    QVERIFY(ends.isEmpty());
+    QVERIFY(bench->device->isChannelBusy(Loaded));
 }
 
 void TestHandlerRequests::lateNewsOfAnIdleChannelChangesNothing()

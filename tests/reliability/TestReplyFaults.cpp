@@ -293,7 +293,7 @@ void TestReplyFaults::acknowledgement_data()
         // clang-format off
         {"node", &upload, {PC_NODE_APPEND, NT_NODE_APPENDED, 800, 1200},
             {106, "Experiment was not successfully uploaded to the channel. Please try again."}, {}, {0, 2}},
-        {"limits", &limit, {PC_CHANNEL_LIMITS, NT_GENERAL_ACK, 50, 300}, // the last look comes after 100 ms
+        {"limits", &limit, {PC_CHANNEL_LIMITS, NT_GENERAL_ACK, 50, 300}, // the wait is over after 150 ms
             {115, "Channel maximum voltage is not set. Please try again."}, {0}, {1, 3}},
         {"sampling", &sample, {PC_MANUAL_SAMPLING_PARAMS, NT_GENERAL_ACK, 50, 300},
             {100, "API is unable to send command to device. Please try again."}, {0}, {1, 3}},

@@ -34,6 +34,7 @@ ChannelHandler::ChannelHandler(const QString &deviceName, unsigned char channelN
 
 void ChannelHandler::setIdealConfig()
 {
+    _awaitedStart = noStart; // first: the client may start anew as soon as the channel counts as stopped
     setCellOn(false);
     setRunningExperimentStatus(EXPERIMENT_STOPPED);
     setRunningExperimentMode(MODE_IDLE);
@@ -76,6 +77,8 @@ ChannelHandler::ExperimentStatus ChannelHandler::getExperimentStatus() const
 
 void ChannelHandler::setDataStatus(DataStatus status)
 {
+    if (status == DATA_STARTED)
+        _awaitedStart = noStart;
     write(_dataStatusLock, _dataStatus, status);
 }
 
@@ -92,6 +95,16 @@ void ChannelHandler::setSDCardStatus(SDCardStatus status)
 ChannelHandler::SDCardStatus ChannelHandler::getSDCardStatus() const
 {
     return read(_sdCardStatusLock, _sdCardStatus);
+}
+
+void ChannelHandler::awaitStart(PCcommand_t start)
+{
+    _awaitedStart = start;
+}
+
+bool ChannelHandler::endAwaitOfStart(PCcommand_t start)
+{
+    return _awaitedStart.compare_exchange_strong(start, noStart);
 }
 
 void ChannelHandler::setCellOn(bool on)

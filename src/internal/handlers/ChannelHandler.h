@@ -5,11 +5,13 @@
 #include "handlers/ChannelLimit.h"
 #include "handlers/ChannelLinker.h"
 #include "handlers/RealTimeTracker.h"
+#include "link/PCcommand.h"
 
 #include <QByteArray>
 #include <QReadWriteLock>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 
 class AbstractExperiment;
@@ -73,6 +75,12 @@ public:
     DataStatus getDataStatus() const;
     void setSDCardStatus(SDCardStatus status);
     SDCardStatus getSDCardStatus() const;
+
+    /// Notes that a start is sent whose acknowledgement is to come.
+    void awaitStart(PCcommand_t start);
+    /// Ends that. @return whether it was this start that was awaited: data that begin confirm it as well
+    bool endAwaitOfStart(PCcommand_t start);
+
     void setCellOn(bool on);
     /// Whether the running node drives the cell.
     bool isCellOn() const;
@@ -118,6 +126,8 @@ public:
     void resetChannelLimits();
 
 private:
+    static constexpr auto noStart = PCcommand_t(0);
+
     const QString _deviceName;
     const unsigned char _channelNumber;
     IRComp _irComp;
@@ -126,6 +136,7 @@ private:
     ExperimentMode _experimentMode = MODE_IDLE;
     DataStatus _dataStatus = DATA_NOT_STARTED;
     ExperimentStatus _experimentStatus = EXPERIMENT_STOPPED;
+    std::atomic<PCcommand_t> _awaitedStart{noStart};
     VekCompRange _compRange{QString(), 0, 0};
     bool _cellOn = false;
     QByteArray _calibrationRawData;

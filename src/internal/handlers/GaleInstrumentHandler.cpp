@@ -152,6 +152,8 @@ VekErrorCode GaleInstrumentHandler::startUploadedExperiment(unsigned char channe
     const ChannelHandler *const handler = channelAt(channel);
     if (handler->linkedChannels.empty())
         return VekInstrumentHandlerPrivate::startUploadedExperiment(channel);
+    if (!areAllFree(handler->linkedChannels.list())) // a member may be in a manual experiment of its own
+        return VekErrorCode::ChannelBusy;
     if (handler->isLoadedNodeListEmpty() || !handler->getLoadedExp())
         return VekErrorCode::ExperimentNotUploaded;
     return startGroup(channel);
@@ -171,6 +173,7 @@ VekErrorCode GaleInstrumentHandler::startGroup(unsigned char channel)
         }
         member->capacity.beginExperiment();
     }
+    master->awaitStart(PC_EXPERIMENT_START);
     return _op->startExperiment(channel) ? VekErrorCode::Success : VekErrorCode::Unknown;
 }
 

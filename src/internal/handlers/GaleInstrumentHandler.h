@@ -60,7 +60,7 @@ private:
     using Group = std::vector<ChannelHandler *>;
 
     /// The channels of a channel's group, two at least, or the channel alone.
-    Group groupOf(ChannelHandler &channel) const;
+    Group groupOf(ChannelHandler &channel) const override;
     bool areAllFree(const std::vector<unsigned char> &channels) const;
     bool fitTogether(const std::vector<unsigned char> &channels) const;
     VekErrorCode startGroup(unsigned char channel);
