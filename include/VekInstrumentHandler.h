@@ -147,7 +147,7 @@ public:
     /// @{
 
     /// Hands the channel to the client's set points, to be ended by stopExperiment(). A refusal by the instrument comes as
-    /// at startUploadedExperiment().
+    /// at startUploadedExperiment(). A linked channel runs by itself meanwhile and stays in its group for later.
     VekErrorCode startManualExperiment(unsigned char channel) const;
     /// Interval of the reported samples in seconds; the instrument never samples slower than once a second.
     VekErrorCode setManualModeSamplingInterval(unsigned char channel, double seconds) const;

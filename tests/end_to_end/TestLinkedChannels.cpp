@@ -130,6 +130,7 @@ private Q_SLOTS:
     void laggingMemberHoldsTheGroupBack();
     void impedanceIsThatOfTheCell_data();
     void impedanceIsThatOfTheCell();
+    void manualRunOfAMemberIsItsOwn();
 
 private:
     QString newName() { return QStringLiteral("Linked%1").arg(++_count); }
@@ -236,6 +237,30 @@ void TestLinkedChannels::impedanceIsThatOfTheCell()
                  qPrintable(
                      QStringLiteral("%1 Hz: %2 ohms off %3").arg(point.frequency).arg(error).arg(std::abs(expected))));
     }
+}
+
+// 0.1 A through 10 ohms, on one channel of a group that then runs as one.
+void TestLinkedChannels::manualRunOfAMemberIsItsOwn()
+{
+    LinkedInstrument instrument(newName(), {"--cell", "resistor:R=10"});
+    QVERIFY(instrument.isReady());
+    const VekInstrumentHandler &handler = instrument.handler();
+    QCOMPARE(handler.setLinkedChannels({1, 2}), 1);
+    QCOMPARE(int(handler.startManualExperiment(2)), int(VekErrorCode::Success));
+    QCOMPARE(int(handler.setManualModeSamplingInterval(2, 0.05)), int(VekErrorCode::Success));
+    QCOMPARE(int(handler.setManualModeConstantCurrent(2, 0.1)), int(VekErrorCode::Success));
+    QTRY_VERIFY(instrument.samples.size() >= 5);
+    QCOMPARE(int(handler.stopExperiment(2)), int(VekErrorCode::Success));
+    QVERIFY(instrument.waitForEnds(1, 10000));
+    QCOMPARE(instrument.ends, QStringList{"Experiment stopped by user"});
+    for (const auto &[channel, data] : instrument.samples)
+        QCOMPARE(channel, 2);
+    QVERIFY(agrees("voltage", instrument.samples.back().data.workingElectrodeVoltage, 1.0));
+    instrument.ends.clear();
+    VekConstantCurrentElement current(0.1, interval, 1.0);
+    VekExperiment experiment;
+    experiment.appendElement(current, 1);
+    QVERIFY(instrument.completeLinked({1, 2}, false, 1, experiment));
 }
 
 NIMBRELLE_TEST_MAIN(TestLinkedChannels)

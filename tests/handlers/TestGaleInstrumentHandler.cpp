@@ -74,7 +74,9 @@ private Q_SLOTS:
     void earlierRunsAreNotJoined();
     void groupEndsWithItsMaster();
     void endedMemberTakesItsMasterOutOfTheGroup();
+    void manualRunOfAMemberIsItsOwn();
     void refusedStartFreesTheGroup();
+    void refusedManualStartFreesTheMemberAlone();
     void startUpNeitherAsksNorFans();
     void manualSetPointsAreRaw();
     void rangesFollowTheBoard();
@@ -347,6 +349,40 @@ void TestGaleInstrumentHandler::endedMemberTakesItsMasterOutOfTheGroup()
     QCOMPARE(_bench->device->getLinkedChannels(0), (Channels{0, 2}));
 }
 
+void TestGaleInstrumentHandler::manualRunOfAMemberIsItsOwn()
+{
+    QSignalSpy ends(_bench->device.get(), &VekInstrumentHandler::experimentStopped);
+    QCOMPARE(_bench->device->setLinkedChannels({0, 1}), 0);
+    for (const unsigned char channel : {1, 0}) { // neither is the master of anything
+        QCOMPARE(_bench->device->startManualExperiment(channel), E::Success);
+        send(NT_DATA_BEGIN, channel, wire(10 * ticksPerSecond));
+    }
+    send(NT_DC_DATA, 0, dcRecord(11.0, 1.0, 2.0, 0.0, 7));
+    send(NT_DC_DATA, 1, dcRecord(12.0, 4.0, 3.0, 0.0, 7)); // of the same counter, yet not to be joined
+    send(NT_EXPERIMENT_DONE, 1, wire(quint64(0), quint8(STOP_BY_USER)));
+    send(NT_DC_DATA, 1, dcRecord(13.0, 5.0, 5.0)); // idle again, while the other goes on
+    send(NT_DC_DATA, 0, dcRecord(13.0, 1.5, 2.0, 0.0, 9));
+    QVERIFY(_bench->settle());
+    QVERIFY(_bench->handler->isManualExperimentRun(0));
+    send(NT_EXPERIMENT_DONE, 0, wire(quint64(0), quint8(STOP_BY_USER)));
+    QVERIFY(_bench->settle());
+
+    QStringList samples;
+    for (const QList<QVariant> &sample : *_active) {
+        const auto data = sample.at(1).value<VekDCData>();
+        samples << QStringLiteral("%1: %2 s, %3 A").arg(sample.at(0).toInt()).arg(data.timestamp).arg(data.current);
+    }
+    QCOMPARE(samples, (QStringList{"0: 1 s, 1 A", "1: 2 s, 4 A", "0: 3 s, 1.5 A"}));
+    QCOMPARE(_idle->size(), 1);
+    QCOMPARE(ends.size(), 2);
+    QCOMPARE(ends.at(0).at(0).toInt(), 1);
+    QCOMPARE(ends.at(1).at(0).toInt(), 0);
+    QCOMPARE(_bench->device->getLinkedChannels(1), (Channels{0, 1})); // the group is there for later
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(1, oneNode()), E::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(1), E::Success);
+    QVERIFY(_bench->device->getFreeChannels() == (Channels{2, 3, 4, 5, 6}));
+}
+
 void TestGaleInstrumentHandler::refusedStartFreesTheGroup()
 {
     QSignalSpy ends(_bench->device.get(), &VekInstrumentHandler::experimentStopped);
@@ -364,6 +400,20 @@ void TestGaleInstrumentHandler::refusedStartFreesTheGroup()
     for (const unsigned char channel : {0, 1, 4})
         QVERIFY(!_bench->handler->getChannelHandlers().at(channel)->getLoadedExp());
     QCOMPARE(_bench->device->getLinkedChannels(4), (Channels{0, 1, 4}));
+}
+
+void TestGaleInstrumentHandler::refusedManualStartFreesTheMemberAlone()
+{
+    QSignalSpy ends(_bench->device.get(), &VekInstrumentHandler::experimentStopped);
+    QCOMPARE(_bench->device->setLinkedChannels({0, 1}), 0);
+    QCOMPARE(_bench->device->startManualExperiment(0), E::Success);
+    send(NT_DATA_BEGIN, 0, wire(10 * ticksPerSecond));
+    QCOMPARE(_bench->device->startManualExperiment(1), E::Success);
+    send(NT_GENERAL_ACK, 1, wire(quint8(PC_MANUAL_START), quint8(FW_MANUAL_START_FAILED)));
+    QVERIFY(_bench->settle());
+    QCOMPARE(ends.size(), 1);
+    QCOMPARE(ends.at(0).at(0).toInt(), 1);
+    QVERIFY(_bench->handler->isManualExperimentRun(0) && !_bench->device->isChannelBusy(1));
 }
 
 void TestGaleInstrumentHandler::startUpNeitherAsksNorFans()

@@ -71,6 +71,8 @@ VekErrorCode GaleInstrumentHandler::setFanSpeedVariable(bool variable)
 
 GaleInstrumentHandler::Group GaleInstrumentHandler::groupOf(ChannelHandler &channel) const
 {
+    if (channel.getExperimentMode() == ChannelHandler::MODE_MANUAL)
+        return {&channel};
     Group group;
     for (const unsigned char member : channel.linkedChannels.list())
         group.push_back(channelAt(member));
@@ -196,18 +198,12 @@ void GaleInstrumentHandler::onExperimentCompleted(unsigned char channel, const Q
     if (!handler)
         return;
     // Taken before the channel is free: the client may link it anew from then on.
-    const std::vector<unsigned char> group = handler->linkedChannels.list();
-    const unsigned char master = handler->masterChannel;
+    const Group group = groupOf(*handler);
+    const bool isMaster = group.size() == 1 || handler->masterChannel == channel;
     handler->setIdealConfig();
-    if (group.empty()) {
-        Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
-        return;
-    }
-    for (const unsigned char member : group) {
-        if (ChannelHandler *const memberHandler = channelAt(member))
-            memberHandler->capacity.endExperiment();
-    }
-    if (channel == master) // the other members end in silence
+    for (ChannelHandler *const member : group)
+        member->capacity.endExperiment();
+    if (isMaster) // the other members end in silence
         Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
 }
 

@@ -59,7 +59,8 @@ public Q_SLOTS:
 private:
     using Group = std::vector<ChannelHandler *>;
 
-    /// The channels of a channel's group, two at least, or the channel alone.
+    /// The channels of a channel's group, two at least, or the channel alone. It is alone in a manual experiment: the
+    /// group is kept for the next one that is started on it.
     Group groupOf(ChannelHandler &channel) const override;
     bool areAllFree(const std::vector<unsigned char> &channels) const;
     bool fitTogether(const std::vector<unsigned char> &channels) const;
