@@ -63,10 +63,11 @@ FakeInstrument::Answer spoil(FakeInstrument &instrument, const Awaited &awaited,
             usual(command);
         });
         break;
-    case Fault::OfSize: // of an acknowledgement, the command comes first
-        instrument.reply(awaited.command, awaited.answer,
-                         QByteArray(1, char(awaited.command)).leftJustified(fault.size, '\0', true));
+    case Fault::OfSize: { // of a general acknowledgement, the command comes first
+        const QByteArray first(awaited.answer == NT_GENERAL_ACK ? 1 : 0, char(awaited.command));
+        instrument.reply(awaited.command, awaited.answer, first.leftJustified(fault.size, '\0', true));
         break;
+    }
     }
     return usual;
 }
