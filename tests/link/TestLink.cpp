@@ -1,6 +1,8 @@
 #include "link/SerialCommunicator.h"
 
+#include "link/SerialThread.h"
 #include "support/FakeInstrument.h"
+#include "support/ProcessFigures.h"
 #include "support/TestMain.h"
 
 #include <ctime>
@@ -18,7 +20,10 @@ private Q_SLOTS:
     void reopensAfterStop();
     void aPortThatDoesNotExistIsReportedAsLost();
     void pulledCableIsReportedOnceAndBurnsNoTime();
+    void aRepeatedPortErrorIsOneLoss();
     void aLostLinkStaysDead();
+    void aLinkThatIsHungUpFreesThePort();
+    void whatWasSentBeforeHangingUpGoesOut();
     void waitForBytesSentReturnsWhenAllHasLeft();
     void waitForBytesSentIsBoundedWhenNobodyReads();
     void waitForBytesSentFromAnotherThreadWhileDataStreamIn();
@@ -125,6 +130,27 @@ void TestLink::pulledCableIsReportedOnceAndBurnsNoTime()
     QVERIFY(processorSeconds() - before < 0.1);
 }
 
+/// Qt repeats the read error of a device that has vanished, and some of the repetitions may be queued already.
+void TestLink::aRepeatedPortErrorIsOneLoss()
+{
+    PseudoTerminal terminal;
+    SerialThread thread(terminal.portName());
+    QSignalSpy losses(&thread, &SerialThread::deviceDisconnected);
+    const auto report = [&thread](QSerialPort::SerialPortError error) {
+        thread.post([&] {
+            QMetaObject::invokeMethod(
+                &thread, [&thread, error] { thread.ErrorOnSerial(error); }, Qt::QueuedConnection);
+        });
+    };
+    QMetaObject::invokeMethod(&thread, &SerialThread::OpenPort, Qt::QueuedConnection);
+    report(QSerialPort::NoError);
+    for (int i = 0; i < 10; ++i)
+        report(QSerialPort::ResourceError);
+    thread.start();
+    QVERIFY(thread.wait(5000));
+    QCOMPARE(losses.size(), 1);
+}
+
 void TestLink::aLostLinkStaysDead()
 {
     FakeInstrument instrument;
@@ -136,6 +162,43 @@ void TestLink::aLostLinkStaysDead()
     link.communicator.WaitForBytesSent();
     QTRY_VERIFY(!link.communicator.Start(true));
     QCOMPARE(link.losses.size(), 1);
+}
+
+void TestLink::aLinkThatIsHungUpFreesThePort()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    const int openings = ProcessFigures::openings(instrument.portName()); // the terminal's own too
+    link.communicator.hangUp();
+    QCOMPARE(ProcessFigures::openings(instrument.portName()), openings - 1);
+    QCOMPARE(link.losses.size(), 0); // by the event loop alone
+    QTRY_COMPARE(link.losses.size(), 1);
+    QVERIFY(link.communicator.isLost());
+    link.communicator.hangUp();
+    QVERIFY(!link.losses.wait(100));
+
+    Link next(instrument.portName());
+    QVERIFY(next.communicator.Start(true));
+    next.communicator.SendCommand(PC_PING);
+    QTRY_COMPARE(instrument.count(PC_PING), 1);
+}
+
+/// More than the driver takes at once.
+void TestLink::whatWasSentBeforeHangingUpGoesOut()
+{
+    constexpr int frames = 150;
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    std::thread caller([&link] {
+        for (int i = 0; i < frames; ++i)
+            link.communicator.SendCommand(PC_NODE_APPEND, 0, QByteArray(1000, char(i)));
+        link.communicator.hangUp();
+    });
+    QTest::qWaitFor([&] { return instrument.count(PC_NODE_APPEND) == frames; });
+    caller.join();
+    QCOMPARE(instrument.count(PC_NODE_APPEND), frames);
 }
 
 void TestLink::waitForBytesSentReturnsWhenAllHasLeft()

@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
+
 #include <malloc.h>
 #include <unistd.h>
 
@@ -29,6 +31,13 @@ int ProcessFigures::threads()
 int ProcessFigures::openFiles()
 {
     return entries("/proc/self/fd") - 1; // the one that reads the folder
+}
+
+int ProcessFigures::openings(const QString &path)
+{
+    const QFileInfoList files = QDir(QStringLiteral("/proc/self/fd")).entryInfoList(QDir::AllEntries | QDir::System);
+    return int(
+        std::count_if(files.begin(), files.end(), [&](const QFileInfo &file) { return file.symLinkTarget() == path; }));
 }
 
 qint64 ProcessFigures::heapBytes()

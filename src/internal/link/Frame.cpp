@@ -2,6 +2,9 @@
 
 #include <QtEndian>
 
+// The frame is taken apart byte by byte, but the records inside are copied to and from structures as they stand.
+static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "every number on the wire is little-endian, and so must the host be");
+
 namespace {
 
 constexpr quint16 magic = 0xFFEE;

@@ -16,8 +16,7 @@ constexpr int openTimeoutMs = 10000;
 SerialCommunicator::SerialCommunicator(const QString &portName, QObject *) : _thread(new SerialThread(portName))
 {
     connect(_thread, &SerialThread::PacketReceived, this, &SerialCommunicator::relay, Qt::QueuedConnection);
-    connect(_thread, &SerialThread::deviceDisconnected, this, &SerialCommunicator::deviceDisconnected,
-            Qt::QueuedConnection);
+    connect(_thread, &SerialThread::deviceDisconnected, this, &SerialCommunicator::onLost, Qt::QueuedConnection);
     connect(_thread, &SerialThread::PortOpened, this, &SerialCommunicator::portTried, Qt::QueuedConnection);
     connect(_thread, &QThread::finished, this, &SerialCommunicator::threadEnded, Qt::QueuedConnection);
     connect(this, &SerialCommunicator::OpenPort, _thread, &SerialThread::OpenPort, Qt::QueuedConnection);
@@ -40,6 +39,12 @@ void SerialCommunicator::relay(Notifications_t type, unsigned int channel, const
         packetHandled();
 }
 
+void SerialCommunicator::onLost()
+{
+    _isLost = true;
+    Q_EMIT deviceDisconnected();
+}
+
 void SerialCommunicator::packetHandled()
 {
     _thread->packetHandled();
@@ -59,7 +64,8 @@ bool SerialCommunicator::Start(bool wait)
         loop.quit();
     });
     connect(this, &SerialCommunicator::threadEnded, &loop, &QEventLoop::quit);
-    connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
+    // Queued, hence behind the link's word if that has come: a slot of the client may have held this thread for long.
+    connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit, Qt::QueuedConnection);
     if (!_thread->post([this] { Q_EMIT OpenPort(); }))
         return false;
     timeout.start(openTimeoutMs);
@@ -92,4 +98,9 @@ void SerialCommunicator::mark(int number)
     // The link thread queues each packet to this object as soon as it has it, so there is nothing to wait for there.
     QMetaObject::invokeMethod(
         this, [this, number] { Q_EMIT markPassed(number); }, Qt::QueuedConnection);
+}
+
+void SerialCommunicator::hangUp()
+{
+    _thread->hangUp();
 }

@@ -56,6 +56,13 @@ public:
      * process by now. Any thread.
      */
     void mark(int number);
+    /**
+     * Gives the port up for good, as if the cable had been pulled: deviceDisconnected() follows. What was handed over
+     * before goes out first. Blocks until the port is closed; at most 2 s, after which the kernel may hold it still.
+     */
+    void hangUp();
+    /// Whether deviceDisconnected() has come; on the communicator's thread.
+    bool isLost() const { return _isLost; }
 
 Q_SIGNALS:
     void OpenPort();
@@ -70,8 +77,10 @@ Q_SIGNALS:
     void threadEnded();
 
 private:
+    void onLost();
     void relay(Notifications_t type, unsigned int channel, const QByteArray &payload);
 
     SerialThread *_thread; // owned
     bool _receiverConfirms = false;
+    bool _isLost = false;
 };

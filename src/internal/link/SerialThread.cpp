@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int writeTimeoutMs = 1000;
+constexpr int closeTimeoutMs = 1000;
 constexpr int readBufferBytes = 1 << 16;
 /// Packets that may be on their way to the client: some 40 MB, and 10 s of what full-speed USB can carry.
 constexpr int mostPacketsOnTheirWay = 1 << 17;
@@ -118,12 +119,25 @@ void SerialThread::packetHandled()
 
 void SerialThread::ErrorOnSerial(QSerialPort::SerialPortError error)
 {
-    if (error == QSerialPort::NoError || _lost)
+    if (error != QSerialPort::NoError)
+        lose();
+}
+
+void SerialThread::lose()
+{
+    if (_lost)
         return;
     _lost = true; // Qt repeats the error of a vanished device thousands of times a second until the port is closed
     ClosePort();
     Q_EMIT deviceDisconnected();
     quit();
+}
+
+void SerialThread::hangUp()
+{
+    waitForBytesWritten(); // closing throws away what Qt has not handed to the driver
+    post([this] { QMetaObject::invokeMethod(this, &SerialThread::lose, Qt::QueuedConnection); });
+    wait(closeTimeoutMs);
 }
 
 void SerialThread::waitForBytesWritten()

@@ -19,7 +19,8 @@ class SerialPort;
  * Owns one serial port: opens it, cuts incoming bytes into packets, writes outgoing frames.
  *
  * @thread  Lives on the thread that it runs. Slots run there and are reached by queued signals alone.
- *          waitForBytesWritten() is the exception: any thread may call it, and it blocks that thread up to 1,000 ms.
+ *          waitForBytesWritten() and hangUp() are the exceptions: any thread may call them, and each of their waits
+ *          blocks that thread up to 1,000 ms.
  * @failure An error of the port ends the thread: deviceDisconnected() comes once, later writes are dropped.
  */
 class SerialThread : public QThread
@@ -46,6 +47,11 @@ public:
     }
     /// Blocks the caller until what was handed over before has left the port, or 1,000 ms have gone by.
     void waitForBytesWritten();
+    /**
+     * Does on purpose what a pulled cable does: closes the port, tells deviceDisconnected() and ends the thread. What
+     * was handed over before goes out first. Blocks the caller until that is done, at most twice 1,000 ms.
+     */
+    void hangUp();
     /**
      * Says that a packet has been dealt with; any thread. When too many are on their way, reading stops until half of
      * them are done, and the driver holds the instrument back: a client that cannot keep up loses no packet and its
@@ -79,6 +85,7 @@ private:
     };
 
     bool isHeldBack();
+    void lose();
     void refusePosts();
     void onBytesWritten(qint64 bytes);
     void addWaiter(const std::shared_ptr<QSemaphore> &woken);
