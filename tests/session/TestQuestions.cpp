@@ -4,6 +4,14 @@
 #include "session/AdmittedInstrument.h"
 #include "support/TestMain.h"
 
+namespace {
+
+/// What a slot of the client does while an answer is on its way.
+enum class Hold { BeforeDelivery, InNestedLoop };
+
+} // namespace
+Q_DECLARE_METATYPE(Hold)
+
 /// Single questions of the handshake: what counts as an answer and what is taken from it.
 class TestQuestions : public QObject
 {
@@ -27,6 +35,10 @@ private Q_SLOTS:
     void onlyTheGaleHasConfigurations();
     void aSilentPortDoesNotAnswerThePing();
     void aLostPortEndsTheQuestion();
+    void nothingIsAskedOfADeadLink();
+    void anAnswerInTimeCounts_data();
+    void anAnswerInTimeCounts();
+    void whatHasEndedTheWaitDecides();
     void firmwareWithoutChecksumNeverMatches();
     void lettersOfTheChecksumAreAlike();
 
@@ -205,6 +217,51 @@ void TestQuestions::aLostPortEndsTheQuestion()
     QVERIFY(InitialInformation::doHandShake(*_link));
     QVERIFY2(clock.elapsed() < 900, qPrintable(QString::number(clock.elapsed())));
     QVERIFY(!InitialInformation::PingToInstrument("/dev/pts/no-such-port"));
+}
+
+void TestQuestions::nothingIsAskedOfADeadLink()
+{
+    _info.hardware.hwModel = HardwareModel_t::Gale;
+    _info.channelCount = 16;
+    _instrument->on(PC_READ_FLASH_CAL, [this](const FakeInstrument::Command &) { _instrument->unplug(); });
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(InitialInformation::getCalData(*_link, _info));
+    QVERIFY(InitialInformation::getConfigData(*_link, _info));
+    QVERIFY(InitialInformation::getFirmwareVersion(*_link, _info));
+    QVERIFY2(clock.elapsed() < 900, qPrintable(QString::number(clock.elapsed()))); // one wait costs a second
+}
+
+void TestQuestions::anAnswerInTimeCounts_data()
+{
+    QTest::addColumn<Hold>("hold");
+    QTest::newRow("a slot holds the thread before the answer is delivered") << Hold::BeforeDelivery;
+    QTest::newRow("a slot runs an event loop of its own") << Hold::InNestedLoop;
+}
+
+/// A slot of the client holds the thread until the second is over; the answer has come long before.
+void TestQuestions::anAnswerInTimeCounts()
+{
+    QFETCH(Hold, hold);
+    constexpr int holdMs = 1300;
+    _instrument->on(PC_PING, [&](const FakeInstrument::Command &) {
+        _instrument->send(NT_PING_REPLY, 0);
+        if (hold == Hold::BeforeDelivery)
+            QThread::msleep(holdMs);
+        if (hold == Hold::InNestedLoop)
+            QTest::qWait(holdMs);
+    });
+    QVERIFY(!InitialInformation::doHandShake(*_link));
+}
+
+void TestQuestions::whatHasEndedTheWaitDecides()
+{
+    QEventLoop loop;
+    QTimer::singleShot(0, &loop, [&loop] {
+        loop.exit(0);
+        QTest::qWait(1300); // in which the second ends
+    });
+    QVERIFY(!InitialInformation::receivedInfo(loop));
 }
 
 void TestQuestions::firmwareWithoutChecksumNeverMatches()

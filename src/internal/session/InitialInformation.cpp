@@ -57,6 +57,8 @@ bool takesAnything(unsigned int, const QByteArray &)
 bool ask(SerialCommunicator &link, QEventLoop &loop, const Question &question, unsigned char channel,
          const Taker &take = takesAnything)
 {
+    if (link.isLost())
+        return true;
     QObject context; // undoes both connections
     bool isAnswered = false;
     QObject::connect(&link, &SerialCommunicator::ResponseReceived, &context,
@@ -68,7 +70,8 @@ bool ask(SerialCommunicator &link, QEventLoop &loop, const Question &question, u
                      });
     QObject::connect(&link, &SerialCommunicator::deviceDisconnected, &context, [&] { loop.exit(1); });
     link.SendCommand(question.command, channel);
-    return InitialInformation::receivedInfo(loop);
+    InitialInformation::receivedInfo(loop);
+    return !isAnswered; // and not the loop's exit code: events that came in one go may have left it more than once
 }
 
 bool ask(SerialCommunicator &link, const Question &question, const Taker &take = takesAnything)
@@ -103,6 +106,27 @@ void configureBoard(InstrumentInfo &info, int firstChannel, const QByteArray &re
         }
         info.calibration[channel].setGaleCfgData(config);
     }
+}
+
+/// Looks at a record that a channel has answered with; false for one that is ignored.
+using RecordTaker = std::function<bool(int asked, int answering, const QByteArray &record)>;
+
+/// Asks for a record of each channel, or of every second one. @return true when any did NOT come
+bool askChannels(SerialCommunicator &link, const InstrumentInfo &info, const Question &question, int step,
+                 const RecordTaker &take)
+{
+    QEventLoop loop;
+    bool anyFailed = false;
+    for (int channel = 0; channel < info.channelCount; channel += step) {
+        const auto takeFor = [&take, channel](unsigned int answering, const QByteArray &record) {
+            return take(channel, int(answering), record);
+        };
+        if (ask(link, loop, question, static_cast<unsigned char>(channel), takeFor)) {
+            complainOfMissingCalibration(info, channel);
+            anyFailed = true;
+        }
+    }
+    return anyFailed;
 }
 
 bool isGale(const InstrumentInfo &info)
@@ -251,47 +275,38 @@ bool InitialInformation::getFirmwareVersion(SerialCommunicator &link, Instrument
 
 bool InitialInformation::getCalData(SerialCommunicator &link, InstrumentInfo &info)
 {
-    QEventLoop loop;
-    bool anyFailed = false;
-    for (int channel = 0; channel < info.channelCount; ++channel) {
-        const auto take = [&info, channel](unsigned int answerChannel, const QByteArray &record) {
-            if (int(answerChannel) != channel)
-                return false;
-            addCalibration(info, channel, record);
-            return true;
-        };
-        if (ask(link, loop, calibration, static_cast<unsigned char>(channel), take)) {
-            complainOfMissingCalibration(info, channel);
-            anyFailed = true;
-        }
-    }
-    return anyFailed;
+    const auto take = [&info](int asked, int answering, const QByteArray &record) {
+        if (answering != asked)
+            return false;
+        addCalibration(info, asked, record);
+        return true;
+    };
+    return askChannels(link, info, calibration, 1, take);
 }
 
 bool InitialInformation::getConfigData(SerialCommunicator &link, InstrumentInfo &info)
 {
     if (!isGale(info))
         return false;
-    QEventLoop loop;
-    bool anyFailed = false;
-    for (int channel = 0; channel < info.channelCount; channel += galeChannelsPerBoard) {
-        // Deliberate: the board that answers is the one that is configured, whichever was asked.
-        const auto take = [&info](unsigned int answerChannel, const QByteArray &record) {
-            configureBoard(info, int(answerChannel), record);
-            return true;
-        };
-        if (ask(link, loop, boardConfig, static_cast<unsigned char>(channel), take)) {
-            complainOfMissingCalibration(info, channel);
-            anyFailed = true;
-        }
-    }
-    return anyFailed;
+    // Deliberate: the board that answers is the one that is configured, whichever was asked.
+    const auto take = [&info](int, int answering, const QByteArray &record) {
+        configureBoard(info, answering, record);
+        return true;
+    };
+    return askChannels(link, info, boardConfig, galeChannelsPerBoard, take);
 }
 
 bool InitialInformation::receivedInfo(QEventLoop &loop)
 {
     QTimer timeout;
-    QObject::connect(&timeout, &QTimer::timeout, &loop, [&loop] { loop.exit(1); });
+    timeout.setSingleShot(true);
+    // Queued, hence behind the answer if the link has received it by then: a slot of the client may have held this
+    // thread in the meantime. And whoever has left the loop before has decided.
+    const auto giveUp = [&loop] {
+        if (loop.isRunning())
+            loop.exit(1);
+    };
+    QObject::connect(&timeout, &QTimer::timeout, &timeout, giveUp, Qt::QueuedConnection);
     timeout.start(answerTimeoutMs);
     return loop.exec() != 0;
 }

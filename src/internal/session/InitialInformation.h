@@ -10,7 +10,9 @@ class SerialCommunicator;
  * The handshake: questions a port and decides whether the instrument behind it is admitted.
  *
  * Deliberate: the questions that return a bool return true when the answer did NOT come, except PingToInstrument().
- * Nothing is retried. Each question waits up to 1,000 ms; the wait ends earlier if the port fails.
+ * Nothing is retried. Each question waits up to 1,000 ms; the wait ends earlier if the port fails, and of a failed port
+ * nothing more is asked. An answer that has reached the process by then counts, however long a slot of the client has
+ * held the thread meanwhile.
  *
  * @thread Any thread but a link thread; it is blocked for the length of the question, in a local event loop that goes on
  *         delivering events.
@@ -43,7 +45,7 @@ public:
     static bool getCalData(SerialCommunicator &link, InstrumentInfo &info);
     /// The board configurations of the Gale line; any other line has none, and false is returned at once.
     static bool getConfigData(SerialCommunicator &link, InstrumentInfo &info);
-    /// The wait that all questions share: until something leaves the loop, 1,000 ms at most.
+    /// The wait that all questions share: until something leaves the loop, 1,000 ms at most; true unless it left by 0.
     static bool receivedInfo(QEventLoop &loop);
     /// @}
 
