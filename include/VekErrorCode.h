@@ -24,7 +24,7 @@ public:
         FirmwareNotSupported = 2, ///< the firmware differs from the image in this library: update it
         FirmwareFileNotFound = 3,
         FirmwareUpToDate = 4,
-        ConnectionInProgress = 5, ///< another connecting call is under way, from whose event loop this one came
+        ConnectionInProgress = 5, ///< a call that connects is under way around this one, or the device is starting up
         StandInFirmware = 6,      ///< the library carries no real image of this model, so nothing was written
         InvalidChannel = 10,
         ChannelBusy = 11,

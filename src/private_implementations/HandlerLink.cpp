@@ -13,6 +13,12 @@ HandlerLink::Call::~Call()
         _link->leave();
 }
 
+void HandlerLink::refuse()
+{
+    const std::lock_guard<std::mutex> lock(_mutex);
+    _handler = nullptr;
+}
+
 void HandlerLink::close()
 {
     std::unique_lock<std::mutex> lock(_mutex);

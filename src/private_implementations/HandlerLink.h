@@ -38,6 +38,8 @@ public:
         VekInstrumentHandlerPrivate *const _handler;
     };
 
+    /// Lets no further call in; those under way go on.
+    void refuse();
     /// Lets no further call in, and waits for those under way, which last as long as a request may.
     void close();
 

@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QFileInfo>
+#include <QScopedValueRollback>
 #include <QThread>
 
 #include <algorithm>
@@ -25,30 +26,6 @@ QString keyOf(const QString &port)
         file.setFile(file.symLinkTarget());
     return file.absoluteFilePath();
 }
-
-/// Notes a port for as long as one attempt to connect lasts.
-class PortClaim
-{
-public:
-    PortClaim(QSet<QString> &claimed, const QString &port) : _claimed(claimed), _port(port)
-    {
-        _isFirst = !claimed.contains(port);
-        claimed.insert(port);
-    }
-    ~PortClaim()
-    {
-        if (_isFirst)
-            _claimed.remove(_port);
-    }
-    Q_DISABLE_COPY_MOVE(PortClaim)
-
-    bool isFirst() const { return _isFirst; }
-
-private:
-    QSet<QString> &_claimed;
-    const QString _port;
-    bool _isFirst;
-};
 
 /// A public handler that may be let go from inside one of its own signals.
 std::shared_ptr<VekInstrumentHandler> publicHandlerOf(VekInstrumentHandlerPrivate *handler)
@@ -70,36 +47,44 @@ void complain(const char *what, const QString &deviceName)
     qDebug().noquote().nospace() << what << deviceName << ". Please restart the device and try again.";
 }
 
-QList<VekDeviceTrackerPrivate *> &trackersOfApplication()
+QList<VekDeviceTrackerPrivate *> &allTrackers()
 {
     static QList<VekDeviceTrackerPrivate *> trackers;
     return trackers;
 }
 
+bool isEndArranged = false; ///< with the application object that is there, or will be the next
+
 /// Runs when the application object is being destroyed: no event loop is left that could do it later.
-void endHandlersOfApplication()
+void endAllWithApplication()
 {
-    for (VekDeviceTrackerPrivate *tracker : qAsConst(trackersOfApplication())) {
+    isEndArranged = false; // Qt calls it once
+    for (VekDeviceTrackerPrivate *tracker : qAsConst(allTrackers())) {
         if (tracker->thread() == QThread::currentThread())
-            tracker->endHandlers();
+            tracker->endWithApplication();
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // links that handlers have left behind
+}
+
+void arrangeEndWithApplication()
+{
+    if (!isEndArranged)
+        qAddPostRoutine(endAllWithApplication);
+    isEndArranged = true;
 }
 
 } // namespace
 
 VekDeviceTrackerPrivate::VekDeviceTrackerPrivate(QObject *parent)
-    : QObject(parent), _nullHandler(std::make_shared<VekInstrumentHandler>(nullptr)),
-      _firmwareUpdater(std::make_shared<FirmwareUpdateHandler>())
+    : QObject(parent), _nullHandler(std::make_shared<VekInstrumentHandler>(nullptr))
 {
-    if (trackersOfApplication().isEmpty())
-        qAddPostRoutine(endHandlersOfApplication);
-    trackersOfApplication().append(this);
+    makeFirmwareUpdater();
+    allTrackers().append(this);
 }
 
 VekDeviceTrackerPrivate::~VekDeviceTrackerPrivate()
 {
-    trackersOfApplication().removeOne(this);
+    allTrackers().removeOne(this);
     endHandlers();
     _handedOut.clear();
 }
@@ -109,51 +94,85 @@ VekInstrumentHandlerPrivate *VekDeviceTrackerPrivate::instrumentHandlerFactory(c
     return makeInstrumentHandler(info);
 }
 
-std::optional<VekErrorCode> VekDeviceTrackerPrivate::connectToPort(const QString &port, const QString &onlyName)
+std::optional<VekErrorCode> VekDeviceTrackerPrivate::connectToPort(const QString &port, const QString &onlyName,
+                                                                   const std::set<unsigned char> &untouched)
 {
-    const PortClaim claim(_questionedPorts, keyOf(port));
-    if (!claim.isFirst() || isHeld(keyOf(port)) || !InitialInformation::PingToInstrument(port))
+    const Device *const held = deviceOn(keyOf(port));
+    if (held && !onlyName.isEmpty() && held->name != onlyName)
+        return std::nullopt;
+    if (held || _isQuestioning)
+        return VekErrorCode::ConnectionInProgress;
+    const QScopedValueRollback<bool> turn(_isQuestioning, true);
+    if (!InitialInformation::PingToInstrument(port))
         return std::nullopt;
     InstrumentInfo info;
     const VekErrorCode verdict = InitialInformation::getBasicInfoSuccessfully(port, info);
-    if (verdict == VekErrorCode::Success && (onlyName.isEmpty() || info.deviceName == onlyName))
-        connectToDeviceWithInfo(info); // its failure is not the client's: no newDeviceConnected() follows
+    if (verdict != VekErrorCode::Success || (!onlyName.isEmpty() && info.deviceName != onlyName))
+        return verdict;
+    if (!connectToDeviceWithInfo(info, untouched))
+        return VekErrorCode::ConnectionFailed;
     return verdict;
 }
 
-bool VekDeviceTrackerPrivate::connectToDeviceWithInfo(const InstrumentInfo &info)
+bool VekDeviceTrackerPrivate::connectToDeviceWithInfo(const InstrumentInfo &info,
+                                                      const std::set<unsigned char> &untouched)
 {
+    arrangeEndWithApplication();
     VekInstrumentHandlerPrivate *handler = instrumentHandlerFactory(info);
     if (!handler->isConnected()) {
         complain("Unable to initialize comport for ", info.deviceName);
         handler->retire();
         return false;
     }
-    // Everything is connected before the start-up, in which the handler's thread begins to emit signals.
-    _handlers[handler] = {keyOf(info.comPort), info.deviceName, publicHandlerOf(handler)};
+    handler->leaveUntouched(untouched);
+    // Everything is connected before the start-up, in which the handler's thread begins to emit signals. A loss before
+    // that makes the start-up fail.
+    const int connection = ++_lastConnection;
+    _devices[connection] = {handler, keyOf(info.comPort), info.deviceName, publicHandlerOf(handler)};
     connect(
-        handler, &VekInstrumentHandlerPrivate::deviceDisconnected, this, [this, handler] { onDeviceLost(handler); },
-        Qt::QueuedConnection);
+        handler, &VekInstrumentHandlerPrivate::deviceDisconnected, this,
+        [this, connection] { onDeviceLost(connection); }, Qt::QueuedConnection);
     connect(
         handler, &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, this,
-        [this, handler](bool succeeded) { onStartUpFinished(handler, succeeded); }, Qt::QueuedConnection);
+        [this, connection](bool succeeded) { onStartUpFinished(connection, succeeded); }, Qt::QueuedConnection);
     QMetaObject::invokeMethod(handler, &VekInstrumentHandlerPrivate::sendInitialDefaults, Qt::QueuedConnection);
     return true;
 }
 
-void VekDeviceTrackerPrivate::onStartUpFinished(VekInstrumentHandlerPrivate *handler, bool succeeded)
+VekErrorCode VekDeviceTrackerPrivate::disconnectDevice(const QString &deviceName)
 {
-    const auto held = _handlers.find(handler);
-    if (held == _handlers.end())
+    Device *const device = deviceNamed(deviceName);
+    if (!device)
+        return VekErrorCode::DeviceNotFound;
+    if (device->stage == Device::Stage::Connected)
+        removeDevice(*device);
+    device->stage = Device::Stage::LetGo;
+    device->handler->letGo(); // onDeviceLost() follows, behind the samples that have already come
+    return VekErrorCode::Success;
+}
+
+VekErrorCode VekDeviceTrackerPrivate::updateFirmware(const QString &port)
+{
+    if (deviceOn(keyOf(port)))
+        return VekErrorCode::FirmwareUpToDate; // or it would not have been admitted
+    if (_isQuestioning)
+        return VekErrorCode::ConnectionInProgress;
+    const QScopedValueRollback<bool> turn(_isQuestioning, true);
+    return getFirmwareUpdateHandler()->update(port);
+}
+
+void VekDeviceTrackerPrivate::onStartUpFinished(int connection, bool succeeded)
+{
+    const auto found = _devices.find(connection);
+    if (found == _devices.end())
         return;
-    if (succeeded && handler->isConnected()) { // if not, its loss has been or will be told, and passed over
-        held->second.isStarted = true;
-        addDevice(held->second);
-        return;
+    Device &device = found->second;
+    if (!succeeded || !device.handler->isConnected()) {
+        onDeviceLost(connection);
+    } else if (device.stage == Device::Stage::StartingUp) {
+        device.stage = Device::Stage::Connected;
+        addDevice(device);
     }
-    complain("Initial device connections failed for ", held->second.name);
-    _handlers.erase(held);
-    handler->retire();
 }
 
 void VekDeviceTrackerPrivate::addDevice(const Device &device)
@@ -164,18 +183,31 @@ void VekDeviceTrackerPrivate::addDevice(const Device &device)
     Q_EMIT deviceConnected(name);
 }
 
-void VekDeviceTrackerPrivate::onDeviceLost(VekInstrumentHandlerPrivate *handler)
+void VekDeviceTrackerPrivate::removeDevice(const Device &device)
 {
-    const auto held = _handlers.find(handler);
-    if (held == _handlers.end() || !held->second.isStarted)
-        return;
-    const Device device = held->second;
-    _handlers.erase(held);
-    const auto named = _nameToHandler.find(device.name);
-    if (named != _nameToHandler.end() && named->second == device.publicHandler) // another device may bear the name
-        _nameToHandler.erase(named);
     _portToName.erase(device.port);
-    handler->retire();
+    if (_nameToHandler[device.name] != device.publicHandler) // a later device bears the name
+        return;
+    _nameToHandler.erase(device.name);
+    for (const auto &[connection, other] : _devices) { // an earlier one may get it back
+        const bool isNamesake = other.stage == Device::Stage::Connected && other.name == device.name;
+        if (isNamesake && other.publicHandler != device.publicHandler)
+            _nameToHandler[other.name] = other.publicHandler;
+    }
+}
+
+void VekDeviceTrackerPrivate::onDeviceLost(int connection)
+{
+    const auto found = _devices.find(connection);
+    if (found == _devices.end())
+        return;
+    const Device device = found->second;
+    _devices.erase(found);
+    if (device.stage == Device::Stage::Connected)
+        removeDevice(device);
+    else if (device.stage == Device::Stage::StartingUp)
+        complain("Initial device connections failed for ", device.name);
+    device.handler->retire();
     Q_EMIT deviceDisconnected(device.name);
 }
 
@@ -195,10 +227,25 @@ QString VekDeviceTrackerPrivate::nameFromActiveComport(const QString &port) cons
     return found == _portToName.end() ? QString() : found->second;
 }
 
-bool VekDeviceTrackerPrivate::isHeld(const QString &portKey) const
+VekDeviceTrackerPrivate::Device *VekDeviceTrackerPrivate::deviceNamed(const QString &name)
 {
-    return std::any_of(_handlers.begin(), _handlers.end(),
-                       [&portKey](const auto &handler) { return handler.second.port == portKey; });
+    const auto named = _nameToHandler.find(name);
+    const auto bearsName = [&](const auto &each) {
+        const Device &device = each.second;
+        if (named != _nameToHandler.end())
+            return device.publicHandler == named->second;
+        return device.stage == Device::Stage::StartingUp && device.name == name;
+    };
+    const auto found = std::find_if(_devices.begin(), _devices.end(), bearsName);
+    return found == _devices.end() ? nullptr : &found->second;
+}
+
+const VekDeviceTrackerPrivate::Device *VekDeviceTrackerPrivate::deviceOn(const QString &portKey) const
+{
+    const auto found = std::find_if(_devices.begin(), _devices.end(), [&portKey](const auto &each) {
+        return each.second.port == portKey && each.second.stage != Device::Stage::LetGo;
+    });
+    return found == _devices.end() ? nullptr : &found->second;
 }
 
 QList<QSerialPortInfo> VekDeviceTrackerPrivate::getVekSerialPorts() const
@@ -219,17 +266,37 @@ void VekDeviceTrackerPrivate::purgeStaleDevices()
     _handedOut.clear();
 }
 
-FirmwareUpdateHandler *VekDeviceTrackerPrivate::getFirmwareUpdateHandler() const
+FirmwareUpdateHandler *VekDeviceTrackerPrivate::getFirmwareUpdateHandler()
 {
+    if (!_firmwareUpdater)
+        makeFirmwareUpdater();
     return _firmwareUpdater.get();
+}
+
+void VekDeviceTrackerPrivate::makeFirmwareUpdater()
+{
+    using Updater = FirmwareUpdateHandler;
+    using Me = VekDeviceTrackerPrivate;
+    arrangeEndWithApplication();
+    _firmwareUpdater = std::make_shared<Updater>();
+    connect(_firmwareUpdater.get(), &Updater::firmwareUpdateNotification, this, &Me::firmwareUpdateNotification,
+            Qt::QueuedConnection);
+    connect(_firmwareUpdater.get(), &Updater::firmwareUpdateFinished, this, &Me::firmwareUpdateFinished,
+            Qt::QueuedConnection);
+}
+
+void VekDeviceTrackerPrivate::endWithApplication()
+{
+    endHandlers();
+    _firmwareUpdater.reset(); // the bootloaders that it listens to go too; the next application gets others
 }
 
 void VekDeviceTrackerPrivate::endHandlers()
 {
     _nameToHandler.clear();
     _portToName.clear();
-    for (const auto &held : std::exchange(_handlers, {})) {
-        endThreadOf(*held.first);
-        delete held.first;
+    for (const auto &[connection, device] : std::exchange(_devices, {})) {
+        endThreadOf(*device.handler);
+        delete device.handler;
     }
 }

@@ -65,6 +65,18 @@ void VekInstrumentHandlerPrivate::retire()
         deleteLater();
 }
 
+void VekInstrumentHandlerPrivate::letGo()
+{
+    _link->refuse();
+    if (_op)
+        _op->hangUp();
+}
+
+void VekInstrumentHandlerPrivate::leaveUntouched(const std::set<unsigned char> &channels)
+{
+    _untouched = channels;
+}
+
 /// When its thread ends a retirement may wait still; what is to be deleted later is deleted behind this.
 void VekInstrumentHandlerPrivate::takeRetirement()
 {

@@ -16,6 +16,7 @@
 #include <QReadWriteLock>
 
 #include <memory>
+#include <set>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -61,6 +62,16 @@ public:
      * that the delivery of events on the handler's thread reads.
      */
     void retire();
+    /**
+     * Turns requests away and gives up the port, as if the cable had been pulled: deviceDisconnected() follows. What
+     * was sent before goes out first. For the client's thread, which is blocked until the port is closed, at most 2 s.
+     */
+    void letGo();
+    /**
+     * Names channels on which an experiment may be running: the start-up then leaves them alone. Call it before
+     * sendInitialDefaults() is queued.
+     */
+    void leaveUntouched(const std::set<unsigned char> &channels);
 
     // The virtual operations, in their fixed order.
     virtual VekErrorCode uploadExperimentToChannel(unsigned char channel,
@@ -262,6 +273,7 @@ protected:
     static QString stopMessageIn(const QByteArray &payload);
 
     InstrumentInfo _info;
+    std::set<unsigned char> _untouched;
     quint8 _groundFloatState = 0;
     InstrumentOperator *_op = nullptr; // a child
     ChannelMap _channels;

@@ -27,11 +27,10 @@ VekDeviceTracker *VekDeviceTracker::Instance()
 VekDeviceTracker::VekDeviceTracker() : _private(new VekDeviceTrackerPrivate(this))
 {
     qRegisterMetaType<VekErrorCode>();
-    const FirmwareUpdateHandler *updater = _private->getFirmwareUpdateHandler();
-    connect(updater, &FirmwareUpdateHandler::firmwareUpdateNotification, this,
-            &VekDeviceTracker::firmwareUpdateNotification, Qt::QueuedConnection);
-    connect(updater, &FirmwareUpdateHandler::firmwareUpdateFinished, this, &VekDeviceTracker::firmwareUpdateFinished,
-            Qt::QueuedConnection);
+    connect(_private, &VekDeviceTrackerPrivate::firmwareUpdateNotification, this,
+            &VekDeviceTracker::firmwareUpdateNotification);
+    connect(_private, &VekDeviceTrackerPrivate::firmwareUpdateFinished, this,
+            &VekDeviceTracker::firmwareUpdateFinished);
     connect(_private, &VekDeviceTrackerPrivate::deviceDisconnected, this, &VekDeviceTracker::deviceDisconnected);
     connect(_private, &VekDeviceTrackerPrivate::deviceConnected, this, &VekDeviceTracker::newDeviceConnected);
 }
@@ -64,11 +63,18 @@ VekErrorCode VekDeviceTracker::connectToDevice(const QString &deviceName)
 
 VekErrorCode VekDeviceTracker::connectToDeviceOnComPort(const QString &portName)
 {
+    return connectToDeviceOnComPort(portName, {});
+}
+
+VekErrorCode VekDeviceTracker::connectToDeviceOnComPort(const QString &portName,
+                                                        const std::set<unsigned char> &untouched)
+{
     if (!_private)
         return VekErrorCode::DeviceNotFound;
     if (!_private->nameFromActiveComport(portName).isEmpty())
         return VekErrorCode(VekErrorCode::ConnectionFailed, alreadyConnected);
-    return _private->connectToPort(portName).value_or(VekErrorCode(VekErrorCode::ConnectionFailed, noAnswer));
+    return _private->connectToPort(portName, QString(), untouched)
+        .value_or(VekErrorCode(VekErrorCode::ConnectionFailed, noAnswer));
 }
 
 int VekDeviceTracker::connectAllPluggedInDevices()
@@ -82,6 +88,13 @@ int VekDeviceTracker::connectAllPluggedInDevices()
             ++connected;
     }
     return connected;
+}
+
+VekErrorCode VekDeviceTracker::disconnectDevice(const QString &name)
+{
+    if (!_private)
+        return VekErrorCode::DeviceNotFound;
+    return _private->disconnectDevice(name);
 }
 
 const VekInstrumentHandler &VekDeviceTracker::getInstrumentHandler(const QString &deviceName) const
@@ -100,9 +113,7 @@ VekErrorCode VekDeviceTracker::updateFirmwareOnComPort(const QString &portName) 
 {
     if (!_private)
         return VekErrorCode::DeviceNotFound;
-    if (!_private->nameFromActiveComport(portName).isEmpty())
-        return VekErrorCode::FirmwareUpToDate; // or it would not have been connected
-    return _private->getFirmwareUpdateHandler()->update(portName);
+    return _private->updateFirmware(portName);
 }
 
 int VekDeviceTracker::updateFirmwareOnAllAvailableDevices()

@@ -2,7 +2,9 @@
 #include "VekDeviceTracker.h"
 #include "VekExperiment.h"
 #include "VekInstrumentHandler.h"
+#include "private_implementations/VekDeviceTrackerPrivate.h"
 #include "session/AdmittedInstrument.h"
+#include "session/InitialInformation.h"
 #include "support/ProcessFigures.h"
 #include "support/TestMain.h"
 
@@ -57,10 +59,12 @@ private Q_SLOTS:
 private:
     void connectAndLose(int count);
     void connectFrom(const Instruments &instruments, std::size_t first);
+    VekErrorCode question(const AdmittedInstrument &instrument, InstrumentInfo &info);
     VekErrorCode connectTo(const AdmittedInstrument &instrument);
     int threadsInUse() const { return ProcessFigures::threads() - _atRest.threads; }
 
     VekDeviceTracker *_tracker = VekDeviceTracker::Instance();
+    VekDeviceTrackerPrivate _keeper; // what stands behind a tracker, for connections whose handshakes overlap
     Holdings _atRest;
 };
 
@@ -82,7 +86,20 @@ VekErrorCode TestLifeCycle::connectTo(const AdmittedInstrument &instrument)
     return result;
 }
 
-/// Connects all of them: each while the one before waits for the second of its echo test.
+/// The handshake, with the same patience.
+VekErrorCode TestLifeCycle::question(const AdmittedInstrument &instrument, InstrumentInfo &info)
+{
+    constexpr int attempts = 4;
+    VekErrorCode result = VekErrorCode::ConnectionFailed;
+    for (int i = 0; i < attempts && result == VekErrorCode::ConnectionFailed; ++i) {
+        info = InstrumentInfo();
+        if (InitialInformation::PingToInstrument(instrument.portName()))
+            result = InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info);
+    }
+    return result;
+}
+
+/// Connects all of them: each is questioned while the one before waits for the second of its echo test.
 void TestLifeCycle::connectFrom(const Instruments &instruments, std::size_t first)
 {
     if (first == instruments.size())
@@ -92,7 +109,9 @@ void TestLifeCycle::connectFrom(const Instruments &instruments, std::size_t firs
         instrument->fallSilentOn(PC_ECHO_TEST); // once
         QTimer::singleShot(0, this, [&instruments, first, this] { connectFrom(instruments, first + 1); });
     });
-    QCOMPARE(connectTo(*instrument).message(), QString("Success"));
+    InstrumentInfo info;
+    QCOMPARE(question(*instrument, info).message(), QString("Success"));
+    QVERIFY(_keeper.connectToDeviceWithInfo(info));
 }
 
 void TestLifeCycle::connectAndLose(int count)
@@ -102,13 +121,16 @@ void TestLifeCycle::connectAndLose(int count)
         instruments.push_back(
             std::make_unique<AdmittedInstrument>(HardwareModel_t::Cedar_2_0, "Cedar-" + QByteArray::number(i), 2));
     connectFrom(instruments, 0);
-    QTRY_COMPARE_WITH_TIMEOUT(int(_tracker->getConnectedDevices().size()), count, 30000);
-    for (int i = 0; i < count; ++i) // each is used
-        QCOMPARE(_tracker->getInstrumentHandler("Cedar-" + QString::number(i)).startIdleSampling(0),
-                 VekErrorCode(VekErrorCode::Success));
+    QTRY_COMPARE_WITH_TIMEOUT(int(_keeper.getConnectedDevices().size()), count, 30000);
+    for (int i = 0; i < count; ++i) { // each is used, and every second one let go
+        const QString name = "Cedar-" + QString::number(i);
+        QCOMPARE(_keeper.getDeviceReference(name).startIdleSampling(0), VekErrorCode(VekErrorCode::Success));
+        if (i % 2 == 1)
+            QCOMPARE(_keeper.disconnectDevice(name), VekErrorCode(VekErrorCode::Success));
+    }
     instruments.clear(); // pulls all cables
-    QTRY_VERIFY_WITH_TIMEOUT(_tracker->getConnectedDevices().empty(), 30000);
-    _tracker->purgeStaleDevices();
+    QTRY_VERIFY_WITH_TIMEOUT(_keeper.getConnectedDevices().empty(), 30000);
+    _keeper.purgeStaleDevices();
     QTRY_COMPARE_WITH_TIMEOUT(threadsInUse(), 0, 30000);
 }
 
@@ -152,6 +174,7 @@ void TestLifeCycle::lossAtEachStage_data()
     row("calibration", PC_READ_FLASH_CAL, 1, none, none);
     row("status", PC_READ_DEVICE_STATUS, 0, none, none); // the handshake was over
     row("limits", PC_CHANNEL_LIMITS, 0, none, none);
+    row("end of the start-up", PC_READ_GROUND_FLOAT, 0, none, none);
     row("begin of the upload", PC_NODE_LIST_BEGIN, 0, 106, none);
     row("node", PC_NODE_APPEND, 0, 106, none);
     row("end of the upload", PC_NODE_LIST_END, 0, 0, none);
@@ -182,11 +205,12 @@ void TestLifeCycle::lossAtEachStage()
             QCOMPARE(int(handler.startUploadedExperiment(0)), start);
             handler.stopExperiment(0);
         }
-        QTRY_COMPARE(losses.size(), 1);
     }
+    QTRY_COMPARE(losses.size(), connection == 0 ? 1 : 0);
     QTRY_COMPARE(threadsInUse(), 0);
     QTRY_COMPARE(ProcessFigures::openFiles(), _atRest.files);
-    QCOMPARE(losses.size(), arrivals.size());
+    QCOMPARE(losses.size(), connection == 0 ? 1 : 0);
+    QVERIFY(arrivals.size() <= losses.size());
     QVERIFY(_tracker->getConnectedDevices().empty());
 }
 

@@ -8,20 +8,43 @@
 #include <sys/ioctl.h>
 #include <umockdev.h>
 
+#include <atomic>
 #include <thread>
 
 namespace {
+
+std::atomic<int> timesRaised{0};  ///< how often DTR was asked to go up
+std::atomic<int> timesDropped{0}; ///< or down
+
+bool isAboutDtr(UMockdevIoctlClient *client)
+{
+    UMockdevIoctlData *const lines =
+        umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, sizeof(int), nullptr);
+    guint8 *bytes = nullptr;
+    gint length = 0;
+    umockdev_ioctl_data_retrieve(lines, &bytes, &length);
+    const bool isIt = length == sizeof(int) && *reinterpret_cast<const int *>(bytes) == TIOCM_DTR;
+    g_free(bytes);
+    umockdev_ioctl_data_unref(lines);
+    return isIt;
+}
 
 /// Says yes to what an opener asks of a serial port and umockdev knows nothing of.
 gboolean onIoctl(UMockdevIoctlBase *, UMockdevIoctlClient *client, gpointer)
 {
     switch (umockdev_ioctl_client_get_request(client)) {
+    case TIOCMBIS:
+        timesRaised += isAboutDtr(client);
+        umockdev_ioctl_client_complete(client, 0, 0);
+        return TRUE;
+    case TIOCMBIC:
+        timesDropped += isAboutDtr(client);
+        umockdev_ioctl_client_complete(client, 0, 0);
+        return TRUE;
     case TIOCEXCL:
     case TIOCNXCL:
     case TIOCMGET:
     case TIOCMSET:
-    case TIOCMBIS:
-    case TIOCMBIC:
         umockdev_ioctl_client_complete(client, 0, 0);
         return TRUE;
     default:
@@ -89,6 +112,9 @@ private Q_SLOTS:
     void allInstrumentsAreConnected();
     void theNamedInstrumentIsConnected();
     void theSearchEndsAtTheFirstAnswer();
+    void aDeviceInStartUpIsPassedOver();
+    void aSearchWithinAnotherIsRefused();
+    void dtrIsRaisedAtEachOpening();
     void whatDoesNotAnswerIsPassedOver();
     void theVerdictOnTheFirstAnswerIsReturned();
 
@@ -175,6 +201,47 @@ void TestPortSearch::theSearchEndsAtTheFirstAnswer()
     QVERIFY(!arrivals.wait(300));
     QVERIFY(first.count(PC_PING) > 0);
     QCOMPARE(second.commands().size(), 0);
+}
+
+void TestPortSearch::aDeviceInStartUpIsPassedOver()
+{
+    plugIn("ttyACM0", "Cedar-1");
+    plugIn("ttyACM1", "Cedar-2");
+    QCOMPARE(int(_tracker->connectToDevice("Cedar-1")), int(VekErrorCode::Success));
+    QCOMPARE(int(_tracker->connectToDevice("Cedar-1")), int(VekErrorCode::ConnectionInProgress)); // nothing to wait for
+    QCOMPARE(int(_tracker->connectToDevice("Cedar-2")), int(VekErrorCode::Success));
+    const std::list<QString> both = {"Cedar-1", "Cedar-2"};
+    QTRY_COMPARE(_tracker->getConnectedDevices(), both);
+}
+
+void TestPortSearch::aSearchWithinAnotherIsRefused()
+{
+    AdmittedInstrument &first = plugIn("ttyACM0", "Cedar-1");
+    AdmittedInstrument &second = plugIn("ttyACM1", "Cedar-2");
+    const FakeInstrument::Answer answer = first.answerTo(PC_READ_FLASH_CAL);
+    QVector<int> results;
+    first.on(PC_READ_FLASH_CAL, [&](const FakeInstrument::Command &command) {
+        if (results.isEmpty())
+            results << int(_tracker->connectToDevice("Cedar-2")) << _tracker->connectAllPluggedInDevices()
+                    << _tracker->updateFirmwareOnAllAvailableDevices() << second.commands().size();
+        answer(command);
+    });
+    QCOMPARE(_tracker->connectAllPluggedInDevices(), 2);
+    QCOMPARE(results, (QVector<int>{int(VekErrorCode::ConnectionInProgress), 0, 0, 0}));
+    const std::list<QString> both = {"Cedar-1", "Cedar-2"};
+    QTRY_COMPARE(_tracker->getConnectedDevices(), both);
+}
+
+/// A pseudo-terminal has no such line, but here shows what is asked of the driver.
+void TestPortSearch::dtrIsRaisedAtEachOpening()
+{
+    constexpr int openings = 3; // ping, handshake, handler
+    plugIn("ttyACM0", "Cedar-1");
+    timesRaised = timesDropped = 0;
+    QCOMPARE(_tracker->connectAllPluggedInDevices(), 1);
+    QTRY_COMPARE(int(_tracker->getConnectedDevices().size()), 1);
+    QCOMPARE(timesRaised.load(), openings);
+    QCOMPARE(timesDropped.load(), 0);
 }
 
 void TestPortSearch::whatDoesNotAnswerIsPassedOver()

@@ -161,6 +161,12 @@ void InstrumentOperator::disconnectDevice()
         _communicator->Stop();
 }
 
+void InstrumentOperator::hangUp()
+{
+    if (_communicator)
+        _communicator->hangUp();
+}
+
 void InstrumentOperator::sendCommandToInstr(const QByteArray &bytes)
 {
     if (_communicator)

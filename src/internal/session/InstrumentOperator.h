@@ -67,6 +67,8 @@ public:
     FirmwareErrorCode uploadVerdict() const { return _uploadVerdict; }
     bool isConnected() const; ///< may be asked on any thread
     void disconnectDevice();  ///< closes the port
+    /// Gives the port up for good: deviceDisconnected() follows. Any thread; blocks until the port is closed, at most 2 s.
+    void hangUp();
     /// Sends bytes as they stand, unframed.
     void sendCommandToInstr(const QByteArray &bytes);
 
