@@ -9,6 +9,7 @@
 #include "support/TestMain.h"
 
 #include <memory>
+#include <optional>
 
 /// Bytes of numbers one after the other, as they travel.
 template <typename... Numbers>
@@ -16,6 +17,32 @@ QByteArray wire(Numbers... numbers)
 {
     return (bytesOfRecord(numbers) + ... + QByteArray());
 }
+
+/// What a client sees of its runs, in order: samples and elements by their channel, and ends.
+class RunLog
+{
+public:
+    explicit RunLog(const VekInstrumentHandler &device)
+    {
+        using Device = VekInstrumentHandler;
+        QObject::connect(&device, &Device::activeDCDataReady, &_context,
+                         [this](unsigned char channel, const VekDCData &data) {
+                             samples << data;
+                             lines << QStringLiteral("%1: %2 s").arg(channel).arg(data.timestamp);
+                         });
+        QObject::connect(&device, &Device::experimentNewElementStarting, &_context,
+                         [this](unsigned char channel, const VekExperimentNode &node) {
+                             lines << QStringLiteral("%1: %2").arg(channel).arg(node.stepName);
+                         });
+        QObject::connect(&device, &Device::experimentStopped, &_context, [this] { lines << QStringLiteral("end"); });
+    }
+
+    QStringList lines;
+    QVector<VekDCData> samples;
+
+private:
+    QObject _context;
+};
 
 /**
  * A handler on a fake instrument, which acknowledges whatever a handler waits for, and the client's object in front.
@@ -58,6 +85,29 @@ public:
         const int before = instrument.count(PC_ERASE_MEMORY_DATA);
         handler->eraseRecoveryData();
         return QTest::qWaitFor([&] { return instrument.count(PC_ERASE_MEMORY_DATA) > before; });
+    }
+
+    /// Runs the start-up to its end. @return whether that came in time and said what is expected of the connection
+    bool startUp(int timeoutMs, bool isConnectionExpected = true)
+    {
+        std::optional<bool> isConnected;
+        QObject context;
+        QObject::connect(handler.get(), &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, &context,
+                         [&isConnected](bool connected) { isConnected = connected; });
+        QMetaObject::invokeMethod(handler.get(), "sendInitialDefaults", Qt::QueuedConnection);
+        return QTest::qWaitFor([&isConnected] { return isConnected.has_value(); }, timeoutMs) &&
+               isConnected == isConnectionExpected;
+    }
+
+    /// The channels that a command has named, in the order in which they came.
+    std::vector<unsigned char> channelsOf(PCcommand_t command) const
+    {
+        std::vector<unsigned char> channels;
+        for (const FakeInstrument::Command &each : instrument.commands()) {
+            if (each.command == command)
+                channels.push_back(each.channel);
+        }
+        return channels;
     }
 
     FakeInstrument instrument;

@@ -345,6 +345,7 @@ void TestGaleInstrumentHandler::endedMemberTakesItsMasterOutOfTheGroup()
     QVERIFY(_bench->settle());
     QCOMPARE(_active->size(), 1); // alone, without waiting for the other
     QCOMPARE(_active->at(0).at(1).value<VekDCData>().current, 1.0);
+    QCOMPARE(_active->at(0).at(1).value<VekDCData>().cumulativeChargeAbs, 0.0); // the group's charge has ended
     QCOMPARE(ends.size(), 1);
     QCOMPARE(_bench->device->getLinkedChannels(0), (Channels{0, 2}));
 }
@@ -418,11 +419,7 @@ void TestGaleInstrumentHandler::refusedManualStartFreesTheMemberAlone()
 
 void TestGaleInstrumentHandler::startUpNeitherAsksNorFans()
 {
-    bool connected = false;
-    connect(_bench->handler.get(), &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, this,
-            [&connected](bool isConnected) { connected = isConnected; });
-    QMetaObject::invokeMethod(_bench->handler.get(), "sendInitialDefaults", Qt::QueuedConnection);
-    QTRY_VERIFY(connected);
+    QVERIFY(_bench->startUp(20000));
     QTRY_COMPARE(_bench->instrument.count(PC_READ_GROUND_FLOAT), 1);
     QCOMPARE(_bench->instrument.count(PC_CHANNEL_LIMITS), channelCount);
     QCOMPARE(_bench->instrument.count(PC_READ_DEVICE_STATUS) + _bench->instrument.count(PC_FAN_MODE), 0);

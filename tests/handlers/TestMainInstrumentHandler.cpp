@@ -63,6 +63,7 @@ private Q_SLOTS:
 
     void startUpLeavesRunningExperimentsAlone_data();
     void startUpLeavesRunningExperimentsAlone();
+    void startUpTellsTheFanToStayFixed();
     void readsTablesFromTheCard_data();
     void readsTablesFromTheCard();
     void silentCardDoesNotHoldTheStartUpForLong();
@@ -70,6 +71,8 @@ private Q_SLOTS:
     void idleSamplesKeepTheInstrumentsClock();
     void convertsAndRebasesSamples();
     void samplesBeforeTheDataBeginAreIdle();
+    void chargeBeforeTheDataBeginsIsCounted();
+    void chargeAfterTheEndIsNot();
     void reportsTheLastSampleOfEachGroup();
     void pausedSamplesCountTheirChargeOnly();
     void filtersByChangeOfVoltage();
@@ -89,7 +92,7 @@ private Q_SLOTS:
 private:
     using Bench = HandlerBench<MainInstrumentHandler>;
     void makeBench(HardwareModel_t model, int channels = 2);
-    bool startUp(int timeoutMs);
+    bool startUp(int timeoutMs) { return _bench->startUp(timeoutMs); }
     void start(std::initializer_list<Node> nodes);
     void sendSample(double seconds, double volts, double coulombs = 0.0)
     {
@@ -122,17 +125,6 @@ void TestMainInstrumentHandler::makeBench(HardwareModel_t model, int channels)
     _nodes = std::make_unique<QSignalSpy>(_bench->device.get(), &VekInstrumentHandler::experimentNewElementStarting);
 }
 
-/// Runs the start-up to its end. @return whether it came in time and found the device connected
-bool TestMainInstrumentHandler::startUp(int timeoutMs)
-{
-    bool connected = false;
-    QObject context;
-    connect(_bench->handler.get(), &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, &context,
-            [&connected](bool isConnected) { connected = isConnected; });
-    QMetaObject::invokeMethod(_bench->handler.get(), "sendInitialDefaults", Qt::QueuedConnection);
-    return QTest::qWaitFor([&connected] { return connected; }, timeoutMs);
-}
-
 /// Uploads and starts nodes on channel 0; the data begin at 10 s of the instrument's clock.
 void TestMainInstrumentHandler::start(std::initializer_list<Node> nodes)
 {
@@ -162,7 +154,7 @@ void TestMainInstrumentHandler::startUpLeavesRunningExperimentsAlone()
     QFETCH(QByteArray, status);
     FakeInstrument &instrument = _bench->instrument;
     instrument.reply(PC_READ_DEVICE_STATUS, NT_DEVICE_STATUS, status);
-    QVERIFY(startUp(2000));
+    QVERIFY(startUp(20000));
     QTRY_COMPARE(instrument.count(PC_READ_GROUND_FLOAT), 1); // the last command
     QTEST(instrument.count(PC_CHANNEL_LIMITS), "limits");
     QTEST(instrument.count(PC_FAN_MODE), "fans");
@@ -170,6 +162,18 @@ void TestMainInstrumentHandler::startUpLeavesRunningExperimentsAlone()
     QCOMPARE(instrument.count(PC_READ_META_DATA), 1);
     QCOMPARE(_bench->handler->getChannelHandlers().at(1)->isRecoverDataAvailable(),
              (status.at(0) & 2) && status.size() == 2 && status.at(1) == 1);
+}
+
+void TestMainInstrumentHandler::startUpTellsTheFanToStayFixed()
+{
+    QVERIFY(startUp(20000));
+    QVERIFY(_bench->flush());
+    QByteArrayList modes;
+    for (const FakeInstrument::Command &each : _bench->instrument.commands()) {
+        if (each.command == PC_FAN_MODE)
+            modes << each.payload;
+    }
+    QCOMPARE(modes, QByteArrayList{wire(quint8(FAN_FIXED))});
 }
 
 void TestMainInstrumentHandler::readsTablesFromTheCard_data()
@@ -209,7 +213,7 @@ void TestMainInstrumentHandler::readsTablesFromTheCard()
     });
     if (!warning.isEmpty())
         QTest::ignoreMessage(QtWarningMsg, warning.constData());
-    QVERIFY(startUp(2000));
+    QVERIFY(startUp(20000));
     QVERIFY(!_bench->handler->isSDCardReading(0));
     QCOMPARE(folder.exists(QStringLiteral("V_inputBuffer.csv")), isWritten);
 }
@@ -278,6 +282,39 @@ void TestMainInstrumentHandler::samplesBeforeTheDataBeginAreIdle()
     QCOMPARE(timesOf(*_idle), QVector<double>{9.0});
     QCOMPARE(timesOf(*_active), QVector<double>{2.0}); // the idle sample took no part in the counting
     QCOMPARE(_active->at(0).at(1).value<VekDCData>().cumulativeChargeAbs, 5.0);
+}
+
+void TestMainInstrumentHandler::chargeBeforeTheDataBeginsIsCounted()
+{
+    const auto experiment =
+        std::make_shared<ListExperiment>(ListExperiment{makeNode(5, QStringLiteral("Constant Current"), 1)});
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(0, experiment), VekErrorCode::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(0), VekErrorCode::Success);
+    _bench->instrument.send(NT_NODE_BEGIN, 0, nodeBegin(0));
+    sendSample(9.0, 1.0, 3.0);
+    _bench->instrument.send(NT_DATA_BEGIN, 0, wire(10 * ticksPerSecond));
+    sendSample(11.0, 1.0, 1.0);
+    QVERIFY(_bench->settle());
+    QCOMPARE(_idle->size(), 1);
+    QCOMPARE(_idle->at(0).at(1).value<VekDCData>().cumulativeChargeAbs, 3.0);
+    QCOMPARE(_active->size(), 1);
+    QCOMPARE(_active->at(0).at(1).value<VekDCData>().cumulativeChargeAbs, 5.0); // up to 3, then down to 1
+    QCOMPARE(_active->at(0).at(1).value<VekDCData>().cumulativeChargeNet, 1.0);
+}
+
+void TestMainInstrumentHandler::chargeAfterTheEndIsNot()
+{
+    for (int run = 0; run < 2; ++run) {
+        start({makeNode(5, QStringLiteral("Constant Current"), 1)});
+        sendSample(11.0, 1.0, 4.0);
+        _bench->instrument.send(NT_EXPERIMENT_DONE, 0, wire(quint64(0), quint8(1)));
+        sendSample(12.0, 1.0, 9.0);
+        QVERIFY(_bench->settle());
+        QCOMPARE(_active->size(), run + 1);
+        QCOMPARE(_active->at(run).at(1).value<VekDCData>().cumulativeChargeAbs, 4.0);
+        QCOMPARE(_idle->size(), run + 1);
+        QCOMPARE(_idle->at(run).at(1).value<VekDCData>().cumulativeChargeAbs, 0.0);
+    }
 }
 
 void TestMainInstrumentHandler::reportsTheLastSampleOfEachGroup()
