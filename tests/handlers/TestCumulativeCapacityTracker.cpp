@@ -1,8 +1,11 @@
 #include "handlers/CumulativeCapacityTracker.h"
 #include "support/TestMain.h"
 
+#include <cmath>
+
 using Vector = std::vector<double>;
 using VectorOfVectors = std::vector<std::vector<double>>;
+Q_DECLARE_METATYPE(Vector)
 
 /// All charges are whole coulombs, so that sums are exact.
 class TestCumulativeCapacityTracker : public QObject
@@ -20,6 +23,8 @@ private Q_SLOTS:
     void stepThatIsEnteredAgainIsCountedAnew();
     void stepWithoutChargeLeavesZero();
     void smallChangesAreDropped();
+    void readingsThatAreNoNumbersCostNothing_data();
+    void readingsThatAreNoNumbersCostNothing();
     void endKeepsTotalsUntilTheNextBegin();
     void survivesNodesWithoutNumber();
 };
@@ -150,6 +155,41 @@ void TestCumulativeCapacityTracker::smallChangesAreDropped()
     for (const double reading : {1.0, 2.0, 4.0, 5.0})
         tracker.onDcDataReceived(reading);
     QCOMPARE(tracker.getLiveExperimentAbs_C(), 2.0);
+}
+
+void TestCumulativeCapacityTracker::readingsThatAreNoNumbersCostNothing_data()
+{
+    QTest::addColumn<Vector>("first"); // readings of two nodes without a charge limit
+    QTest::addColumn<Vector>("second");
+
+    for (const double bad : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+        const auto row = [bad](const char *where, const Vector &first, const Vector &second) {
+            QTest::addRow("%f %s", bad, where) << first << second;
+        };
+        row("first of all", {bad, 2.0, 7.0}, {4.0});
+        row("between", {2.0, bad, 7.0}, {4.0});
+        row("last of its node", {2.0, 7.0, bad}, {4.0});
+        row("first of the next", {2.0, 7.0}, {bad, 4.0});
+        row("last of all", {2.0, 7.0}, {4.0, bad});
+    }
+}
+
+void TestCumulativeCapacityTracker::readingsThatAreNoNumbersCostNothing()
+{
+    QFETCH(Vector, first);
+    QFETCH(Vector, second);
+    CumulativeCapacityTracker tracker;
+    int step = 0;
+    for (const Vector &readings : {first, second}) {
+        tracker.onNodeBeginning(++step, false);
+        for (const double reading : readings)
+            tracker.onDcDataReceived(reading);
+        tracker.onNodeCompleted();
+    }
+    QCOMPARE(tracker.getLiveExperimentAbs_C(), 10.0);
+    QCOMPARE(tracker.getLiveExperimentNet_C(), 4.0);
+    tracker.endExperiment();
+    QCOMPARE(tracker.getPerStepAbs_C(), (Vector{7.0, 3.0}));
 }
 
 void TestCumulativeCapacityTracker::endKeepsTotalsUntilTheNextBegin()

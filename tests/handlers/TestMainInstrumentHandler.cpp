@@ -73,6 +73,7 @@ private Q_SLOTS:
     void samplesBeforeTheDataBeginAreIdle();
     void chargeBeforeTheDataBeginsIsCounted();
     void chargeAfterTheEndIsNot();
+    void badChargeSpoilsOneRow();
     void reportsTheLastSampleOfEachGroup();
     void pausedSamplesCountTheirChargeOnly();
     void filtersByChangeOfVoltage();
@@ -315,6 +316,19 @@ void TestMainInstrumentHandler::chargeAfterTheEndIsNot()
         QCOMPARE(_idle->size(), run + 1);
         QCOMPARE(_idle->at(run).at(1).value<VekDCData>().cumulativeChargeAbs, 0.0);
     }
+}
+
+void TestMainInstrumentHandler::badChargeSpoilsOneRow()
+{
+    start({makeNode(5, QStringLiteral("Constant Current"), 1)});
+    RunLog log(*_bench->device);
+    for (const double coulombs : {1.0, qQNaN(), 3.0, qInf(), 2.0})
+        sendSample(11.0, 1.0, coulombs);
+    QVERIFY(_bench->settle());
+    QVector<double> totals;
+    for (const VekDCData &data : qAsConst(log.samples))
+        totals << (qIsNaN(data.cumulativeChargeNet) ? qInf() : data.cumulativeChargeAbs); // NaN would equal nothing
+    QCOMPARE(totals, (QVector<double>{1.0, qInf(), 3.0, qInf(), 4.0}));
 }
 
 void TestMainInstrumentHandler::reportsTheLastSampleOfEachGroup()

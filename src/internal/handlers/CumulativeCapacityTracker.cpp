@@ -46,6 +46,8 @@ void CumulativeCapacityTracker::onNodeBeginning(int stepNumber, bool chargeLimit
 
 void CumulativeCapacityTracker::onDcDataReceived(double chargeCoulombs)
 {
+    if (!std::isfinite(chargeCoulombs))
+        return;
     const Guard guard(_mutex);
     _lastSample = chargeCoulombs;
     if (_state == FirstSampleAwaited)

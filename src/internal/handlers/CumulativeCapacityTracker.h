@@ -40,7 +40,8 @@ public:
     /// @param stepNumber        the node's step, from 1
     /// @param chargeLimitActive the instrument's counter starts again from zero on such a node
     void onNodeBeginning(int stepNumber, bool chargeLimitActive);
-    /// @param chargeCoulombs reading of the instrument's counter; it may fall
+    /// @param chargeCoulombs reading of the instrument's counter; it may fall. One that is no finite number is passed over:
+    ///                       the next one counts what has moved since the last that was.
     void onDcDataReceived(double chargeCoulombs);
     void onNodeCompleted();
     /// The totals stay until the next beginExperiment().

@@ -47,7 +47,7 @@ void GaleInstrumentHandler::postProcessDataAndEmit(unsigned char channel, const 
     handler->capacity.onDcDataReceived(point.charge);
     if (!hasMinVoltageDifference(channel, point.workingElectrodeVoltage))
         return;
-    VekDCData data = withCharge(DcOutputData(point), handler->capacity);
+    VekDCData data = withCharge(DcOutputData(point), point.charge, handler->capacity);
     data.timestamp -= handler->startTimestamp;
     emitDCData(channel, data);
 }

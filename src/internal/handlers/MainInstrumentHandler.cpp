@@ -166,7 +166,7 @@ void MainInstrumentHandler::onExperimentDCDataReceived(unsigned char channel, co
         return;
     const ProcessedDCData point = calibrationOf(channel).ProcessDCDataPoint(ExperimentalDcData::fromPayload(payload));
     handler->capacity.onDcDataReceived(point.charge); // before any filter: charge counts when samples are dropped
-    const VekDCData data = withCharge(DcOutputData(point), handler->capacity);
+    const VekDCData data = withCharge(DcOutputData(point), point.charge, handler->capacity);
     if (hasExperimentData(*handler))
         reportExperimentData(channel, data);
     else

@@ -2,6 +2,9 @@
 
 #include "handlers/CumulativeCapacityTracker.h"
 
+#include <cmath>
+#include <limits>
+
 VekDCData DcOutputData(const ProcessedDCData &point)
 {
     VekDCData data;
@@ -13,8 +16,12 @@ VekDCData DcOutputData(const ProcessedDCData &point)
     return data;
 }
 
-VekDCData withCharge(VekDCData data, const CumulativeCapacityTracker &capacity)
+VekDCData withCharge(VekDCData data, double reading, const CumulativeCapacityTracker &capacity)
 {
+    if (!std::isfinite(reading)) {
+        data.cumulativeChargeAbs = data.cumulativeChargeNet = std::numeric_limits<double>::quiet_NaN();
+        return data;
+    }
     const CumulativeCapacityTracker::Snapshot charge = capacity.getSnapshot_C();
     data.cumulativeChargeAbs = charge.experimentAbs;
     data.cumulativeChargeNet = charge.experimentNet;
