@@ -64,6 +64,7 @@ private Q_SLOTS:
     void headerTellsTheNumberOfPackets();
     void analysesACompleteBatch();
     void headerDropsAnIncompleteBatch();
+    void nodeDropsAnIncompleteBatchWithItsHeader();
     void multiToneGivesSixPoints();
     void groupWaitsForAllItsMembers_data();
     void groupWaitsForAllItsMembers();
@@ -154,6 +155,22 @@ void TestGaleAcBatches::headerDropsAnIncompleteBatch()
     QVERIFY(_bench->settle());
     QCOMPARE(_points->size(), 1);
     QVERIFY(qAbs(_points->at(0).at(1).value<VekACData>().absoluteImpedance - 1.0) < 1e-4);
+}
+
+void TestGaleAcBatches::nodeDropsAnIncompleteBatchWithItsHeader()
+{
+    run({1}, false);
+    _bench->instrument.send(NT_AC_DATA_INVALID, 1, header(12.0, samplesPerBatch));
+    for (const QByteArray &packet : packets().mid(3))
+        _bench->instrument.send(NT_AC_DATA, 1, packet);
+    _bench->instrument.send(NT_NODE_BEGIN, 1, wire(quint64(0), quint16(0)));
+    for (const QByteArray &packet : packets().mid(1)) // as many as a node awaits before its first header
+        _bench->instrument.send(NT_AC_DATA, 1, packet);
+    QVERIFY(_bench->settle());
+    QVERIFY2(_points->isEmpty(), "packets without a header belong to no frequency");
+    sendBatch(1);
+    QVERIFY(_bench->settle());
+    QCOMPARE(_points->size(), 1);
 }
 
 void TestGaleAcBatches::multiToneGivesSixPoints()

@@ -81,6 +81,8 @@ private Q_SLOTS:
     void announcesNodes();
     void clampsTheIndexOfANode();
     void averagesTheRecordsOfAnImpedancePoint();
+    void nodesDoNotMixTheirImpedancePoints_data();
+    void nodesDoNotMixTheirImpedancePoints();
     void finishesImpedancePointsOnlyInARun();
     void dropsPacketsThatDoNotFit();
     void modelsOfNoLineStaySilent();
@@ -439,6 +441,35 @@ void TestMainInstrumentHandler::averagesTheRecordsOfAnImpedancePoint()
     const auto zeros = points.at(1).at(1).value<VekACData>();
     QCOMPARE(zeros.timestamp, -10.0);
     QCOMPARE(zeros.absoluteImpedance, 0.0);
+}
+
+void TestMainInstrumentHandler::nodesDoNotMixTheirImpedancePoints_data()
+{
+    QTest::addColumn<QVector<int>>("nodes"); // what begins behind the broken-off first one
+
+    QTest::newRow("next node") << QVector<int>{1};
+    QTest::newRow("same node") << QVector<int>{0};
+    QTest::newRow("loop") << QVector<int>{2, 0};
+    QTest::newRow("another technique between") << QVector<int>{3, 1};
+}
+
+void TestMainInstrumentHandler::nodesDoNotMixTheirImpedancePoints()
+{
+    QFETCH(QVector<int>, nodes);
+    QSignalSpy points(_bench->device.get(), &VekInstrumentHandler::activeACDataReady);
+    Node second = makeNode(int(NodeType_t::EisVoltage), QStringLiteral("Potentiostatic EIS"), 1);
+    second.newSubStep = false; // another frequency of the same element: nothing to announce
+    start({second, second, makeNode(20, QString(), 1), makeNode(1, QStringLiteral("Open Circuit"), 2)});
+    _bench->instrument.send(NT_AC_DATA, 0, acRecord(11.0));
+    _bench->instrument.send(NT_AC_DATA, 0, acRecord(11.25));
+    _bench->instrument.send(NT_NODE_DONE, 0, QByteArray(12, '\0'));
+    for (const int node : nodes)
+        _bench->instrument.send(NT_NODE_BEGIN, 0, nodeBegin(quint16(node)));
+    _bench->instrument.send(NT_AC_DATA, 0, acRecord(12.0));
+    _bench->instrument.send(NT_AC_SAMPLE_DONE, 0);
+    QVERIFY(_bench->settle());
+    QCOMPARE(points.size(), 1);
+    QCOMPARE(points.at(0).at(1).value<VekACData>().numberOfCycles, 5.0); // those of one record
 }
 
 void TestMainInstrumentHandler::finishesImpedancePointsOnlyInARun()

@@ -43,9 +43,11 @@ void prepareForData(ChannelHandler &channel, const Node &node, const NodeRules &
     if (AbstractExperiment::getExperimentNodeType(node.hwNode.nodeType()) == 1) {
         channel.dc.beginGroups(node.downsampleFactor);
         channel.voltageDifferent = node.voltageDifferent;
-    } else if (rules.acBatchPackets > 0) {
-        channel.ac.beginBatch(rules.acBatchPackets);
+        return;
     }
+    channel.ac.forgetUnfinishedPoint(); // the node before may have ended inside one, of another frequency
+    if (rules.acBatchPackets > 0)
+        channel.ac.beginBatch(rules.acBatchPackets);
 }
 
 /// Everything whose change is worth an announcement.

@@ -25,6 +25,13 @@ void DCDataAccumulator::beginGroups(quint32 samples)
     sampleCountdown = samplesPerPoint;
 }
 
+void ACDataAccumulator::forgetUnfinishedPoint()
+{
+    data.clear();
+    header.clear();
+    points.clear();
+}
+
 void ACDataAccumulator::beginBatch(qint32 packets)
 {
     packetsTotal = packets;

@@ -33,6 +33,8 @@ struct ACDataAccumulator {
     QByteArray header;                      ///< Gale line: the batch's Gale_AC_Header_t
     std::vector<ComplexDataPoint_t> points; ///< main line: the records of the sample in progress
 
+    /// Drops what has come of a point that is not finished.
+    void forgetUnfinishedPoint();
     /// Begins a batch of that many packets.
     void beginBatch(qint32 packets);
 };
