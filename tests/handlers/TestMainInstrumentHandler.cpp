@@ -78,6 +78,7 @@ private Q_SLOTS:
     void pausedSamplesCountTheirChargeOnly();
     void filtersByChangeOfVoltage();
     void manualSamplesBeginWithTheFirstOfAGroup();
+    void manualIntervalHoldsFromTheNextSampleOn();
     void announcesNodes();
     void clampsTheIndexOfANode();
     void averagesTheRecordsOfAnImpedancePoint();
@@ -382,6 +383,23 @@ void TestMainInstrumentHandler::manualSamplesBeginWithTheFirstOfAGroup()
         sendSample(second, 1.0);
     QVERIFY(_bench->settle());
     QCOMPARE(timesOf(*_active), (QVector<double>{0.0, 3.0, 6.0}));
+}
+
+void TestMainInstrumentHandler::manualIntervalHoldsFromTheNextSampleOn()
+{
+    QCOMPARE(_bench->handler->startManualExperiment(0), VekErrorCode::Success);
+    _bench->instrument.send(NT_DATA_BEGIN, 0, wire(10 * ticksPerSecond));
+    double second = 10.0;
+    const auto sampleFor = [&](int seconds, double interval) {
+        QCOMPARE(_bench->handler->setManualModeSamplingInterval(0, interval), VekErrorCode::Success);
+        for (int i = 0; i < seconds; ++i)
+            sendSample(++second, 1.0);
+        QVERIFY(_bench->settle());
+    };
+    sampleFor(3, 3600.0);
+    sampleFor(3, 2.0); // not to wait for the end of the hour
+    sampleFor(4, 3.0); // what the short interval promised comes first
+    QCOMPARE(timesOf(*_active), (QVector<double>{1.0, 5.0, 7.0, 10.0}));
 }
 
 void TestMainInstrumentHandler::announcesNodes()

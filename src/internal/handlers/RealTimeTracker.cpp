@@ -7,8 +7,9 @@
 
 bool DCDataAccumulator::countSample()
 {
-    if (sampleCountdown == 0)
-        sampleCountdown = samplesPerPoint;
+    const qint32 groupSize = samplesPerPoint;
+    if (sampleCountdown == 0 || sampleCountdown > groupSize)
+        sampleCountdown = groupSize;
     --sampleCountdown;
     return sampleCountdown == 0;
 }

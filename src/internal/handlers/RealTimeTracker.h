@@ -19,7 +19,10 @@ struct DCDataAccumulator {
 
     /// Counts one sample. @return whether it is to be reported
     bool countSample();
-    /// Changes the size of the groups to come; 0 counts as 1.
+    /**
+     * Changes the size of the groups to come; 0 counts as 1. The group under way ends with as many samples more as the new
+     * size at most: a shorter interval holds at once, and before a longer one a sample that was promised still comes.
+     */
     void setGroupSize(quint32 samples);
     /// Begins a group of that many samples, of which the last is reported; 0 counts as 1.
     void beginGroups(quint32 samples);
