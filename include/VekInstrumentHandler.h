@@ -83,6 +83,19 @@ public:
     VekErrorCode stopExperiment(unsigned char channel) const;
     /// Host clock at the first sample of the running experiment, in seconds since 1970 (UTC); 0.0 when none runs.
     double getExperimentUTCStartTime(unsigned char channel) const;
+    /**
+     * Whether the last sample of each node is reported even where thinning would drop it, so that the end of a step is on
+     * record; off at first, and for all channels of the instrument.
+     *
+     * Samples are thinned where a step's interval is longer than the instrument's own, or where a step asks for a least
+     * change of voltage. With the switch on, what was dropped last comes with its own time and charge as soon as its node
+     * has ended, ahead of the announcement of the next one or of the end of the experiment; of a group, the joined sample.
+     * A step that is shorter than its interval so leaves one sample. None comes twice; samples of a pause and of idle
+     * channels stay dropped.
+     *
+     * May be called at any time and takes effect with the next sample. Does nothing without a device.
+     */
+    void setLastSampleOfNodeReported(bool reported) const;
     /// @}
 
     /// @name Control loop

@@ -139,6 +139,7 @@ public:
     void startRecoveryProcess();
     void eraseRecoveryData();
     void disconnectDevice();
+    void setLastSampleOfNodeReported(bool reported) { _isLastSampleReported = reported; }
     /// @}
 
     /// @name Queries
@@ -263,7 +264,12 @@ protected:
     void beginNode(unsigned char channel, const QByteArray &payload, const NodeRules &rules);
     /// Whether the voltage moved enough since the last reported sample; if so, it is remembered as reported.
     bool hasMinVoltageDifference(unsigned char channel, double volts);
-    /// Sends a sample of a running experiment out by the signal of the channel's mode; none in idle mode.
+    /// Keeps a sample that is not reported for the case that its node ends with it.
+    void holdBack(ChannelHandler &channel, const HeldBackSample &sample) const;
+    /// Reports what is held back of a node that has ended. Before anything that tells or books the end.
+    void reportHeldBack(unsigned char channel);
+    /// Sends a sample of a running experiment out by the signal of the channel's mode; none in idle mode. What was held
+    /// back is older, and forgotten.
     void emitDCData(unsigned char channel, const VekDCData &data);
     /// Sends an impedance point out by the signal of the channel's mode, its time counted from the channel's start.
     void emitACData(unsigned char channel, const ComplexDataPoint_t &point);
@@ -278,6 +284,7 @@ protected:
     InstrumentOperator *_op = nullptr; // a child
     ChannelMap _channels;
     QPointer<HandlerThread> _thread; // deletes itself
+    CrossThreadValue<bool> _isLastSampleReported = false;
 
 private:
     void takeRetirement();

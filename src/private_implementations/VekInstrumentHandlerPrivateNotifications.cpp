@@ -103,6 +103,7 @@ void VekInstrumentHandlerPrivate::onExperimentCompleted(unsigned char channel, c
     ChannelHandler *const handler = channelAt(channel);
     if (!handler)
         return;
+    reportHeldBack(channel);
     handler->capacity.endExperiment();
     handler->setIdealConfig();
     Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
@@ -174,6 +175,8 @@ void VekInstrumentHandlerPrivate::beginNode(unsigned char channel, const QByteAr
     ChannelHandler *const handler = channelAt(channel);
     if (!handler)
         return;
+    reportHeldBack(channel); // of the node before, whose end need not have been told
+    handler->forgetThinnedPoint();
     const Node node = nodeAt(*handler, recordFromBytes<NodeBeginRecord_t>(payload).nodeIndex);
     const std::optional<VekExperimentNode> announcement = enterNode(*handler, node, rules);
     if (!announcement)
@@ -212,9 +215,33 @@ bool VekInstrumentHandlerPrivate::hasMinVoltageDifference(unsigned char channel,
     return true;
 }
 
+void VekInstrumentHandlerPrivate::holdBack(ChannelHandler &channel, const HeldBackSample &sample) const
+{
+    if (_isLastSampleReported)
+        channel.heldBack = sample;
+    else
+        channel.heldBack.reset();
+}
+
+void VekInstrumentHandlerPrivate::reportHeldBack(unsigned char channel)
+{
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler || !handler->heldBack || !isChannelBusy(channel))
+        return;
+    HeldBackSample sample = *handler->heldBack;
+    if (sample.uncounted) {
+        handler->capacity.onDcDataReceived(*sample.uncounted);
+        sample.data = withCharge(sample.data, *sample.uncounted, handler->capacity);
+    }
+    handler->lastReportedVoltage = sample.data.workingElectrodeVoltage;
+    emitDCData(channel, sample.data);
+}
+
 void VekInstrumentHandlerPrivate::emitDCData(unsigned char channel, const VekDCData &data)
 {
-    switch (channelAt(channel)->getExperimentMode()) {
+    ChannelHandler *const handler = channelAt(channel);
+    handler->heldBack.reset();
+    switch (handler->getExperimentMode()) {
     case ChannelHandler::MODE_MANUAL:
     case ChannelHandler::MODE_ACTIVE:
         Q_EMIT activeDCDataReady(channel, data);

@@ -128,6 +128,13 @@ double VekInstrumentHandler::getExperimentUTCStartTime(unsigned char channel) co
     return ask(_link, 0.0, [&](Private &handler) { return handler.getExperimentUTCStartTime(channel); });
 }
 
+void VekInstrumentHandler::setLastSampleOfNodeReported(bool reported) const
+{
+    const HandlerLink::Call call(_link);
+    if (call.handler())
+        call.handler()->setLastSampleOfNodeReported(reported);
+}
+
 // Control loop
 
 VekErrorCode VekInstrumentHandler::setIRComp(unsigned char channel, double uncompensatedResistance,

@@ -72,6 +72,10 @@ private Q_SLOTS:
     void joinsSamplesOfTheSameMoment();
     void joinsABipolarPairOverItsRun();
     void earlierRunsAreNotJoined();
+    void reportsTheLastSampleOfANode();
+    void reportsTheLastSampleThatTheVoltageFilterDropped();
+    void reportsTheLastJoinedSampleOfANode_data();
+    void reportsTheLastJoinedSampleOfANode();
     void groupEndsWithItsMaster();
     void endedMemberTakesItsMasterOutOfTheGroup();
     void manualRunOfAMemberIsItsOwn();
@@ -309,6 +313,97 @@ void TestGaleInstrumentHandler::earlierRunsAreNotJoined()
         QCOMPARE(_active->size(), 1);
         _active->clear();
     }
+}
+
+void TestGaleInstrumentHandler::reportsTheLastSampleOfANode()
+{
+    _bench->device->setLastSampleOfNodeReported(true);
+    RunLog log(*_bench->device);
+    const auto experiment = std::make_shared<ListExperiment>(
+        ListExperiment{makeNode(5, QStringLiteral("first"), 1, 3), makeNode(5, QStringLiteral("second"), 2, 3)});
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(2, experiment), E::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(2), E::Success);
+    begin(2, {2});
+    send(NT_DC_DATA, 2, dcRecord(11.0, 1.0, 2.0, 3.0));
+    send(NT_DC_DATA, 2, dcRecord(12.0, 1.0, 2.0, 1.0));
+    send(NT_NODE_DONE, 2, QByteArray());
+    send(NT_NODE_BEGIN, 2, wire(quint64(0), quint16(1)));
+    for (const int second : {13, 14, 15, 16})
+        send(NT_DC_DATA, 2, dcRecord(second, 1.0, 2.0, second - 10));
+    send(NT_EXPERIMENT_DONE, 2, wire(quint64(0), quint8(STOP_COMPLETED)));
+    QVERIFY(_bench->settle());
+    QCOMPARE(log.lines, (QStringList{QStringLiteral("2: first"), QStringLiteral("2: 2 s"), QStringLiteral("2: second"),
+                                     QStringLiteral("2: 5 s"), QStringLiteral("2: 6 s"), QStringLiteral("end")}));
+    QVector<double> charges;
+    for (const VekDCData &data : qAsConst(log.samples))
+        charges << data.cumulativeChargeAbs;
+    QCOMPARE(charges, (QVector<double>{1.0, 5.0, 6.0})); // charge is that of the reported samples
+}
+
+void TestGaleInstrumentHandler::reportsTheLastSampleThatTheVoltageFilterDropped()
+{
+    _bench->device->setLastSampleOfNodeReported(true);
+    RunLog log(*_bench->device);
+    Node node = makeNode(4, QStringLiteral("Constant Potential"), 1);
+    node.voltageDifferent = 1.0;
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(2, std::make_shared<ListExperiment>(ListExperiment{node})),
+             E::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(2), E::Success);
+    begin(2, {2});
+    send(NT_DC_DATA, 2, dcRecord(11.0, 1.0, 2.0, 1.0));
+    send(NT_DC_DATA, 2, dcRecord(12.0, 1.0, 2.5, 2.0));
+    send(NT_NODE_DONE, 2, QByteArray());
+    send(NT_NODE_BEGIN, 2, wire(quint64(0), quint16(0)));
+    QVERIFY(_bench->settle());
+    QCOMPARE(log.samples.size(), 2);
+    QCOMPARE(log.samples[1].timestamp, 2.0);
+    QCOMPARE(log.samples[1].cumulativeChargeAbs, 2.0);
+}
+
+void TestGaleInstrumentHandler::reportsTheLastJoinedSampleOfANode_data()
+{
+    QTest::addColumn<QVector<int>>("lastOfBoth"); // the moments of which both channels have sent their samples
+    QTest::addColumn<int>("type");                // what ends the node, member first
+    QTest::addColumn<QStringList>("lines");
+
+    const QString two = QStringLiteral("1: 2 s");
+    const QString three = QStringLiteral("1: 3 s");
+    const QString end = QStringLiteral("end");
+    using Moments = QVector<int>;
+    QTest::newRow("completed") << Moments{1, 2} << int(NT_NODE_DONE) << QStringList{two};
+    QTest::newRow("end of the experiment") << Moments{1, 2} << int(NT_EXPERIMENT_DONE) << QStringList{two, end};
+    QTest::newRow("next node") << Moments{1, 2} << int(NT_NODE_BEGIN)
+                               << QStringList{QStringLiteral("0: Constant Current"), two,
+                                              QStringLiteral("1: Constant Current")};
+    QTest::newRow("due anyway") << Moments{1, 2, 3} << int(NT_NODE_DONE) << QStringList{three};
+}
+
+void TestGaleInstrumentHandler::reportsTheLastJoinedSampleOfANode()
+{
+    QFETCH(QVector<int>, lastOfBoth);
+    QFETCH(int, type);
+    QFETCH(QStringList, lines);
+    _bench->device->setLastSampleOfNodeReported(true);
+    QCOMPARE(_bench->device->setLinkedChannels({0, 1}), 0);
+    QCOMPARE(_bench->handler->uploadExperimentToChannel(1, oneNode(3)), E::Success);
+    QCOMPARE(_bench->handler->startUploadedExperiment(1), E::Success);
+    begin(1, {0, 1});
+    QVERIFY(_bench->settle());
+    RunLog log(*_bench->device);
+    for (const int moment : lastOfBoth) {
+        send(NT_DC_DATA, 0, dcRecord(10.0 + moment, 1.0, 3.0, moment, moment));
+        send(NT_DC_DATA, 1, dcRecord(10.0 + moment, 2.0, 4.0, 2.0 * moment, moment));
+    }
+    for (const unsigned char channel : {0, 1})
+        send(Notifications_t(type), channel,
+             type == NT_EXPERIMENT_DONE ? wire(quint64(0), quint8(STOP_COMPLETED)) : wire(quint64(0), quint16(0)));
+    QVERIFY(_bench->settle());
+    QCOMPARE(log.lines, lines);
+    QCOMPARE(log.samples.size(), 1);
+    QCOMPARE(log.samples[0].current, 3.0);
+    QCOMPARE(log.samples[0].workingElectrodeVoltage, 3.5);
+    QCOMPARE(log.samples[0].cumulativeChargeAbs, 3.0 * lastOfBoth.last());
+    QCOMPARE(_idle->size(), lastOfBoth.size() / 3); // a member's samples are not reported for being the last
 }
 
 void TestGaleInstrumentHandler::groupEndsWithItsMaster()

@@ -75,6 +75,12 @@ private Q_SLOTS:
     void chargeAfterTheEndIsNot();
     void badChargeSpoilsOneRow();
     void reportsTheLastSampleOfEachGroup();
+    void reportsTheLastSampleOfANode_data();
+    void reportsTheLastSampleOfANode();
+    void lastSampleThatTheVoltageFilterDropped();
+    void lastSampleBeforeAPause();
+    void lastSampleFollowsTheSwitch();
+    void lastSampleOfAFreeChannelStaysDropped();
     void pausedSamplesCountTheirChargeOnly();
     void filtersByChangeOfVoltage();
     void manualSamplesBeginWithTheFirstOfAGroup();
@@ -332,6 +338,113 @@ void TestMainInstrumentHandler::badChargeSpoilsOneRow()
     for (const VekDCData &data : qAsConst(log.samples))
         totals << (qIsNaN(data.cumulativeChargeNet) ? qInf() : data.cumulativeChargeAbs); // NaN would equal nothing
     QCOMPARE(totals, (QVector<double>{1.0, qInf(), 3.0, qInf(), 4.0}));
+}
+
+void TestMainInstrumentHandler::reportsTheLastSampleOfANode_data()
+{
+    QTest::addColumn<int>("samples");       // one a second, of which each third is due
+    QTest::addColumn<QVector<int>>("news"); // notification types, -index for the begin of a node
+    QTest::addColumn<QStringList>("lines"); // behind the first element
+
+    const QString second = QStringLiteral("0: second");
+    const QString end = QStringLiteral("end");
+    const QString atTwo = QStringLiteral("0: 2 s");
+    const QString atThree = QStringLiteral("0: 3 s");
+    const QString atFive = QStringLiteral("0: 5 s");
+    using News = QVector<int>;
+    QTest::newRow("completed") << 2 << News{NT_NODE_DONE, -1} << QStringList{atTwo, second};
+    QTest::newRow("next element alone") << 2 << News{-1} << QStringList{atTwo, second};
+    QTest::newRow("skipped") << 2 << News{NT_NODE_SKIPPED, -1} << QStringList{atTwo, second};
+    QTest::newRow("loop") << 2 << News{-2, -1} << QStringList{atTwo, second};
+    QTest::newRow("the same again") << 2 << News{NT_NODE_DONE, -0} << QStringList{atTwo};
+    QTest::newRow("end of the experiment") << 2 << News{NT_EXPERIMENT_DONE} << QStringList{atTwo, end};
+    QTest::newRow("behind one that was due")
+        << 5 << News{NT_NODE_DONE, NT_EXPERIMENT_DONE} << QStringList{atThree, atFive, end};
+    QTest::newRow("due anyway") << 3 << News{NT_NODE_DONE, -1, NT_EXPERIMENT_DONE} << QStringList{atThree, second, end};
+    QTest::newRow("no sample") << 0 << News{NT_NODE_DONE, -1} << QStringList{second};
+}
+
+void TestMainInstrumentHandler::reportsTheLastSampleOfANode()
+{
+    QFETCH(int, samples);
+    QFETCH(QVector<int>, news);
+    QFETCH(QStringList, lines);
+    _bench->device->setLastSampleOfNodeReported(true);
+    RunLog log(*_bench->device);
+    Node again = makeNode(5, QStringLiteral("first"), 1, 3);
+    again.newSubStep = false;
+    start({again, makeNode(4, QStringLiteral("second"), 2, 3), makeNode(20, QString(), 1)});
+    for (int second = 1; second <= samples; ++second)
+        sendSample(10.0 + second, 1.0, second);
+    for (const int type : news) {
+        if (type <= 0)
+            _bench->instrument.send(NT_NODE_BEGIN, 0, nodeBegin(quint16(-type)));
+        else
+            _bench->instrument.send(Notifications_t(type), 0, QByteArray(type == NT_NODE_DONE ? 12 : 9, '\1'));
+    }
+    QVERIFY(_bench->settle());
+    QCOMPARE(log.lines, QStringList(QStringLiteral("0: first")) + lines);
+    if (samples > 0)
+        QCOMPARE(log.samples.last().cumulativeChargeNet, double(samples));
+}
+
+void TestMainInstrumentHandler::lastSampleThatTheVoltageFilterDropped()
+{
+    _bench->device->setLastSampleOfNodeReported(true);
+    Node node = makeNode(4, QStringLiteral("Constant Potential"), 1);
+    node.voltageDifferent = 0.5;
+    start({node});
+    sendSample(11.0, 1.0);
+    sendSample(12.0, 1.25);
+    sendSample(13.0, 1.375);
+    _bench->instrument.send(NT_NODE_DONE, 0, QByteArray(12, '\0'));
+    sendSample(14.0, 1.75); // far enough from 1 V, not from what was reported last
+    QVERIFY(_bench->settle());
+    QCOMPARE(timesOf(*_active), (QVector<double>{1.0, 3.0}));
+    QVERIFY(isClose(_active->at(1).at(1).value<VekDCData>().workingElectrodeVoltage, 1.375));
+}
+
+void TestMainInstrumentHandler::lastSampleBeforeAPause()
+{
+    _bench->device->setLastSampleOfNodeReported(true);
+    start({makeNode(5, QStringLiteral("Constant Current"), 1, 9)});
+    sendSample(11.0, 1.0, 1.0);
+    _bench->instrument.send(NT_EXPERIMENT_PAUSED, 0);
+    sendSample(12.0, 1.0, 7.0);
+    _bench->instrument.send(NT_NODE_DONE, 0, QByteArray(12, '\0'));
+    QVERIFY(_bench->settle());
+    QCOMPARE(timesOf(*_active), QVector<double>{1.0});
+    QCOMPARE(_active->at(0).at(1).value<VekDCData>().cumulativeChargeAbs, 1.0);
+}
+
+void TestMainInstrumentHandler::lastSampleFollowsTheSwitch()
+{
+    start({makeNode(5, QStringLiteral("Constant Current"), 1, 9)});
+    double second = 10.0;
+    for (const bool isWanted : {false, true, false}) {
+        _bench->device->setLastSampleOfNodeReported(!isWanted);
+        sendSample(++second, 1.0);
+        QVERIFY(_bench->settle());
+        _bench->device->setLastSampleOfNodeReported(isWanted); // in the middle of the node
+        sendSample(++second, 1.0);
+        QVERIFY(_bench->settle());
+        _bench->instrument.send(NT_NODE_DONE, 0, QByteArray(12, '\0'));
+    }
+    QVERIFY(_bench->settle());
+    QCOMPARE(timesOf(*_active), QVector<double>{4.0});
+}
+
+void TestMainInstrumentHandler::lastSampleOfAFreeChannelStaysDropped()
+{
+    QSignalSpy recovered(_bench->device.get(), &VekInstrumentHandler::recoveryDCDataReady);
+    _bench->device->setLastSampleOfNodeReported(true);
+    ChannelHandler &channel = *_bench->handler->getChannelHandlers().at(0);
+    channel.setRunningExperimentMode(ChannelHandler::MODE_RECOVERY);
+    channel.setDataStatus(ChannelHandler::DATA_STARTED);
+    sendSample(11.0, 1.0);
+    _bench->instrument.send(NT_NODE_DONE, 0, QByteArray(12, '\0'));
+    QVERIFY(_bench->settle());
+    QVERIFY(recovered.isEmpty());
 }
 
 void TestMainInstrumentHandler::reportsTheLastSampleOfEachGroup()

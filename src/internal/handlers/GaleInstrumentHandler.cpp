@@ -185,8 +185,10 @@ void GaleInstrumentHandler::onExperimentDataBeginning(unsigned char channel, con
         return;
     ChannelHandler *const handler = channelAt(channel);
     for (ChannelHandler *const member : groupOf(*handler)) {
-        if (member->getDataStatus() != ChannelHandler::DATA_STARTED)
+        if (member->getDataStatus() != ChannelHandler::DATA_STARTED) {
             member->forgetLastPoint();
+            member->forgetThinnedPoint();
+        }
         member->setDataStatus(ChannelHandler::DATA_STARTED);
     }
     handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / ticksPerSecond);
@@ -200,6 +202,8 @@ void GaleInstrumentHandler::onExperimentCompleted(unsigned char channel, const Q
     // Taken before the channel is free: the client may link it anew from then on.
     const Group group = groupOf(*handler);
     const bool isMaster = group.size() == 1 || handler->masterChannel == channel;
+    for (ChannelHandler *const member : group)
+        reportHeldBack(member->getChannelNumber()); // with its charge: the first member that ends ends that of all
     handler->setIdealConfig();
     for (ChannelHandler *const member : group)
         member->capacity.endExperiment();
@@ -214,8 +218,11 @@ void GaleInstrumentHandler::onExperimentNodeBeginning(unsigned char channel, con
 
 void GaleInstrumentHandler::onExperimentNodeCompleted(unsigned char channel, const QByteArray &)
 {
-    if (ChannelHandler *const handler = channelAt(channel))
-        handler->capacity.onNodeCompleted();
+    ChannelHandler *const handler = channelAt(channel);
+    if (!handler)
+        return;
+    reportHeldBack(channel);
+    handler->capacity.onNodeCompleted();
 }
 
 // Manual mode: set points travel as raw codes with their range

@@ -2,6 +2,8 @@
 
 #include "private_implementations/VekInstrumentHandlerPrivate.h"
 
+#include <optional>
+
 /**
  * The handler of the battery cyclers. Their channels sit two to a board and can be joined: in parallel, or as a bipolar
  * pair of an even channel and the odd one above it, in series. A group runs one experiment, which is uploaded to and
@@ -67,6 +69,12 @@ private:
     VekErrorCode startGroup(unsigned char channel);
 
     void joinGroupSample(ChannelHandler &channel, const Group &group, const ProcessedDCData &point);
+    /// The group's sample of the moment that a channel's latest belongs to; none until all members have theirs.
+    std::optional<ProcessedDCData> joinedPoint(const ChannelHandler &channel, const Group &group,
+                                               ProcessedDCData ChannelLinker::*latest) const;
+    /// Holds a sample back that was not due; of a group, the joined one on its master.
+    void holdBackThinned(ChannelHandler &channel, const ProcessedDCData &point);
+    static HeldBackSample heldBackSample(const ChannelHandler &channel, const ProcessedDCData &point);
     void postProcessDataAndEmit(unsigned char channel, const ProcessedDCData &point);
     static qint64 packetsAwaitedBy(const Group &group);
     std::vector<ComplexDataPoint_t> analyseBatch(const Group &group) const;

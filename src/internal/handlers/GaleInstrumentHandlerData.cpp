@@ -14,8 +14,12 @@ void GaleInstrumentHandler::onExperimentDCDataReceived(unsigned char channel, co
         return;
     }
     const bool isDue = handler->dc.countSample();
-    if (isChannelPause(channel) || !isDue)
+    if (isChannelPause(channel))
         return;
+    if (!isDue) {
+        holdBackThinned(*handler, point);
+        return;
+    }
     const Group group = groupOf(*handler);
     if (group.size() == 1)
         postProcessDataAndEmit(channel, point);
@@ -28,16 +32,23 @@ void GaleInstrumentHandler::joinGroupSample(ChannelHandler &channel, const Group
     channel.lastPoint = point;
     if (channel.getChannelNumber() != channel.masterChannel) // each member stays visible by itself
         Q_EMIT idleDCDataReady(channel.getChannelNumber(), DcOutputData(point));
+    if (const auto joined = joinedPoint(channel, group, &ChannelLinker::lastPoint))
+        postProcessDataAndEmit(channel.masterChannel, *joined);
+}
+
+std::optional<ProcessedDCData> GaleInstrumentHandler::joinedPoint(const ChannelHandler &channel, const Group &group,
+                                                                  ProcessedDCData ChannelLinker::*latest) const
+{
     const ChannelHandler *const master = channelAt(channel.masterChannel);
     if (!master)
-        return;
+        return std::nullopt;
     std::vector<LinkedPoint> members;
     for (const ChannelHandler *const member : group) {
-        if (member->lastPoint.counter != point.counter)
-            return; // not all samples of this moment are in
-        members.emplace_back(member->getChannelNumber(), member->lastPoint);
+        if ((member->*latest).counter != (channel.*latest).counter)
+            return std::nullopt;
+        members.emplace_back(member->getChannelNumber(), member->*latest);
     }
-    postProcessDataAndEmit(master->getChannelNumber(), joinPoints(master->lastPoint, members, master->bipolar));
+    return joinPoints(master->*latest, members, master->bipolar);
 }
 
 // Other than on the main line, charge is taken from reported samples alone, of a group from its joined ones.
@@ -45,9 +56,35 @@ void GaleInstrumentHandler::postProcessDataAndEmit(unsigned char channel, const 
 {
     ChannelHandler *const handler = channelAt(channel);
     handler->capacity.onDcDataReceived(point.charge);
-    if (!hasMinVoltageDifference(channel, point.workingElectrodeVoltage))
+    if (!hasMinVoltageDifference(channel, point.workingElectrodeVoltage)) {
+        holdBack(*handler, heldBackSample(*handler, point));
         return;
+    }
     VekDCData data = withCharge(DcOutputData(point), point.charge, handler->capacity);
     data.timestamp -= handler->startTimestamp;
     emitDCData(channel, data);
+}
+
+void GaleInstrumentHandler::holdBackThinned(ChannelHandler &channel, const ProcessedDCData &point)
+{
+    if (!_isLastSampleReported) {
+        channel.heldBack.reset(); // one that was held back before is the last no more
+        return;
+    }
+    channel.lastThinnedPoint = point;
+    const Group group = groupOf(channel);
+    if (group.size() == 1) {
+        holdBack(channel, heldBackSample(channel, point));
+    } else if (const auto joined = joinedPoint(channel, group, &ChannelLinker::lastThinnedPoint)) {
+        ChannelHandler &master = *channelAt(channel.masterChannel);
+        holdBack(master, heldBackSample(master, *joined));
+    }
+}
+
+/// Its charge is counted when it is reported, like that of all that are; one that was counted adds nothing then.
+HeldBackSample GaleInstrumentHandler::heldBackSample(const ChannelHandler &channel, const ProcessedDCData &point)
+{
+    VekDCData data = DcOutputData(point);
+    data.timestamp -= channel.startTimestamp;
+    return {data, point.charge};
 }

@@ -155,8 +155,10 @@ void MainInstrumentHandler::onExperimentNodeBeginning(unsigned char channel, con
 void MainInstrumentHandler::onExperimentNodeCompleted(unsigned char channel, const QByteArray &payload)
 {
     ChannelHandler *const handler = channelAt(channel);
-    if (handler && line() == InstrumentLine::Main && payload.size() == nodeDoneSize)
-        handler->capacity.onNodeCompleted();
+    if (!handler || line() != InstrumentLine::Main || payload.size() != nodeDoneSize)
+        return;
+    reportHeldBack(channel);
+    handler->capacity.onNodeCompleted();
 }
 
 void MainInstrumentHandler::onExperimentDCDataReceived(unsigned char channel, const QByteArray &payload)
@@ -183,6 +185,8 @@ void MainInstrumentHandler::reportExperimentData(unsigned char channel, VekDCDat
     data.timestamp -= handler->startTimestamp;
     if (isDue && hasMinVoltageDifference(channel, data.workingElectrodeVoltage))
         emitDCData(channel, data);
+    else
+        holdBack(*handler, {data, std::nullopt});
 }
 
 void MainInstrumentHandler::onExperimentACDataReceived(unsigned char channel, const QByteArray &payload)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VekDCData.h"
 #include "handlers/CrossThreadValue.h"
 #include "handlers/CumulativeCapacityTracker.h"
 #include "nimbrellelibrary/ComplexDataPoint.h"
@@ -8,6 +9,7 @@
 #include <QString>
 
 #include <limits>
+#include <optional>
 #include <vector>
 
 struct Node;
@@ -42,6 +44,12 @@ struct ACDataAccumulator {
     void beginBatch(qint32 packets);
 };
 
+/// A sample that thinning has kept from being reported.
+struct HeldBackSample {
+    VekDCData data;
+    std::optional<double> uncounted; ///< its reading of the charge in coulombs, if the capacity tracker has not seen it
+};
+
 /**
  * What turns a channel's stream of packets into emitted points: decimation, AC batches, numbering of steps, the
  * experiment's clock, and the charge.
@@ -67,6 +75,7 @@ struct RealTimeTracker {
     double lastReportedVoltage = 0.0;            ///< volts
     double voltageDifferent = -std::numeric_limits<double>::infinity(); ///< least change between emitted samples, volts
     CumulativeCapacityTracker capacity;
+    std::optional<HeldBackSample> heldBack; ///< the running node's latest sample, if it is wanted and was not reported
 
     /// Numbers a node that begins.
     Position enterNode(const Node &node);
