@@ -2,6 +2,7 @@
 
 #include "NimbrelleExport.h"
 #include "VekACData.h"
+#include "VekChannelReport.h"
 #include "VekDCData.h"
 #include "VekErrorCode.h"
 #include "VekExperimentNode.h"
@@ -152,6 +153,18 @@ public:
     int getNumberOfChannels() const;
     /// What the instrument said of itself at its connection; a default value without a device.
     VekInstrumentDescription getDescription() const;
+    /**
+     * Whether an experiment runs on the channel, one that this program did not start included.
+     *
+     * Of such an experiment it is what the instrument's status word said at the connection, until the end is told; of one
+     * that this program has started, what isChannelBusy() says, and Idle after its end. The status word covers channels 0
+     * to 3 of the main line. Unknown for all others, when the word did not come or called itself invalid, and without a
+     * device.
+     */
+    VekChannelReport channelReport(unsigned char channel) const;
+    /// Whether the instrument said at its connection that it holds data of the channel from before, and has not told since
+    /// that they are erased. False where its status word covers nothing, as with channelReport().
+    bool hasStoredData(unsigned char channel) const;
     /// Erases the data that the instrument kept from before the connection; recoverDataErased() tells the outcome.
     VekErrorCode eraseRecoverData() const;
     /// @}

@@ -72,15 +72,15 @@ void VekInstrumentHandlerPrivate::letGo()
         _op->hangUp();
 }
 
-void VekInstrumentHandlerPrivate::leaveUntouched(const std::set<unsigned char> &channels)
-{
-    _untouched = channels;
-}
-
 /// When its thread ends a retirement may wait still; what is to be deleted later is deleted behind this.
 void VekInstrumentHandlerPrivate::takeRetirement()
 {
     QCoreApplication::sendPostedEvents(this, retirement);
+}
+
+void VekInstrumentHandlerPrivate::leaveUntouched(const std::set<unsigned char> &channels)
+{
+    _untouched = channels;
 }
 
 bool VekInstrumentHandlerPrivate::event(QEvent *event)
@@ -143,6 +143,20 @@ bool VekInstrumentHandlerPrivate::isSDCardWriting(unsigned char channel) const
 {
     const ChannelHandler *const handler = channelAt(channel);
     return handler && handler->getSDCardStatus() == ChannelHandler::SD_WRITING;
+}
+
+VekChannelReport VekInstrumentHandlerPrivate::channelReport(unsigned char channel) const
+{
+    const ChannelHandler *const handler = channelAt(channel);
+    if (!handler)
+        return VekChannelReport::Unknown;
+    return isChannelBusy(channel) ? VekChannelReport::Running : handler->getReport();
+}
+
+bool VekInstrumentHandlerPrivate::hasStoredData(unsigned char channel) const
+{
+    const ChannelHandler *const handler = channelAt(channel);
+    return handler && handler->isRecoverDataAvailable();
 }
 
 std::vector<unsigned char> VekInstrumentHandlerPrivate::getFreeChannels() const

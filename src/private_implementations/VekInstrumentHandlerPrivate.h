@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VekACData.h"
+#include "VekChannelReport.h"
 #include "VekDCData.h"
 #include "VekErrorCode.h"
 #include "VekExperimentNode.h"
@@ -67,9 +68,12 @@ public:
      * was sent before goes out first. For the client's thread, which is blocked until the port is closed, at most 2 s.
      */
     void letGo();
+
     /**
-     * Names channels on which an experiment may be running: the start-up then leaves them alone. Call it before
-     * sendInitialDefaults() is queued.
+     * Names channels that may be running: the start-up sends them no limits, which are all that guards the cell of an
+     * experiment. With any such channel it neither sets the fan nor reads the SD card nor erases the memory either.
+     *
+     * To be called before sendInitialDefaults() is queued, and not again.
      */
     void leaveUntouched(const std::set<unsigned char> &channels);
 
@@ -152,6 +156,8 @@ public:
     bool isIdleExperimentRun(unsigned char channel) const;
     bool isSDCardReading(unsigned char channel) const;
     bool isSDCardWriting(unsigned char channel) const;
+    VekChannelReport channelReport(unsigned char channel) const;
+    bool hasStoredData(unsigned char channel) const;
     std::vector<unsigned char> getFreeChannels() const; ///< ascending
     int getNumberOfChannels() const;
     VekInstrumentDescription getDescription() const;
@@ -260,6 +266,11 @@ protected:
     /// Loads the tables of earlier SD card transfers from the disk.
     void loadCalibrationTables(unsigned char channel);
 
+    /// Whether an experiment from before the connection may run on a channel, by the instrument's word or the client's.
+    bool mayStillRun(unsigned char channel) const;
+    /// The start-up's: removes the limits of all other channels. Ends with the loss of the link.
+    void resetLimitsOfIdleChannels();
+
     /// What both lines do when a node begins; the rules say what they do differently.
     void beginNode(unsigned char channel, const QByteArray &payload, const NodeRules &rules);
     /// Whether the voltage moved enough since the last reported sample; if so, it is remembered as reported.
@@ -268,6 +279,8 @@ protected:
     void holdBack(ChannelHandler &channel, const HeldBackSample &sample) const;
     /// Reports what is held back of a node that has ended. Before anything that tells or books the end.
     void reportHeldBack(unsigned char channel);
+    /// Frees a channel whose experiment has ended.
+    static void endRun(ChannelHandler &channel);
     /// Sends a sample of a running experiment out by the signal of the channel's mode; none in idle mode. What was held
     /// back is older, and forgotten.
     void emitDCData(unsigned char channel, const VekDCData &data);
@@ -279,11 +292,11 @@ protected:
     static QString stopMessageIn(const QByteArray &payload);
 
     InstrumentInfo _info;
-    std::set<unsigned char> _untouched;
     quint8 _groundFloatState = 0;
     InstrumentOperator *_op = nullptr; // a child
     ChannelMap _channels;
-    QPointer<HandlerThread> _thread; // deletes itself
+    QPointer<HandlerThread> _thread;    // deletes itself
+    std::set<unsigned char> _untouched; // written before the start-up, which reads it
     CrossThreadValue<bool> _isLastSampleReported = false;
 
 private:

@@ -105,8 +105,15 @@ void VekInstrumentHandlerPrivate::onExperimentCompleted(unsigned char channel, c
         return;
     reportHeldBack(channel);
     handler->capacity.endExperiment();
-    handler->setIdealConfig();
+    endRun(*handler);
     Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
+}
+
+void VekInstrumentHandlerPrivate::endRun(ChannelHandler &channel)
+{
+    channel.setIdealConfig();
+    channel.setActiveRecoverExperimentStatus(false);
+    channel.setReport(VekChannelReport::Idle);
 }
 
 QString VekInstrumentHandlerPrivate::stopMessageIn(const QByteArray &payload)
@@ -326,8 +333,12 @@ void VekInstrumentHandlerPrivate::onMemoryDataStart(const QByteArray &payload)
 
 void VekInstrumentHandlerPrivate::onMemoryDataErased(const QByteArray &payload)
 {
-    if (payload.size() == 1)
-        Q_EMIT memoryDataErased(payload[0] != 0);
+    if (payload.size() != 1)
+        return;
+    const bool isErased = payload[0] != 0;
+    for (const auto &[number, channel] : _channels)
+        channel->setRecoverDataStatus(channel->isRecoverDataAvailable() && !isErased);
+    Q_EMIT memoryDataErased(isErased);
 }
 
 void VekInstrumentHandlerPrivate::onReceivedMetaData(const QByteArray &payload)

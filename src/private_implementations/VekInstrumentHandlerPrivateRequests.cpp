@@ -369,6 +369,21 @@ VekErrorCode VekInstrumentHandlerPrivate::resetChannelLimits(unsigned char chann
     return VekErrorCode::Success;
 }
 
+bool VekInstrumentHandlerPrivate::mayStillRun(unsigned char channel) const
+{
+    return _untouched.count(channel) > 0 || channelAt(channel)->isActiveRecoverExperiment();
+}
+
+void VekInstrumentHandlerPrivate::resetLimitsOfIdleChannels()
+{
+    for (const unsigned char channel : channelNumbers()) {
+        if (!_op->isConnected())
+            return;
+        if (!mayStillRun(channel)) // else it goes on under the limits that it was started with
+            resetChannelLimits(channel);
+    }
+}
+
 bool VekInstrumentHandlerPrivate::sendLimits(unsigned char channel)
 {
     const ChannelLimit limits = channelAt(channel)->getLimits();

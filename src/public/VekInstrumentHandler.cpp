@@ -221,6 +221,16 @@ VekInstrumentDescription VekInstrumentHandler::getDescription() const
     return ask(_link, VekInstrumentDescription(), [](Private &handler) { return handler.getDescription(); });
 }
 
+VekChannelReport VekInstrumentHandler::channelReport(unsigned char channel) const
+{
+    return ask(_link, VekChannelReport::Unknown, [&](Private &handler) { return handler.channelReport(channel); });
+}
+
+bool VekInstrumentHandler::hasStoredData(unsigned char channel) const
+{
+    return ask(_link, false, [&](Private &handler) { return handler.hasStoredData(channel); });
+}
+
 VekErrorCode VekInstrumentHandler::eraseRecoverData() const
 {
     return request(_link, [](Private &handler) { return handler.eraseRecoverDataFromDevice(); });

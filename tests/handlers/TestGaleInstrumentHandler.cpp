@@ -82,6 +82,7 @@ private Q_SLOTS:
     void refusedStartFreesTheGroup();
     void refusedManualStartFreesTheMemberAlone();
     void startUpNeitherAsksNorFans();
+    void startUpLeavesUntouchedChannelsAlone();
     void manualSetPointsAreRaw();
     void rangesFollowTheBoard();
     void takesConfigurationAndTare();
@@ -520,6 +521,15 @@ void TestGaleInstrumentHandler::startUpNeitherAsksNorFans()
     QCOMPARE(_bench->instrument.count(PC_READ_DEVICE_STATUS) + _bench->instrument.count(PC_FAN_MODE), 0);
     QCOMPARE(_bench->device->setFanSpeedVariable(), E::Success);
     QCOMPARE(_bench->device->setFanSpeedMaximum(), E::FeatureNotSupported);
+    QCOMPARE(_bench->device->channelReport(0), VekChannelReport::Unknown);
+}
+
+void TestGaleInstrumentHandler::startUpLeavesUntouchedChannelsAlone()
+{
+    _bench->handler->leaveUntouched({0, 3, 6});
+    QVERIFY(_bench->startUp(20000));
+    QTRY_COMPARE(_bench->instrument.count(PC_READ_GROUND_FLOAT), 1);
+    QCOMPARE(_bench->channelsOf(PC_CHANNEL_LIMITS), (Channels{1, 2, 4, 5}));
 }
 
 void TestGaleInstrumentHandler::manualSetPointsAreRaw()

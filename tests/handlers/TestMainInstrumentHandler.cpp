@@ -64,9 +64,15 @@ private Q_SLOTS:
     void startUpLeavesRunningExperimentsAlone_data();
     void startUpLeavesRunningExperimentsAlone();
     void startUpTellsTheFanToStayFixed();
+    void startUpLeavesUntouchedChannelsAlone();
+    void reportsWhatTheStatusWordSays_data();
+    void reportsWhatTheStatusWordSays();
+    void reportFollowsRunsAndErasures();
     void readsTablesFromTheCard_data();
     void readsTablesFromTheCard();
     void silentCardDoesNotHoldTheStartUpForLong();
+    void lostLinkEndsTheWaitForTheCard();
+    void isConnectedBeforeTheStartUp();
     void fanFollowsTheModel();
     void idleSamplesKeepTheInstrumentsClock();
     void convertsAndRebasesSamples();
@@ -186,6 +192,86 @@ void TestMainInstrumentHandler::startUpTellsTheFanToStayFixed()
     QCOMPARE(modes, QByteArrayList{wire(quint8(FAN_FIXED))});
 }
 
+void TestMainInstrumentHandler::startUpLeavesUntouchedChannelsAlone()
+{
+    makeBench(HardwareModel_t::Alder_2_5, 6); // its tables are on the card
+    FakeInstrument &instrument = _bench->instrument;
+    instrument.reply(PC_READ_DEVICE_STATUS, NT_DEVICE_STATUS, wire(quint16(0))); // by which the memory would be erased
+    _bench->handler->leaveUntouched({1, 5});
+    QVERIFY(startUp(20000));
+    QTRY_COMPARE(instrument.count(PC_READ_GROUND_FLOAT), 1);
+    QCOMPARE(_bench->channelsOf(PC_CHANNEL_LIMITS), (std::vector<unsigned char>{0, 2, 3, 4}));
+    QCOMPARE(instrument.count(PC_FAN_MODE), 0);
+    QCOMPARE(instrument.count(PC_SD_CAL_HEADER_READ), 0);
+    QCOMPARE(instrument.count(PC_ERASE_MEMORY_DATA), 0);
+}
+
+void TestMainInstrumentHandler::reportsWhatTheStatusWordSays_data()
+{
+    QTest::addColumn<int>("status");      // -1: no answer
+    QTest::addColumn<QString>("running"); // by channel: unknown, idle, running
+    QTest::addColumn<QString>("stored");
+
+    QTest::newRow("no answer") << -1 << "?????"
+                               << "-----";
+    QTest::newRow("invalid") << 0x00FF << "?????"
+                             << "-----";
+    QTest::newRow("nothing") << 0x0100 << "iiii?"
+                             << "-----";
+    for (int channel = 0; channel < 4; ++channel) {
+        QString one = QStringLiteral("-----");
+        one[channel] = QLatin1Char('s');
+        QTest::addRow("data of channel %d", channel) << (0x0100 | 1 << channel) << "iiii?" << one;
+        one = QStringLiteral("iiii?");
+        one[channel] = QLatin1Char('r');
+        QTest::addRow("run of channel %d", channel) << (0x0100 | 16 << channel) << one << "-----";
+    }
+}
+
+void TestMainInstrumentHandler::reportsWhatTheStatusWordSays()
+{
+    QFETCH(int, status);
+    makeBench(HardwareModel_t::Birch_2_2, 5);
+    if (status >= 0)
+        _bench->instrument.reply(PC_READ_DEVICE_STATUS, NT_DEVICE_STATUS, wire(quint16(status)));
+    QCOMPARE(_bench->device->channelReport(0), VekChannelReport::Unknown);
+    QVERIFY(startUp(20000));
+    QString running;
+    QString stored;
+    for (unsigned char channel = 0; channel < 5; ++channel) {
+        running += QLatin1Char("?ir"[int(_bench->device->channelReport(channel))]);
+        stored += QLatin1Char(_bench->device->hasStoredData(channel) ? 's' : '-');
+    }
+    QTEST(running, "running");
+    QTEST(stored, "stored");
+    for (const unsigned char channel : _bench->channelsOf(PC_CHANNEL_LIMITS))
+        QVERIFY(_bench->device->channelReport(channel) != VekChannelReport::Running);
+}
+
+void TestMainInstrumentHandler::reportFollowsRunsAndErasures()
+{
+    const VekInstrumentHandler &device = *_bench->device;
+    start({makeNode(5, QStringLiteral("Constant Current"), 1)});
+    QCOMPARE(device.channelReport(0), VekChannelReport::Running);
+    _bench->instrument.send(NT_EXPERIMENT_DONE, 0, wire(quint64(0), quint8(1)));
+    QVERIFY(_bench->settle());
+    QCOMPARE(device.channelReport(0), VekChannelReport::Idle);
+
+    _bench->instrument.reply(PC_READ_DEVICE_STATUS, NT_DEVICE_STATUS, wire(quint16(0x0122)));
+    QVERIFY(startUp(20000));
+    QCOMPARE(device.channelReport(1), VekChannelReport::Running); // although no client of this handler knows of it
+    QVERIFY(!device.isChannelBusy(1));
+    _bench->instrument.send(NT_EXPERIMENT_DONE, 1, wire(quint64(0), quint8(1)));
+    _bench->instrument.send(NT_MEMORY_DATA_ERASED, 0, wire(quint8(0)));
+    QVERIFY(_bench->settle());
+    QCOMPARE(device.channelReport(1), VekChannelReport::Idle);
+    QVERIFY(device.hasStoredData(1));
+    _bench->instrument.send(NT_MEMORY_DATA_ERASED, 0, wire(quint8(1)));
+    QVERIFY(_bench->settle());
+    QVERIFY(!device.hasStoredData(1));
+    QCOMPARE(device.channelReport(9), VekChannelReport::Unknown);
+}
+
 void TestMainInstrumentHandler::readsTablesFromTheCard_data()
 {
     QTest::addColumn<QByteArray>("payload");
@@ -233,6 +319,27 @@ void TestMainInstrumentHandler::silentCardDoesNotHoldTheStartUpForLong()
     makeBench(HardwareModel_t::Alder_2_5);
     QTest::ignoreMessage(QtWarningMsg, "[Bench-1] SD calibration read timed out on channel(s): 0, 1");
     QVERIFY(startUp(10000));
+}
+
+void TestMainInstrumentHandler::lostLinkEndsTheWaitForTheCard()
+{
+    makeBench(HardwareModel_t::Alder_2_5);
+    FakeInstrument &instrument = _bench->instrument;
+    instrument.on(PC_SD_CAL_HEADER_READ, [&instrument](const FakeInstrument::Command &) { instrument.unplug(); });
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(_bench->startUp(10000, false));
+    QVERIFY2(clock.elapsed() < 4000, "the wait for the card lasts 5 s");
+}
+
+void TestMainInstrumentHandler::isConnectedBeforeTheStartUp()
+{
+    makeBench(HardwareModel_t::Alder_2_5);
+    QVERIFY(_bench->handler->isConnected());
+    _bench->instrument.unplug();
+    QTRY_VERIFY(!_bench->handler->isConnected());
+    QVERIFY(_bench->startUp(10000, false));
+    QVERIFY(!_bench->handler->isSDCardReading(0)); // a lost instrument is asked for nothing
 }
 
 void TestMainInstrumentHandler::fanFollowsTheModel()

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "VekChannelReport.h"
 #include "VekCompRange.h"
 #include "elements/NodeList.h"
 #include "handlers/ChannelLimit.h"
 #include "handlers/ChannelLinker.h"
+#include "handlers/CrossThreadValue.h"
 #include "handlers/RealTimeTracker.h"
 #include "link/PCcommand.h"
 
@@ -21,7 +23,7 @@ class AbstractExperiment;
  *
  * The linker and the tracker are its first two parts, so that their fields are reached directly; these have no lock
  * (see there). All other fields are reached through accessors, each of which holds one lock for the copy of its field
- * and returns by value. Locks are never nested.
+ * and returns by value; the report alone is atomic instead. Locks are never nested.
  *
  * @thread The client's threads and the handler's own thread read and write it. A node list must not be uploaded while a
  *         node is looked up on the same channel; a busy channel refuses uploads, so this does not happen.
@@ -116,6 +118,9 @@ public:
     void setActiveRecoverExperimentStatus(bool active);
     /// An experiment from before the connection still runs on this channel.
     bool isActiveRecoverExperiment() const;
+    /// What the instrument has told, of experiments that this program did not start.
+    void setReport(VekChannelReport report) { _report = report; }
+    VekChannelReport getReport() const { return _report; }
 
     void setVmax(double volts);
     void setVmin(double volts);
@@ -142,6 +147,7 @@ private:
     QByteArray _calibrationRawData;
     bool _recoverDataAvailable = false;
     bool _activeRecoverExperiment = false;
+    CrossThreadValue<VekChannelReport> _report = VekChannelReport::Unknown;
     float _loadImpedance = 0.0f;
     std::shared_ptr<AbstractExperiment> _loadedExperiment;
     std::shared_ptr<NodeList> _loadedNodeList;

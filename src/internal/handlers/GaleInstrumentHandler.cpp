@@ -49,9 +49,9 @@ GaleInstrumentHandler::~GaleInstrumentHandler()
 
 void GaleInstrumentHandler::sendInitialDefaults()
 {
-    for (const unsigned char channel : channelNumbers())
-        resetChannelLimits(channel);
-    _op->requestGroundFloatState();
+    resetLimitsOfIdleChannels();
+    if (_op->isConnected())
+        _op->requestGroundFloatState();
     Q_EMIT initialConnectionRequestFinished(_op->isConnected());
 }
 
@@ -204,7 +204,7 @@ void GaleInstrumentHandler::onExperimentCompleted(unsigned char channel, const Q
     const bool isMaster = group.size() == 1 || handler->masterChannel == channel;
     for (ChannelHandler *const member : group)
         reportHeldBack(member->getChannelNumber()); // with its charge: the first member that ends ends that of all
-    handler->setIdealConfig();
+    endRun(*handler);
     for (ChannelHandler *const member : group)
         member->capacity.endExperiment();
     if (isMaster) // the other members end in silence

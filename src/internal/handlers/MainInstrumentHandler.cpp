@@ -22,7 +22,7 @@ constexpr int nodeDoneSize = 12;
 
 /// Bits of the device's status word.
 namespace DeviceStatus {
-constexpr quint16 holdsRecoveryData = 1u << 8;
+constexpr quint16 isValid = 1u << 8;
 constexpr int reportedChannels = 4;
 constexpr bool isDataAvailable(quint16 status, int channel)
 {
@@ -31,6 +31,12 @@ constexpr bool isDataAvailable(quint16 status, int channel)
 constexpr bool isStillRunning(quint16 status, int channel)
 {
     return channel < reportedChannels && (status >> (reportedChannels + channel) & 1u);
+}
+constexpr VekChannelReport report(quint16 status, int channel)
+{
+    if (channel >= reportedChannels)
+        return VekChannelReport::Unknown;
+    return isStillRunning(status, channel) ? VekChannelReport::Running : VekChannelReport::Idle;
 }
 } // namespace DeviceStatus
 
@@ -49,25 +55,47 @@ MainInstrumentHandler::~MainInstrumentHandler()
 
 void MainInstrumentHandler::sendInitialDefaults()
 {
-    connect(_op, &InstrumentOperator::channelstatusInformation, this, &MainInstrumentHandler::channelstatusInformation);
-    _op->readDeviceStatus();
-    readCalibrationTables();
-    const bool isExperimentRunning = resetLimitsOfIdleChannels();
-    if (!isExperimentRunning)
-        _op->SetFanMode(FAN_FIXED);
-    _op->requestGroundFloatState();
+    using Me = MainInstrumentHandler;
+    connect(_op, &InstrumentOperator::channelstatusInformation, this, &Me::channelstatusInformation);
+    using Step = void (Me::*)();
+    constexpr Step steps[] = {&Me::askForStatus, &Me::readCalibrationTables, &Me::resetLimitsOfIdleChannels,
+                              &Me::setFanUnlessRunning, &Me::askForGround};
+    for (const Step step : steps) {
+        if (_op->isConnected())
+            (this->*step)();
+    }
     Q_EMIT initialConnectionRequestFinished(_op->isConnected());
+}
+
+void MainInstrumentHandler::askForStatus()
+{
+    _op->readDeviceStatus();
+}
+
+void MainInstrumentHandler::setFanUnlessRunning()
+{
+    const std::vector<unsigned char> channels = channelNumbers();
+    const bool isAnyRunning =
+        std::any_of(channels.begin(), channels.end(), [this](unsigned char channel) { return mayStillRun(channel); });
+    if (_untouched.empty() && !isAnyRunning)
+        _op->SetFanMode(FAN_FIXED);
+}
+
+void MainInstrumentHandler::askForGround()
+{
+    _op->requestGroundFloatState();
 }
 
 void MainInstrumentHandler::channelstatusInformation(const QByteArray &payload)
 {
     const auto status = recordFromBytes<quint16>(payload);
-    if (status & DeviceStatus::holdsRecoveryData) {
+    if (status & DeviceStatus::isValid) {
         for (const auto &[number, channel] : _channels) {
             channel->setRecoverDataStatus(DeviceStatus::isDataAvailable(status, number));
             channel->setActiveRecoverExperimentStatus(DeviceStatus::isStillRunning(status, number));
+            channel->setReport(DeviceStatus::report(status, number));
         }
-    } else {
+    } else if (_untouched.empty()) {
         eraseRecoveryData();
     }
     _op->readMetaData();
@@ -75,11 +103,11 @@ void MainInstrumentHandler::channelstatusInformation(const QByteArray &payload)
 
 void MainInstrumentHandler::readCalibrationTables()
 {
-    const bool isOnSdCard = model()->sdCardHasCalData();
+    const bool isCardRead = model()->sdCardHasCalData() && _untouched.empty();
     std::set<unsigned char> pending;
     for (const unsigned char channel : channelNumbers()) {
         loadCalibrationTables(channel);
-        if (isOnSdCard && requestSdCardCalibrationData(channel) == VekErrorCode::Success)
+        if (isCardRead && requestSdCardCalibrationData(channel) == VekErrorCode::Success)
             pending.insert(channel);
     }
     if (!pending.empty())
@@ -93,7 +121,7 @@ void MainInstrumentHandler::waitForSdCard(std::set<unsigned char> pending)
     QEventLoop loop;
     const auto check = [this, &pending, &loop] {
         keepThoseBeingRead(pending);
-        if (pending.empty())
+        if (pending.empty() || !_op->isConnected())
             loop.quit();
     };
     QTimer checks;
@@ -105,7 +133,7 @@ void MainInstrumentHandler::waitForSdCard(std::set<unsigned char> pending)
     loop.exec();
 
     keepThoseBeingRead(pending);
-    if (!pending.empty())
+    if (!pending.empty() && _op->isConnected())
         warnOfUnreadTables(pending);
 }
 
@@ -122,18 +150,6 @@ void MainInstrumentHandler::warnOfUnreadTables(const std::set<unsigned char> &ch
         numbers << QString::number(channel);
     qWarning().noquote() << QStringLiteral("[%1] SD calibration read timed out on channel(s): %2")
                                 .arg(_info.deviceName, numbers.join(QStringLiteral(", ")));
-}
-
-bool MainInstrumentHandler::resetLimitsOfIdleChannels()
-{
-    bool isExperimentRunning = false;
-    for (const unsigned char channel : channelNumbers()) {
-        if (channelAt(channel)->isActiveRecoverExperiment())
-            isExperimentRunning = true; // it goes on under the limits that it was started with
-        else
-            resetChannelLimits(channel);
-    }
-    return isExperimentRunning;
 }
 
 VekErrorCode MainInstrumentHandler::setFanSpeedVariable(bool variable)

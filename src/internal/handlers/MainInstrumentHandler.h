@@ -10,7 +10,7 @@
  * Notifications act on models of the main line alone; an obsolete or unknown model is connected but stays silent.
  *
  * @thread As its base. sendInitialDefaults() keeps its thread in a local event loop for up to 5,000 ms while tables are
- *         read from the SD card; notifications go on being served.
+ *         read from the SD card; notifications go on being served, and the loss of the link ends it.
  */
 class MainInstrumentHandler : public VekInstrumentHandlerPrivate
 {
@@ -34,11 +34,14 @@ public Q_SLOTS:
     void channelstatusInformation(const QByteArray &payload);
 
 private:
+    // The steps of the start-up.
+    void askForStatus();
     void readCalibrationTables();
+    void setFanUnlessRunning();
+    void askForGround();
+
     void waitForSdCard(std::set<unsigned char> pending);
     void keepThoseBeingRead(std::set<unsigned char> &pending) const;
     void warnOfUnreadTables(const std::set<unsigned char> &channels) const;
-    /// @return whether a channel still runs an experiment from before the connection
-    bool resetLimitsOfIdleChannels();
     void reportExperimentData(unsigned char channel, VekDCData data);
 };
