@@ -284,6 +284,7 @@ void TestNodeRunner::samplesEachLevelOfAStaircaseAlike_data()
     QTest::newRow("exact part") << 0.25f << QList<double>{0.25, 0.5, 0.75, 1.0};
     QTest::newRow("exact but for its rounding")
         << 0.1f << QList<double>{0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0};
+    QTest::newRow("last one too close to the end") << 0.33325f << QList<double>{0.33325, 0.6665, 1.0};
     QTest::newRow("longer than the level") << 1.7f << QList<double>{1.0};
 }
 

@@ -398,10 +398,10 @@ static int statusOf(Bench &bench)
 
 void TestSimulatedInstrument::tellsWhichChannelsRun()
 {
-    Bench bench({}, 5, 1.0);
+    Bench bench({}, 6, 1.0);
     QCOMPARE(bench.acknowledged(PC_DEFAULT_SAMPLING, {}, 3), int(FW_SUCCESS));
     QCOMPARE(statusOf(bench), 0); // sampling idly is no run
-    for (const quint8 channel : {quint8(1), quint8(4)}) {
+    for (const quint8 channel : {quint8(1), quint8(5)}) {
         bench.upload({current(1e-3f, 1000.0f, 1.0f), endNode()}, channel);
         QCOMPARE(bench.acknowledged(PC_EXPERIMENT_START, {}, channel), int(FW_SUCCESS));
     }
@@ -411,8 +411,8 @@ void TestSimulatedInstrument::tellsWhichChannelsRun()
     QCOMPARE(statusOf(bench), 1 << 8 | 1 << 5 | 1 << 6);
     for (const quint8 channel : {quint8(1), quint8(2)})
         QCOMPARE(bench.acknowledged(PC_EXPERIMENT_STOP, {}, channel), int(FW_SUCCESS));
-    QCOMPARE(statusOf(bench), 1 << 8); // channel 4 runs, but has no bit of its own
-    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_STOP, {}, 4), int(FW_SUCCESS));
+    QCOMPARE(statusOf(bench), 1 << 8); // channel 5 runs, but has no bit of its own
+    QCOMPARE(bench.acknowledged(PC_EXPERIMENT_STOP, {}, 5), int(FW_SUCCESS));
     QCOMPARE(statusOf(bench), 0);
 }
 

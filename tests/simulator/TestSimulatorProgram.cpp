@@ -187,7 +187,7 @@ void TestSimulatorProgram::publishesItsPortOnce()
 class ListeningSocket
 {
 public:
-    explicit ListeningSocket(const QString &path) : _fd(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0))
+    ListeningSocket(const QString &path, int type) : _fd(socket(AF_UNIX, type | SOCK_CLOEXEC, 0))
     {
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
@@ -227,6 +227,8 @@ void TestSimulatorProgram::replacesNothingThatIsNotItsOwn_data()
         QTest::addRow("%s on a link to nowhere", option) << option << "LOOSE";
         QTest::addRow("%s on a socket in use", option) << option << "SOCKET";
     }
+    QTest::newRow("--hid on a stream's socket in use") << "--hid"
+                                                       << "STREAM";
     QTest::newRow("--link on a link to a terminal in use") << "--link"
                                                            << "TERMINAL";
     QTest::newRow("--passes on a truth file") << "--passes" << QString::fromLatin1(truthHeader);
@@ -250,7 +252,9 @@ void TestSimulatorProgram::replacesNothingThatIsNotItsOwn()
     else if (thing == QLatin1String("TERMINAL"))
         QVERIFY(QFile::link(terminal.portName(), path));
     else if (thing == QLatin1String("SOCKET"))
-        server.emplace(path);
+        server.emplace(path, SOCK_SEQPACKET);
+    else if (thing == QLatin1String("STREAM"))
+        server.emplace(path, SOCK_STREAM);
     else
         writeFile(path, thing.toLatin1());
     struct stat before = {};
