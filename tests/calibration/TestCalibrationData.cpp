@@ -235,6 +235,9 @@ void TestCalibrationData::convertsCyclerSamples()
     QCOMPARE(point.current, 0.25 * 140608.0 + 0.5 * 2704.0 + 52.0); // of x = 0.5 * 100 + 0.25 * 8
     QVERIFY(std::abs(point.charge - 0.05) < 1e-12);
     QVERIFY(std::abs(point.temperature - 25.0) < 1e-4);
+    QByteArray cooler = galeSample();
+    put(cooler, 16, 32500.0f * 2.0f / 3.0f); // twice the resistance
+    QVERIFY(std::abs(processed(gale(record), cooler).temperature - 9.8877) < 1e-3);
     QCOMPARE(point.counter, quint16(200));
     QCOMPARE(index(point.voltageRange), 1);
     QCOMPARE(index(point.weGain), 255);

@@ -143,6 +143,7 @@ private Q_SLOTS:
     void computesAMainlinePoint_data();
     void computesAMainlinePoint();
     void straightensTheInternalConverterAlone();
+    void eachSignalsOwnLevelSelectsItsCapacitance();
     void withoutCurrentTheImpedanceIsInfinite();
     void currentAtOneCodeStaysInfiniteBehindACable_data();
     void currentAtOneCodeStaysInfiniteBehindACable();
@@ -217,6 +218,28 @@ void TestAcRecords::straightensTheInternalConverterAlone()
         QVERIFY(isNear(point.rawDCcurrent, factor * 2000.0, 1e-3));
         QVERIFY(isNear(point.rawDCvoltage, 2000.0, 1e-3));
     }
+}
+
+// At code 2048 nothing is corrected, at 3000 the capacitance weighs 2 pi * 50 Hz * 1000 ohms * 5 nF a code.
+void TestAcRecords::eachSignalsOwnLevelSelectsItsCapacitance()
+{
+    const TableFolder documents;
+    writeTable(documents, QStringLiteral("V_input_capacitance.csv"), "5000\n0\n");
+    writeTable(documents, QStringLiteral("I_input_capacitance.csv"), "5000\n0\n");
+    const CalibrationData calibration = alder(documents);
+    const Signal atReference = {2048.0, 500.0, 0.0, 0.0};
+    const Signal above = {3000.0, 500.0, 0.0, 0.0};
+    const double a = 2.0 * pi * 50.0 * 1000.0 * 5e-9 * 3000.0;
+    const double b = 2.0 * pi * 50.0 * 1000.0 * 5e-9 * 2048.0;
+    const double divisor = std::sqrt((1.0 + b * b) / (1.0 + a * a));
+    const P24ExperimentalAcData head = mainHead(false, ADC_src_t::Internal12Bit);
+    // 500 codes are 0.125 V at gain 2, 0.0005 A at gain 5
+    const ComplexDataPoint_t voltageAbove = analysed(mainPacket<qint16>(head, atReference, above), calibration);
+    QVERIFY(isNear(voltageAbove.voltageAmplitude, 0.125 / divisor, 2e-3));
+    QVERIFY(isNear(voltageAbove.currentAmplitude, 0.0005, 2e-3));
+    const ComplexDataPoint_t currentAbove = analysed(mainPacket<qint16>(head, above, atReference), calibration);
+    QVERIFY(isNear(currentAbove.voltageAmplitude, 0.125, 2e-3));
+    QVERIFY(isNear(currentAbove.currentAmplitude, 0.0005 / divisor, 2e-3));
 }
 
 void TestAcRecords::withoutCurrentTheImpedanceIsInfinite()
@@ -349,6 +372,13 @@ void TestAcRecords::computesACyclerPoint()
     QVERIFY(isNear(point.dcVoltage, 1000.0, 1e-2));
     QCOMPARE(point.timestamp, 2.0);
     QCOMPARE(point.numPeriods, 10.0);
+
+    GaleBatch first(galeCurrent, galeVoltage); // its ranges are the group's
+    first.head.currentRange = currentRange_t(1);
+    first.head.voltageRange = voltageRange_t(2);
+    const auto group = analysed({first, GaleBatch(galeCurrent, galeVoltage)}, flatCycler());
+    QCOMPARE(index(group[0].currentRange), 1);
+    QCOMPARE(index(group[0].voltageRange), 2);
 }
 
 void TestAcRecords::parallelChannelsAddTheirCurrents()
