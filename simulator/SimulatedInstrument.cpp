@@ -256,19 +256,15 @@ void SimulatedInstrument::answerPing(const Frame &frame)
 }
 
 /**
- * Which of the first four channels run. A host looks at that only in a valid word, as that of an instrument is which keeps
- * what its runs measure; so it is valid while a channel runs. Nothing is kept here from before, so no bit of that is set.
+ * Which of the first four channels run. A host looks at that only in a valid word, which this one is always: the
+ * instrument knows what its channels do. Nothing is kept here from before, so no bit of that is set.
  */
 quint16 SimulatedInstrument::status() const
 {
     constexpr int reportedChannels = 4;
-    constexpr unsigned valid = 1u << 8;
-    unsigned word = 0;
-    for (int channel = 0; channel < int(_channels.size()); ++channel) {
-        if (!_channels[std::size_t(channel)]->isBusy())
-            continue;
-        word |= valid;
-        if (channel < reportedChannels)
+    unsigned word = 1u << 8;
+    for (int channel = 0; channel < std::min(reportedChannels, int(_channels.size())); ++channel) {
+        if (_channels[std::size_t(channel)]->isBusy())
             word |= 1u << (reportedChannels + channel);
     }
     return quint16(word);
