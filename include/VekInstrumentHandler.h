@@ -51,9 +51,13 @@ public:
      * The experiment is kept by the channel until it has run; changing @p experiment afterwards has no effect on it.
      *
      * @return ExperimentIsEmpty for a null pointer (also without a device); InvalidChannel; ChannelBusy;
-     *         InvalidParameters with one line for each broken limit; UploadFailed when the instrument did not
-     *         acknowledge a node within a second, or refused one, and then its reason is the message: the channel has no
-     *         experiment in either case, not even the one before.
+     *         ExperimentTooLarge with more steps than the instrument counts (65,535), a longer group to repeat (32,767) or
+     *         more groups inside groups (1,000); InvalidParameters with one line for each broken limit; without any
+     *         ImplausibleParameters with one line for each value that cannot be meant: no number, infinity where it is
+     *         not "none", a negative time, a rate of 0, limits that cross or lie beyond the model's range. Up to here
+     *         nothing has been sent. UploadFailed when the instrument did not acknowledge a node within a second, or
+     *         refused one, and then its reason is the message: the channel has no experiment in either case, not even the
+     *         one before.
      */
     VekErrorCode uploadExperimentToChannel(unsigned char channel, std::shared_ptr<VekExperiment> experiment) const;
     /// The same for an experiment that the caller keeps.
@@ -179,11 +183,11 @@ public:
     VekErrorCode setManualModeSamplingInterval(unsigned char channel, double seconds) const;
     /// Disconnects the cell.
     VekErrorCode setManualModeOCP(unsigned char channel) const;
-    /// Controls the potential, in volts.
+    /// Controls the potential, in volts. @return ImplausibleParameters outside the model's range; nothing is then sent
     VekErrorCode setManualModeConstantVoltage(unsigned char channel, double volts) const;
     /// Controls the potential and then chooses the current range to measure in.
     VekErrorCode setManualModeConstantVoltage(unsigned char channel, double volts, int currentRange) const;
-    /// Controls the current, in amperes.
+    /// Controls the current, in amperes. @return ImplausibleParameters outside the model's range; nothing is then sent
     VekErrorCode setManualModeConstantCurrent(unsigned char channel, double amperes) const;
     /// Chooses a current range, an index into getManualModeCurrentRangeList().
     VekErrorCode setManualModeCurrentRange(unsigned char channel, int currentRange) const;
@@ -201,7 +205,7 @@ public:
 
     /// @name Safety limits
     /// The instrument itself ends an experiment that breaks one. Infinity stands for no limit. A limit that could not be
-    /// sent stays stored and goes out with the next one.
+    /// sent stays stored and goes out with the next one; NaN is refused with ImplausibleParameters, and not stored.
     /// @{
 
     /// Volts. @return ChannelVmaxNotSet when the instrument did not answer within 150 ms

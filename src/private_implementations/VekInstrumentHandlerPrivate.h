@@ -256,6 +256,9 @@ protected:
     VekErrorCode checkFree(unsigned char channel) const;   ///< InvalidChannel, ChannelBusy
     VekErrorCode checkBusy(unsigned char channel) const;   ///< InvalidChannel, NoExperimentRunning
     VekErrorCode checkManual(unsigned char channel) const; ///< InvalidChannel, ManualExperimentNotRunning
+    /// As checkManual(), then ImplausibleParameters for a set point that cannot be meant.
+    VekErrorCode checkManualVoltage(unsigned char channel, double volts) const;
+    VekErrorCode checkManualCurrent(unsigned char channel, double amperes) const;
 
     /// The channels that run as one with a channel: it alone, or those that are linked with it.
     virtual std::vector<ChannelHandler *> groupOf(ChannelHandler &channel) const;

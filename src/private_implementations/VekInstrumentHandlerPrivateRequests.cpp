@@ -2,9 +2,9 @@
 
 #include "VekCompRange.h"
 #include "elements/AbstractExperiment.h"
-#include "elements/NodeList.h"
+#include "elements/CheckedExperiment.h"
+#include "elements/Plausibility.h"
 #include "hardware_models/HardwareModel.h"
-#include "logging/ErrorStringList.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 #include "session/InstrumentOperator.h"
 
@@ -29,6 +29,13 @@ VekErrorCode invalidUnlessEmpty(const QString &complaints)
     return VekErrorCode(VekErrorCode::InvalidParameters, complaints);
 }
 
+VekErrorCode implausibleUnlessEmpty(const QString &fault)
+{
+    if (fault.isEmpty())
+        return VekErrorCode::Success;
+    return VekErrorCode(VekErrorCode::ImplausibleParameters, fault);
+}
+
 } // namespace
 
 // Experiments
@@ -40,12 +47,11 @@ VekErrorCode VekInstrumentHandlerPrivate::uploadExperimentToChannel(unsigned cha
         return VekErrorCode::ExperimentIsEmpty;
     if (const VekErrorCode refusal = checkFree(channel))
         return refusal;
-    const ErrorStringList complaints = experiment->validateInput(_info.hardware);
-    if (const VekErrorCode refusal = invalidUnlessEmpty(complaints.getErrorListSingleString(model()->getVanityName())))
-        return refusal;
-    const NodeList nodes = askCalibration(channel, [&](const CalibrationData &calibration) {
-        return experiment->GetNodesData(calibration, _info.hardware);
+    const auto [complaints, nodes] = askCalibration(channel, [&](const CalibrationData &calibration) {
+        return checkAndExpand(*experiment, calibration, _info.hardware);
     });
+    if (const VekErrorCode refusal = resultOf(complaints))
+        return refusal;
     if (nodes.isEmpty())
         return VekErrorCode::ExperimentIsEmpty;
     if (const VekErrorCode failure = upload(channel, nodes))
@@ -168,6 +174,8 @@ VekErrorCode VekInstrumentHandlerPrivate::setManualModeSamplingInterval(unsigned
 {
     if (const VekErrorCode refusal = checkManual(channel))
         return refusal;
+    if (const VekErrorCode refusal = implausibleUnlessEmpty(Plausibility::faultOfManualInterval(seconds)))
+        return refusal;
     const auto [payload, samplesPerPoint] =
         NimbrelleLib::getManualSamplingParamsPayload(modelNumber(), seconds, longestManualInterval);
     if (!_op->setManualSamplingParams(channel, payload))
@@ -176,9 +184,23 @@ VekErrorCode VekInstrumentHandlerPrivate::setManualModeSamplingInterval(unsigned
     return VekErrorCode::Success;
 }
 
-VekErrorCode VekInstrumentHandlerPrivate::setManualModeConstantVoltage(unsigned char channel, double volts)
+VekErrorCode VekInstrumentHandlerPrivate::checkManualVoltage(unsigned char channel, double volts) const
 {
     if (const VekErrorCode refusal = checkManual(channel))
+        return refusal;
+    return implausibleUnlessEmpty(Plausibility::faultOfManualVoltage(volts, *model()));
+}
+
+VekErrorCode VekInstrumentHandlerPrivate::checkManualCurrent(unsigned char channel, double amperes) const
+{
+    if (const VekErrorCode refusal = checkManual(channel))
+        return refusal;
+    return implausibleUnlessEmpty(Plausibility::faultOfManualCurrent(amperes, *model()));
+}
+
+VekErrorCode VekInstrumentHandlerPrivate::setManualModeConstantVoltage(unsigned char channel, double volts)
+{
+    if (const VekErrorCode refusal = checkManualVoltage(channel, volts))
         return refusal;
     return successIf(_op->setManualPotentioSetpoint(channel, float(volts)), VekErrorCode::ManualVoltageNotSet);
 }
@@ -195,7 +217,7 @@ VekErrorCode VekInstrumentHandlerPrivate::setManualModeConstantVoltage(unsigned 
 
 VekErrorCode VekInstrumentHandlerPrivate::setManualModeConstantCurrent(unsigned char channel, double amperes)
 {
-    if (const VekErrorCode refusal = checkManual(channel))
+    if (const VekErrorCode refusal = checkManualCurrent(channel, amperes))
         return refusal;
     return successIf(_op->setManualGalvanoSetpoint(channel, float(amperes)), VekErrorCode::ManualCurrentNotSet);
 }
@@ -329,6 +351,8 @@ VekErrorCode VekInstrumentHandlerPrivate::setLimit(unsigned char channel, void (
                                                    double value, VekErrorCode::ErrorCode failure)
 {
     if (const VekErrorCode refusal = checkValid(channel))
+        return refusal;
+    if (const VekErrorCode refusal = implausibleUnlessEmpty(Plausibility::faultOfSafetyLimit(value)))
         return refusal;
     (channelAt(channel)->*store)(value);
     return successIf(sendLimits(channel), failure);

@@ -15,6 +15,7 @@ public:
         for (const Node &node : nodes)
             _nodes.addNode(node);
     }
+    void append(const Node &node) { _nodes.addNode(node); }
     void complain(const QString &text) { _complaints.addError(text); }
 
     std::shared_ptr<AbstractExperiment> clone() const override { return std::make_shared<ListExperiment>(*this); }

@@ -540,7 +540,14 @@ void TestGaleInstrumentHandler::manualSetPointsAreRaw()
     QCOMPARE(_bench->device->setManualModeConstantVoltage(0, 1.0), E::Success);
     QCOMPARE(_bench->device->setManualModeConstantCurrent(0, 2.0), E::Success);
     QCOMPARE(_bench->device->setManualModeConstantVoltage(0, 1.0, 3), E::ManualCurrentRangeNotSet);
+    for (const double value : {qQNaN(), qInf(), -qInf()}) {
+        QCOMPARE(_bench->device->setManualModeConstantVoltage(0, value), E::ImplausibleParameters);
+        QCOMPARE(_bench->device->setManualModeConstantVoltage(0, value, 3), E::ImplausibleParameters);
+        QCOMPARE(_bench->device->setManualModeConstantCurrent(0, value), E::ImplausibleParameters);
+    }
     QVERIFY(_bench->flush());
+    QCOMPARE(sent(PC_MANUAL_POTENTIO_RAW).size(), 2);
+    QCOMPARE(sent(PC_MANUAL_GALVANO_RAW).size(), 1);
     // (1 V - 728 x 1/8 V) at 1/32 V a count
     QCOMPARE(sent(PC_MANUAL_POTENTIO_RAW).at(0).payload, wire(qint32(-2880), quint8(3)));
     QCOMPARE(sent(PC_CURRENT_RANGE).size(), 1);

@@ -2,6 +2,8 @@
 #include "ListExperiment.h"
 #include "VekCompRange.h"
 #include "VekExperiment.h"
+#include "elements/ConstantCurrentAdvElement.h"
+#include "elements/CustomExperimentRunner.h"
 #include "handlers/MainInstrumentHandler.h"
 
 #include <functional>
@@ -45,6 +47,7 @@ private Q_SLOTS:
     void sendsCommands_data();
     void sendsCommands();
     void messagesNameEveryFault();
+    void sendsNothingThatCannotBeMeant();
     void uploadStoresNothingWhenItFails_data();
     void uploadStoresNothingWhenItFails();
     void uploadCountsAnswersThatWaited_data();
@@ -132,6 +135,19 @@ void TestHandlerRequests::checksInOrder_data()
         {10, manual, manual, E::ManualCurrentRangeNotSet, manual, manual});
     row("current", [](H &h, unsigned char c) { return h.setManualModeConstantCurrent(c, 1.0); },
         {10, manual, manual, 0, manual, manual});
+    const int odd = E::ImplausibleParameters;
+    row("voltage that is no number", [](H &h, unsigned char c) { return h.setManualModeConstantVoltage(c, qQNaN()); },
+        {10, manual, manual, odd, manual, manual});
+    row("voltage beyond the model's", [](H &h, unsigned char c) { return h.setManualModeConstantVoltage(c, 10.1, 3); },
+        {10, manual, manual, odd, manual, manual});
+    row("current that is no number", [](H &h, unsigned char c) { return h.setManualModeConstantCurrent(c, qQNaN()); },
+        {10, manual, manual, odd, manual, manual});
+    row("current beyond the model's", [](H &h, unsigned char c) { return h.setManualModeConstantCurrent(c, -1.1); },
+        {10, manual, manual, odd, manual, manual});
+    row("interval that is no number", [](H &h, unsigned char c) { return h.setManualModeSamplingInterval(c, qQNaN()); },
+        {10, manual, manual, odd, manual, manual});
+    row("interval of nothing", [](H &h, unsigned char c) { return h.setManualModeSamplingInterval(c, 0.0); },
+        {10, manual, manual, 0, manual, manual});
     row("current range", [](H &h, unsigned char c) { return h.setManualModeCurrentRange(c, 10); },
         {10, manual, manual, 0, manual, manual});
     row("bad current range", [](H &h, unsigned char c) { return h.setManualModeCurrentRange(c, -1); },
@@ -152,6 +168,11 @@ void TestHandlerRequests::checksInOrder_data()
     row("bad ohmic drop", [](H &h, unsigned char c) { return h.setIRComp(c, 1.0, qQNaN()); },
         {10, bad, bad, bad, bad, bad});
     row("limit", [](H &h, unsigned char c) { return h.setChannelVmax(c, 4.2); }, {10, 0, 0, 0, 0, 0});
+    row("limit of infinity", [](H &h, unsigned char c) { return h.setChannelImin(c, -qInf()); }, {10, 0, 0, 0, 0, 0});
+    row("limit that is no number", [](H &h, unsigned char c) { return h.setChannelVmax(c, qQNaN()); },
+        {10, odd, odd, odd, odd, odd});
+    row("temperature that is no number", [](H &h, unsigned char c) { return h.setChannelMaxTemperature(c, qQNaN()); },
+        {10, odd, odd, odd, odd, odd});
     row("no limits", [](H &h, unsigned char c) { return h.resetChannelLimits(c); }, {10, 0, 0, 0, 0, 0});
     row("SD card", [](H &h, unsigned char c) { return h.requestSdCardCalibrationData(c); },
         {10, 0, 0, busy, busy, busy});
@@ -282,6 +303,47 @@ void TestHandlerRequests::messagesNameEveryFault()
     QCOMPARE(handler.requestSdCardCalibrationData(0).message(), QStringLiteral("Sd card is currently read state."));
     handler.getChannelHandlers().at(0)->setSDCardStatus(ChannelHandler::SD_WRITING);
     QCOMPARE(handler.requestSdCardCalibrationData(0).message(), QStringLiteral("Sd card is currently write state."));
+}
+
+void TestHandlerRequests::sendsNothingThatCannotBeMeant()
+{
+    const auto bench = makeBench();
+    MainInstrumentHandler &handler = *bench->handler;
+    QCOMPARE(handler.startManualExperiment(ManualMode), E::Success);
+    QCOMPARE(handler.setChannelVmax(ManualMode, 4.0), E::Success);
+    QVERIFY(bench->flush());
+    bench->instrument.forgetCommands();
+
+    auto loop = std::make_shared<ListExperiment>(ListExperiment{});
+    for (int i = 0; i < 65536; ++i)
+        loop->append(makeNode(5, QStringLiteral("Constant Current"), 1));
+    const VekErrorCode tooLarge = handler.uploadExperimentToChannel(Free, loop);
+    QCOMPARE(tooLarge, E::ExperimentTooLarge);
+    QVERIFY2(tooLarge.message().contains("65536"), qPrintable(tooLarge.message()));
+    auto runner = std::make_shared<CustomExperimentRunner>();
+    QVERIFY(runner->addElement(std::make_shared<ConstantCurrentAdvElement>(), 1));
+    auto negative = std::make_shared<ConstantCurrentAdvElement>();
+    negative->maxDuration = -1.0;
+    QVERIFY(runner->addElement(negative, 1));
+    const VekErrorCode implausible = handler.uploadExperimentToChannel(Free, runner);
+    QCOMPARE(implausible, E::ImplausibleParameters);
+    QCOMPARE(implausible.message(),
+             QStringLiteral("Constant Current, Advanced::maxDuration is -1 s; the Birch takes values of at least 0 s, "
+                            "or infinity for no limit."));
+
+    for (const double value : {qQNaN(), qInf(), 1e9}) {
+        QCOMPARE(handler.setManualModeConstantVoltage(ManualMode, value), E::ImplausibleParameters);
+        QCOMPARE(handler.setManualModeConstantVoltage(ManualMode, value, 10), E::ImplausibleParameters);
+        QCOMPARE(handler.setManualModeConstantCurrent(ManualMode, value), E::ImplausibleParameters);
+    }
+    QCOMPARE(handler.setManualModeSamplingInterval(ManualMode, qInf()), E::ImplausibleParameters);
+    QCOMPARE(handler.setChannelVmax(ManualMode, qQNaN()), E::ImplausibleParameters);
+    QCOMPARE(handler.getChannelHandlers().at(ManualMode)->getLimits().vMax, 4.0);
+    QVERIFY(bench->flush());
+    for (const PCcommand_t command :
+         {PC_NODE_LIST_BEGIN, PC_NODE_APPEND, PC_MANUAL_POTENTIO_SETPOINT, PC_MANUAL_GALVANO_SETPOINT, PC_CURRENT_RANGE,
+          PC_MANUAL_SAMPLING_PARAMS, PC_CHANNEL_LIMITS})
+        QCOMPARE(bench->instrument.count(command), 0);
 }
 
 void TestHandlerRequests::uploadStoresNothingWhenItFails_data()

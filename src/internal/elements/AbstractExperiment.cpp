@@ -1,5 +1,9 @@
 #include "elements/AbstractExperiment.h"
 
+#include "hardware_models/HardwareModelFactory.h"
+#include "hardware_models/HardwareVersion.h"
+#include "logging/ErrorStringList.h"
+
 int AbstractExperiment::getExperimentNodeType(NodeType_t type)
 {
     switch (type) {
@@ -14,4 +18,13 @@ int AbstractExperiment::getExperimentNodeType(NodeType_t type)
     default:
         return 1;
     }
+}
+
+ExperimentComplaints AbstractExperiment::findComplaints(const HardwareVersion &hardware)
+{
+    const QString vanityName = HardwareModelFactory::getHardwareModel(hardware.hwModel)->getVanityName();
+    const QString text = validateInput(hardware).getErrorListSingleString(vanityName);
+    if (text.isEmpty())
+        return {};
+    return {{VekErrorCode::InvalidParameters, 0, QString(), text}};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "elements/ExpNode.h"
+#include "elements/ExperimentComplaint.h"
 
 #include <QList>
 #include <QString>
@@ -31,6 +32,11 @@ public:
     virtual ErrorStringList validateInput(const HardwareVersion &hardware) = 0;
     /// Histograms of the run; an experiment that makes none answers with an empty list.
     virtual QStringList returnHistogramData() const { return {}; }
+    /**
+     * All that an upload refuses before it makes nodes: a size that cannot be expanded; else what validateInput()
+     * complains about; else values that cannot be meant. Each check runs only when the one before has nothing to say.
+     */
+    virtual ExperimentComplaints findComplaints(const HardwareVersion &hardware);
 
     /// 0 for the types of node that measure AC, 1 for all others.
     static int getExperimentNodeType(NodeType_t type);

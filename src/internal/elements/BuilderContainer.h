@@ -20,6 +20,8 @@ struct BuilderContainer {
     struct {
         std::shared_ptr<AbstractBuilderElement> pointer;
     } element;
+    quint32 depth = 0;        ///< lists inside one another below this vertex, its own included unless it is the root
+    quint64 elementCount = 0; ///< leaves at and below this vertex, one that stands in several places counted in each
 };
 
 } // namespace VekInternalContainer
@@ -33,12 +35,16 @@ public:
     /**
      * Appends the children of another tree, as they stand, as one list. The repeat count of its root is not used.
      *
-     * False for a tree without children or for 0 repeats; more than 65535 repeats are cut to that.
+     * False for a tree without children or for 0 repeats; more than 65535 repeats are cut to that. What lies too deep
+     * to be run is counted but not kept, so that nothing that walks through a tree, its destruction included, can
+     * exhaust the stack.
      */
     bool addLoop(const VekInternalContainer::BuilderContainer &source, quint32 repeats);
 
     const VekInternalContainer::BuilderContainer &getContainer() const { return _root; }
 
 private:
+    void append(const VekInternalContainer::BuilderContainer &child);
+
     VekInternalContainer::BuilderContainer _root;
 };

@@ -1,9 +1,15 @@
 #include "elements/CustomExperimentRunner.h"
 
+#include "elements/ExperimentSize.h"
 #include "elements/NodeExpansion.h"
+#include "elements/Plausibility.h"
+#include "hardware_models/HardwareModelFactory.h"
+#include "hardware_models/HardwareVersion.h"
 #include "logging/ErrorStringList.h"
 
 #include <cstring>
+
+using VekInternalContainer::BuilderContainer;
 
 namespace {
 
@@ -13,6 +19,31 @@ Node endNode()
     std::memset(static_cast<void *>(&end.hwNode), 0, sizeof end.hwNode); // zeros throughout, not the defaults
     end.stepName = QStringLiteral("Experiment Complete");
     return end;
+}
+
+ExperimentComplaints brokenLimits(const BuilderContainer &root, const HardwareVersion &hardware)
+{
+    const QString vanityName = HardwareModelFactory::getHardwareModel(hardware.hwModel)->getVanityName();
+    ExperimentComplaints complaints;
+    visitElements(root, [&](const AbstractBuilderElement &element, int stepNumber) {
+        for (QString text : element.validateInput(hardware).getErrorList())
+            complaints.push_back(
+                {VekErrorCode::InvalidParameters, stepNumber, QString(),
+                 element.GetFullName() + QStringLiteral("::") + text.replace(QLatin1String("%1"), vanityName)});
+    });
+    return complaints;
+}
+
+ExperimentComplaints implausibleValues(const BuilderContainer &root, const HardwareVersion &hardware)
+{
+    const auto model = HardwareModelFactory::getHardwareModel(hardware.hwModel);
+    ExperimentComplaints complaints;
+    visitElements(root, [&](const AbstractBuilderElement &element, int stepNumber) {
+        for (const Plausibility::Finding &finding : Plausibility::findings(element, *model))
+            complaints.push_back({VekErrorCode::ImplausibleParameters, stepNumber, finding.property,
+                                  element.GetFullName() + QStringLiteral("::") + finding.text});
+    });
+    return complaints;
 }
 
 } // namespace
@@ -38,6 +69,18 @@ ErrorStringList CustomExperimentRunner::validateInput(const HardwareVersion &har
     errors.addError(QStringLiteral("Device: %1 did not start an empty experiment. "
                                    "The experiment should have at least one element."));
     return errors;
+}
+
+ExperimentComplaints CustomExperimentRunner::findComplaints(const HardwareVersion &hardware)
+{
+    const BuilderContainer &root = _container.getContainer();
+    if (root.children.isEmpty())
+        return AbstractExperiment::findComplaints(hardware);
+    const ExperimentComplaints size = ExperimentSize::complaintsOf(root);
+    if (!size.empty())
+        return size;
+    const ExperimentComplaints limits = brokenLimits(root, hardware);
+    return limits.empty() ? implausibleValues(root, hardware) : limits;
 }
 
 bool CustomExperimentRunner::addElement(const std::shared_ptr<AbstractBuilderElement> &element, quint32 repeats)

@@ -19,6 +19,9 @@ public:
     QList<quint8> GetTypes() const override { return {1}; }
     NodeList GetNodesData(const CalibrationData &calibration, const HardwareVersion &hardware) const override;
     ErrorStringList validateInput(const HardwareVersion &hardware) override;
+    ExperimentComplaints findComplaints(const HardwareVersion &hardware) override;
+
+    const VekInternalContainer::BuilderContainer &root() const { return _container.getContainer(); }
 
     void setName(const QString &name) { _name = name; }
     void setDescription(const QString &description) { _description = description; }

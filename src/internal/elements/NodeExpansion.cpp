@@ -52,15 +52,21 @@ NodeList expandList(const BuilderContainer &vertex, const CalibrationData &calib
     return list;
 }
 
-ErrorStringList elementErrors(const AbstractBuilderElement &element, const HardwareVersion &hardware)
+void visitFrom(const BuilderContainer &container, int &stepNumber, const ElementVisitor &visit)
 {
-    ErrorStringList errors;
-    for (const QString &error : element.validateInput(hardware).getErrorList())
-        errors.addError(element.GetFullName() + QStringLiteral("::") + error);
-    return errors;
+    if (!container.isList)
+        return visit(*container.element.pointer, ++stepNumber);
+    for (const BuilderContainer &child : container.children)
+        visitFrom(child, stepNumber, visit);
 }
 
 } // namespace
+
+void visitElements(const BuilderContainer &container, const ElementVisitor &visit)
+{
+    int stepNumber = 0;
+    visitFrom(container, stepNumber, visit);
+}
 
 NodeList FillNodeData(const BuilderContainer &container, const CalibrationData &calibration,
                       const HardwareVersion &hardware)
@@ -71,10 +77,10 @@ NodeList FillNodeData(const BuilderContainer &container, const CalibrationData &
 
 ErrorStringList getErrorList(const BuilderContainer &container, const HardwareVersion &hardware)
 {
-    if (!container.isList)
-        return elementErrors(*container.element.pointer, hardware);
     ErrorStringList errors;
-    for (const BuilderContainer &child : container.children)
-        errors.appendErrorList(getErrorList(child, hardware));
+    visitElements(container, [&](const AbstractBuilderElement &element, int) {
+        for (const QString &error : element.validateInput(hardware).getErrorList())
+            errors.addError(element.GetFullName() + QStringLiteral("::") + error);
+    });
     return errors;
 }

@@ -2,6 +2,9 @@
 
 #include "elements/NodeList.h"
 
+#include <functional>
+
+class AbstractBuilderElement;
 class CalibrationData;
 class ErrorStringList;
 struct HardwareVersion;
@@ -20,6 +23,11 @@ struct BuilderContainer;
  */
 NodeList FillNodeData(const VekInternalContainer::BuilderContainer &container, const CalibrationData &calibration,
                       const HardwareVersion &hardware);
+
+using ElementVisitor = std::function<void(const AbstractBuilderElement &element, int stepNumber)>;
+
+/// Calls @p visit for every element of the tree, in order, with the step number that its nodes get.
+void visitElements(const VekInternalContainer::BuilderContainer &container, const ElementVisitor &visit);
 
 /// The complaints of every element of the tree, in order, each behind the element's name and "::".
 ErrorStringList getErrorList(const VekInternalContainer::BuilderContainer &container, const HardwareVersion &hardware);

@@ -234,7 +234,7 @@ VekErrorCode GaleInstrumentHandler::setManualModeConstantVoltage(unsigned char c
 
 VekErrorCode GaleInstrumentHandler::setManualModeConstantVoltage(unsigned char channel, double volts, int currentRange)
 {
-    if (const VekErrorCode refusal = checkManual(channel))
+    if (const VekErrorCode refusal = checkManualVoltage(channel, volts))
         return refusal;
     const auto [range, code] = askCalibration(channel, [volts](const CalibrationData &calibration) {
         const voltageRange_t smallest = calibration.getMinVoltageRange(float(volts));
@@ -249,7 +249,7 @@ VekErrorCode GaleInstrumentHandler::setManualModeConstantVoltage(unsigned char c
 
 VekErrorCode GaleInstrumentHandler::setManualModeConstantCurrent(unsigned char channel, double amperes)
 {
-    if (const VekErrorCode refusal = checkManual(channel))
+    if (const VekErrorCode refusal = checkManualCurrent(channel, amperes))
         return refusal;
     const auto [range, code] = askCalibration(channel, [amperes](const CalibrationData &calibration) {
         const currentRange_t smallest = calibration.getMinCurrentRange_dc(float(amperes));

@@ -61,6 +61,7 @@ public:
     double getVStepMin() const { return _vStepMin; }
     double getIandIAmpMax() const { return _iAndIAmpMax; }
     double getVandVAmpMax() const { return _vAndVAmpMax; }
+    double getVoltageScanRateMax() const { return _scanRateMax; }
     double getMinSamplingPeriod() const { return _minSamplingPeriod; }
     double getSquareWaveFrequencyLimit() const { return _squareWaveFrequencyLimit; }
     quint8 getTotalNumCurrentRanges() const { return _totalNumCurrentRanges; }
