@@ -45,6 +45,8 @@ void TestUnits::readsNumbersWithUnits_data()
     row("0.1 d", Dimension::Time, 8640.0);
     row("2 mAh", Dimension::Charge, 7.2);
     row("1 Ah", Dimension::Charge, 3600.0);
+    row("5 uAh", Dimension::Charge, 0.018);
+    row("5 \u00b5Ah", Dimension::Charge, 0.018);
     row("10 mHz", Dimension::Frequency, 0.01);
     row("10 MHz", Dimension::Frequency, 1e7);
     row("4.7 kOhm", Dimension::Resistance, 4700.0);

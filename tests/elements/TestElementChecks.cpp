@@ -234,6 +234,22 @@ void TestElementChecks::complains_data()
             e.minimumCycles = 1001;
         }),
         {frequency, frequency, current, density, cycles, QStringLiteral("AC voltage amplitude must be positive.")});
+    row("potentiostatic EIS, its end frequency alone", spoilt<EISPotentiostaticElement>([](auto &e) {
+            makeAcceptable(e);
+            e.endFreq = 1e-6;
+        }),
+        {frequency});
+    row("galvanostatic EIS, its end frequency alone", spoilt<EISGalvanostaticElement>([](auto &e) {
+            makeAcceptable(e);
+            e.endFreq = 3e6;
+        }),
+        {frequency});
+    row("Mott-Schottky, its end frequency alone", spoilt<MottSchottkyElement>([](auto &e) {
+            makeAcceptable(e);
+            e.endFrequency = 1e-6;
+        }),
+        {frequency});
+    row("current sweep, its end alone", spoilt<DCCurrentSweepElement>([](auto &e) { e.endingCurrent = 2; }), {current});
     row("potentiostatic EIS, amplitude", spoilt<EISPotentiostaticElement>([](auto &e) {
             makeAcceptable(e);
             e.minimumCycles = 1;

@@ -3,6 +3,7 @@
 #include "elements/ConstantCurrentAdvElement.h"
 #include "elements/ConstantCurrentElement.h"
 #include "elements/ConstantPotAdvElement.h"
+#include "elements/ConstantPotElement.h"
 #include "elements/ConstantPowerElement.h"
 #include "elements/ConstantResistanceElement.h"
 #include "elements/CyclicVoltammetryElement.h"
@@ -117,6 +118,7 @@ private Q_SLOTS:
     void constantCurrentWithAFilterSamplesFast();
     void constantCurrentSamplesTwiceASecond();
     void constantPotential();
+    void plainConstantPotential();
     void constantPotentialByPseudoControl();
     void openCircuit();
     void sweepsAfterAQuietTime();
@@ -194,6 +196,7 @@ void TestElementNodes::constantPotential()
     element.maxDuration = 30;
     element.maxAbsoluteCurrent = -0.5;
     element.minAbsoluteCurrent = 0.1;
+    element.maxCapacity = -24;
     element.mindIdt = -2;
     element.autoRange = false;
     element.approxMaxCurrent = 0.01;
@@ -207,6 +210,29 @@ void TestElementNodes::constantPotential()
     QCOMPARE(node.iLimitMin, 0.1f);
     QCOMPARE(node.iLimitMax, 0.5f);
     QCOMPARE(node.timeLimit, 30.0f);
+    QCOMPARE(node.chargeLimit, 24.0f);
+}
+
+void TestElementNodes::plainConstantPotential()
+{
+    ConstantPotElement element;
+    element.potential = -0.5;
+    element.voltageVsOCP = true;
+    element.samplingInterval = 3;
+    element.maxDuration = 12;
+    const NodeList list = nodesOf(element);
+    QCOMPARE(list.size(), 1);
+    QCOMPARE(parametersOf(*list[0]), (Floats{1, -0.5f, 0, 0, 0, 0, 0, 0}));
+    QCOMPARE(list[0]->downsampleFactor, 3u);
+    const ExpNode_t &node = list[0]->hwNode;
+    QCOMPARE(int(node.type), 4);
+    QCOMPARE(int(node.flags), 0x34);
+    QCOMPARE(int(node.ranges), 0xFF);
+    QCOMPARE(node.timeLimit, 12.0f);
+    QCOMPARE(list[0]->stepName, QStringLiteral("Constant Potential"));
+    QVERIFY(list[0]->newSubStep);
+    element.voltageVsOCP = false;
+    QCOMPARE(int(nodesOf(element)[0]->hwNode.flags), 0x30);
 }
 
 void TestElementNodes::constantPotentialByPseudoControl()
@@ -310,11 +336,12 @@ void TestElementNodes::stepsPotentialAndCurrent()
     current.endCurrent = 1;
     current.stepSize = 0.25;
     current.approxMaxVoltage = 3;
-    current.approxMinVoltage = -3;
+    current.approxMinVoltage = -2;
     const NodeList currentSteps = nodesOf(current);
     QCOMPARE(int(currentSteps[0]->hwNode.type), 35);
     QCOMPARE(currentSteps[0]->hwNode.vLimitMax, 3.0f);
-    QCOMPARE(currentSteps[0]->hwNode.vLimitMin, -3.0f);
+    QCOMPARE(currentSteps[0]->hwNode.vLimitMin, -2.0f);
+    QCOMPARE(int(currentSteps[0]->hwNode.flags), 0x30);
 }
 
 void TestElementNodes::cyclicLegs_data()
@@ -454,12 +481,12 @@ void TestElementNodes::impedance()
 
     EISGalvanostaticElement galvanostatic;
     galvanostatic.stepsPerDecade = 1;
-    galvanostatic.biasCurrent = 0.01;
-    galvanostatic.amplitude = 0.005;
+    galvanostatic.biasCurrent = -0.012; // 20 mA at its largest: range 1 holds it, range 2 ends at 16 mA
+    galvanostatic.amplitude = 0.008;
     galvanostatic.quietTime = 1;
     const NodeList quietList = nodesOf(galvanostatic);
     QCOMPARE(int(quietList[0]->hwNode.type), 5);
-    QCOMPARE(int(quietList[0]->hwNode.ranges & 0x0F), int(calibration().getMinCurrentRange_GalvEIS(0.01f, 0.005f)));
+    QCOMPARE(int(quietList[0]->hwNode.ranges & 0x0F), 1);
     QCOMPARE(int(quietList[1]->hwNode.ranges), 0xFF);
 }
 

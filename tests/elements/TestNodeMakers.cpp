@@ -88,13 +88,19 @@ void TestNodeMakers::putsEachArgumentInItsPlace_data()
     row("current sweep", Vek_Node_Sweep_Current(1, 2, 3, 4, 5), 3, 0, {1, 2, 3, 4, 5});
     row("constant voltage", Vek_Node_Constant_Voltage(1, 2, true, -3), 4, 4, {1, 2, 3});
     row("constant current", Vek_Node_Constant_Current(1, 2, -3), 5, 0, {1, 2, 0, 3});
-    row("normal pulse V", Vek_Node_Pulse_Normal_Voltage(1, true, 2, true, 3, 4, 5, 6, 7), 6, 12,
+    row("normal pulse V, start vs OCP", Vek_Node_Pulse_Normal_Voltage(1, true, 2, false, 3, 4, 5, 6, 7), 6, 4,
+        {1, 2, 0, 3, 4, 5, 6, 7});
+    row("normal pulse V, end vs OCP", Vek_Node_Pulse_Normal_Voltage(1, false, 2, true, 3, 4, 5, 6, 7), 6, 8,
         {1, 2, 0, 3, 4, 5, 6, 7});
     row("normal pulse I", Vek_Node_Pulse_Normal_Current(1, 2, 3, 4, 5, 6, 7), 7, 0, {1, 2, 0, 3, 4, 5, 6, 7});
     row("differential pulse V", Vek_Node_Pulse_Diff_Voltage(1, true, 2, false, 3, 4, 5, 6, 7, 8), 8, 4,
         {1, 2, 3, 4, 5, 6, 7, 8});
+    row("differential pulse V, end vs OCP", Vek_Node_Pulse_Diff_Voltage(1, false, 2, true, 3, 4, 5, 6, 7, 8), 8, 8,
+        {1, 2, 3, 4, 5, 6, 7, 8});
     row("differential pulse I", Vek_Node_Pulse_Diff_Current(1, 2, 3, 4, 5, 6, 7, 8), 9, 0, {1, 2, 3, 4, 5, 6, 7, 8});
     row("square wave V", Vek_Node_Pulse_Sqr_Voltage(1, false, 2, true, 3, 4, 5, 6, 7, 8), 10, 8,
+        {1, 2, 3, 4, 5, 6, 7, 8});
+    row("square wave V, start vs OCP", Vek_Node_Pulse_Sqr_Voltage(1, true, 2, false, 3, 4, 5, 6, 7, 8), 10, 4,
         {1, 2, 3, 4, 5, 6, 7, 8});
     row("square wave I", Vek_Node_Pulse_Sqr_Current(1, 2, 3, 4, 5, 6, 7, 8), 11, 0, {1, 2, 3, 4, 5, 6, 7, 8});
     row("resistance", Vek_Node_Constant_Resistance(1, 2), 13, 0, {1, 2});
@@ -104,7 +110,9 @@ void TestNodeMakers::putsEachArgumentInItsPlace_data()
     row("EIS I", Vek_Node_EIS_Current(1, 2, 3, 4, 1, 0.5f, 6), 17, 0, {1, 2, 3, 4, 10, 6, 0.5f});
     row("PITT", Vek_Node_PITT(1, 2, 3, 4, 5, 6), 29, 4, {2, 1, 6, 5, 4, 3});
     row("GITT", Vek_Node_GITT(1, 2, 3, 4, 5, 6), 30, 0, {2, 1, 6, 5, 4, 3});
-    row("voltage steps", Vek_Node_Step_Voltage(1, 2, true, 3, true, 4, 5, false), 34, 12, {1, 2, 3, 4, 5});
+    row("voltage steps, start vs OCP", Vek_Node_Step_Voltage(1, 2, true, 3, false, 4, 5, false), 34, 4,
+        {1, 2, 3, 4, 5});
+    row("voltage steps, end vs OCP", Vek_Node_Step_Voltage(1, 2, false, 3, true, 4, 5, false), 34, 8, {1, 2, 3, 4, 5});
     row("current steps", Vek_Node_Step_Current(1, 2, 3, 4, 5, false), 35, 0, {1, 2, 3, 4, 5});
     row("multi-sine V", Vek_Node_MultiSine_Voltage(1, true, 2, 3, 4), 38, 4, {1, 2, 0.5f, 457.5f, 5.5f, 3, 4});
     row("multi-sine I", Vek_Node_MultiSine_Current(1, 2, 3, 4), 39, 0, {1, 2, 0.5f, 457.5f, 5.5f, 3, 4});
@@ -198,6 +206,13 @@ void TestNodeMakers::setsLimits()
     QCOMPARE(int(node.flags), 0x30);
     QCOMPARE(node.iLimitMin, 1.0f);
     QCOMPARE(node.iLimitMax, 2.0f);
+    Vek_Node_SetChargeLimit(node, 7, false); // one flag at a time
+    QCOMPARE(int(node.flags), 0x10);
+    Vek_Node_SetChargeLimit(node, 7, true);
+    QCOMPARE(int(node.flags), 0x30);
+    Vek_Node_SetTimeLimit(node, 8, false);
+    QCOMPARE(int(node.flags), 0x20);
+    Vek_Node_SetTimeLimit(node, 8, true);
     Vek_Node_SetVLimits(node, -3, false, 4, true);
     QCOMPARE(int(node.flags), 0x32);
     Vek_Node_SetVLimits(node, -3, true, 4, false);

@@ -3,6 +3,7 @@
 #include "VekConstantPowerElement.h"
 #include "VekCyclicVoltammetryElement.h"
 #include "VekDiffPulseVoltammetryElement.h"
+#include "VekEISGalvanostaticElement.h"
 #include "VekMottSchottkyElement.h"
 #include "VekOpenCircuitElement.h"
 #include "VekStaircasePotentialVoltammetryElement.h"
@@ -47,6 +48,12 @@ void TestVekElements::argumentsKeepTheirOrder()
     const VekSteppedVoltageElement voltageSteps(1, 2, 3, 4, 5);
     QCOMPARE(voltageSteps.getSamplingInterval(), 4.0);
     QCOMPARE(voltageSteps.getStepDuration(), 5.0);
+    const VekEISGalvanostaticElement galvanostatic(1, 2, 3, 4, 5);
+    QCOMPARE(galvanostatic.getStartFreq(), 1.0);
+    QCOMPARE(galvanostatic.getEndFreq(), 2.0);
+    QCOMPARE(galvanostatic.getStepsPerDecade(), 3.0);
+    QCOMPARE(galvanostatic.getBiasCurrent(), 4.0);
+    QCOMPARE(galvanostatic.getAmplitude(), 5.0);
     const VekMottSchottkyElement impedance(1, 2, 3, 4, 5, 6, 7, 8, 9);
     QCOMPARE(impedance.getStepQuietTime(), 4.0);
     QCOMPARE(impedance.getStartFrequency(), 5.0);
