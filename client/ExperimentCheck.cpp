@@ -6,15 +6,25 @@
 
 namespace client {
 
-Complaints complaintsOfModel(const ExperimentFile &file, const QString &model)
+namespace {
+
+/// The line of the property that is to blame, else that of its element, else none.
+int lineOf(const ExperimentFile &file, const VekPlanComplaint &complaint)
+{
+    if (complaint.stepNumber() == 0)
+        return 0;
+    const FileElement &element = file.elements.at(std::size_t(complaint.stepNumber()) - 1);
+    const auto property = element.propertyLines.find(complaint.property());
+    return property == element.propertyLines.end() ? element.line : property->second;
+}
+
+} // namespace
+
+Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &plan)
 {
     Complaints complaints;
-    for (const FileElement &each : file.elements) {
-        VekExperiment alone;
-        alone.appendElement(*each.element, 1);
-        for (const QString &text : VekExperimentPlan::forModel(alone, model).complaints())
-            complaints.push_back({each.line, text});
-    }
+    for (const VekPlanComplaint &each : plan.complaints())
+        complaints.push_back({lineOf(file, each), each.text()});
     return complaints;
 }
 

@@ -2,16 +2,14 @@
 
 #include "Complaint.h"
 
+class VekExperimentPlan;
+
 namespace client {
 
 struct ExperimentFile;
 
-/**
- * The limits of a model that a usable file breaks, each with the line of its element.
- *
- * @p model is one of VekExperimentPlan::modelNames().
- */
-Complaints complaintsOfModel(const ExperimentFile &file, const QString &model);
+/// What a plan of a usable file's experiment complains about, each with its line as far as one is to blame.
+Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &plan);
 
 /// Writes complaints to the console, each as "file:line: text".
 void tellComplaints(const ExperimentFile &file, const Complaints &complaints);

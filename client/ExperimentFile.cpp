@@ -186,7 +186,15 @@ private:
         for (const PropertyRow &property : row->properties)
             readProperty(item, *row, property, *element);
         experiment.appendElement(*element, readRepeats(item));
-        _file.elements.push_back({item.line, name.value.text, element});
+        _file.elements.push_back({item.line, name.value.text, element, linesOf(item)});
+    }
+
+    static std::map<QString, int> linesOf(const JsonValue &item)
+    {
+        std::map<QString, int> lines;
+        for (const JsonMember &member : item.members)
+            lines.emplace(member.name, member.line);
+        return lines;
     }
 
     void checkElementNames(const JsonValue &item, const ElementRow &row)

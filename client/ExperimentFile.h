@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct FileElement {
     int line = 0;
     QString className; ///< as the file names it: "ConstantCurrent"
     std::shared_ptr<VekAbstractElement> element;
+    std::map<QString, int> propertyLines; ///< of the properties that stand in the file
 };
 
 /// What was read from an experiment file.

@@ -13,7 +13,8 @@ Json number(double value)
 Json descriptionJson(const VekInstrumentDescription &description)
 {
     return {{"name", text(description.deviceName)},
-            {"model", text(description.modelName)},
+            {"model", text(description.vanityName)},
+            {"modelName", text(description.modelName)},
             {"modelNumber", description.modelNumber},
             {"firmwareVersion", text(description.firmwareVersion)},
             {"firmwareChecksum", text(description.firmwareChecksum)},

@@ -1,6 +1,7 @@
 #include "RunRecorder.h"
 
 #include "JsonOutput.h"
+#include "VekVersion.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -150,7 +151,7 @@ QByteArray RunRecorder::summary(RunState state, const QString &endMessage) const
         {"endMessage", isOver ? text(endMessage) : Json()},
         {"startUtc", utcText(_startUtc)},
         {"endUtc", isOver ? utcText(QDateTime::currentDateTimeUtc()) : Json()},
-        {"software", {{"client", NIMBRELLE_CLIENT_VERSION}, {"library", NIMBRELLE_CLIENT_VERSION}}},
+        {"software", {{"client", NIMBRELLE_VERSION_STRING}, {"library", text(VekVersion::ofLibrary())}}},
         {"instrument", descriptionJson(_setup.instrument)},
         {"channel", _setup.channel},
         {"experiment", experimentJson(_setup)},

@@ -1,6 +1,7 @@
 #include "Console.h"
 #include "ExitCode.h"
 #include "SignalWatcher.h"
+#include "VekVersion.h"
 #include "commands/DoctorCommand.h"
 #include "commands/ElementsCommand.h"
 #include "commands/InfoCommand.h"
@@ -69,7 +70,7 @@ int execute(const Commands &commands, int &argc, char **argv)
 int main(int argc, char **argv)
 {
     CLI::App app("Control and record Nimbrelle electrochemical instruments", "nimbrelle");
-    app.set_version_flag("--version", "nimbrelle " NIMBRELLE_CLIENT_VERSION);
+    app.set_version_flag("--version", "nimbrelle " NIMBRELLE_VERSION_STRING);
     app.require_subcommand(1);
     app.footer(examples);
     bool isQuiet = false;

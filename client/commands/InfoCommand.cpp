@@ -2,7 +2,6 @@
 
 #include "Connection.h"
 #include "JsonOutput.h"
-#include "VekExperimentPlan.h"
 
 #include <cstdio>
 
@@ -28,8 +27,8 @@ int InfoCommand::run()
         return Done;
     }
     std::printf("Name:      %s\n", qPrintable(instrument.deviceName));
-    std::printf("Model:     %s (%s, number %d)\n", qPrintable(instrument.modelName),
-                qPrintable(VekExperimentPlan::modelName(instrument.modelNumber)), instrument.modelNumber);
+    std::printf("Model:     %s (%s, number %d)\n", qPrintable(instrument.vanityName),
+                qPrintable(instrument.modelName), instrument.modelNumber);
     std::printf("Firmware:  %s, checksum %s\n", qPrintable(instrument.firmwareVersion),
                 qPrintable(instrument.firmwareChecksum));
     std::printf("Port:      %s\n", qPrintable(instrument.portName));

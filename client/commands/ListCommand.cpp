@@ -51,7 +51,7 @@ QString instrumentText(const VekInstrumentDescription &instrument)
 {
     if (instrument.deviceName.isEmpty())
         return QStringLiteral("-");
-    return QStringLiteral("%1 (%2)").arg(instrument.deviceName, instrument.modelName);
+    return QStringLiteral("%1 (%2)").arg(instrument.deviceName, instrument.vanityName);
 }
 
 void printTable(const std::vector<ListedPort> &ports, bool hasAsked)

@@ -17,23 +17,33 @@ namespace {
 
 Json nodeJson(const VekPlannedNode &node)
 {
-    return {{"stepNumber", node.stepNumber},
-            {"stepName", text(node.stepName)},
-            {"type", text(node.typeName)},
-            {"unit", text(node.unit)},
-            {"start", number(node.startValue)},
-            {"end", number(node.endValue)},
-            {"startVersusOcp", node.isVersusOcp},
-            {"samplingInterval", number(node.samplingInterval)},
-            {"downsampleFactor", node.downsampleFactor},
-            {"timeLimit", number(node.timeLimit)},
-            {"chargeLimit", number(node.chargeLimit)},
-            {"repeats", node.repeats},
-            {"loopTarget", node.loopTarget < 0 ? Json() : Json(node.loopTarget)},
-            {"runs", number(node.runs)},
-            {"expectedDuration", number(node.expectedDuration)},
-            {"expectedCharge", number(node.expectedCharge)},
-            {"expectedRows", number(node.expectedRows)}};
+    return {{"stepNumber", node.stepNumber()},
+            {"stepName", text(node.stepName())},
+            {"type", text(node.typeName())},
+            {"unit", text(node.unit())},
+            {"start", number(node.startValue())},
+            {"end", number(node.endValue())},
+            {"startVersusOcp", node.isStartVersusOcp()},
+            {"endVersusOcp", node.isEndVersusOcp()},
+            {"fixedCurrentRange", number(node.fixedCurrentRange())},
+            {"voltageRange", node.voltageRange() < 0 ? Json() : Json(node.voltageRange())},
+            {"samplingInterval", number(node.samplingInterval())},
+            {"downsampleFactor", node.downsampleFactor()},
+            {"timeLimit", number(node.timeLimit())},
+            {"chargeLimit", number(node.chargeLimit())},
+            {"minVoltage", number(node.minVoltage())},
+            {"minVoltageVersusOcp", node.isMinVoltageVersusOcp()},
+            {"maxVoltage", number(node.maxVoltage())},
+            {"maxVoltageVersusOcp", node.isMaxVoltageVersusOcp()},
+            {"minCurrent", number(node.minCurrent())},
+            {"maxCurrent", number(node.maxCurrent())},
+            {"currentLimitsAreMagnitudes", node.areCurrentLimitsMagnitudes()},
+            {"repeats", node.repeats()},
+            {"loopTarget", node.loopTarget() < 0 ? Json() : Json(node.loopTarget())},
+            {"runs", number(node.runs())},
+            {"expectedDuration", number(node.expectedDuration())},
+            {"expectedCharge", number(node.expectedCharge())},
+            {"expectedRows", number(node.expectedRows())}};
 }
 
 Json planJson(const ExperimentFile &file, const QString &model, const Complaints &complaints,
@@ -64,17 +74,19 @@ Dimension dimensionOf(const QString &unit)
     return Dimension::Number;
 }
 
+QString valueText(double value, Dimension dimension, bool isVersusOcp)
+{
+    return formatQuantity(value, dimension) + (isVersusOcp ? QStringLiteral(" vs OCP") : QString());
+}
+
 QString setPointText(const VekPlannedNode &node)
 {
-    if (std::isnan(node.startValue))
-        return node.loopTarget < 0 ? QString() : QStringLiteral("back to node %1").arg(node.loopTarget);
-    const Dimension dimension = dimensionOf(node.unit);
-    const bool isVersusOcp = node.isVersusOcp && dimension == Dimension::Voltage;
-    const QString start =
-        formatQuantity(node.startValue, dimension) + (isVersusOcp ? QStringLiteral(" vs OCP") : QString());
-    if (node.startValue == node.endValue)
-        return start;
-    return QStringLiteral("%1 to %2").arg(start, formatQuantity(node.endValue, dimension));
+    if (std::isnan(node.startValue()))
+        return node.loopTarget() < 0 ? QString() : QStringLiteral("back to node %1").arg(node.loopTarget());
+    const Dimension dimension = dimensionOf(node.unit());
+    const QString start = valueText(node.startValue(), dimension, node.isStartVersusOcp());
+    const QString end = valueText(node.endValue(), dimension, node.isEndVersusOcp());
+    return start == end ? start : QStringLiteral("%1 to %2").arg(start, end);
 }
 
 QString rowsText(double rows)
@@ -87,12 +99,12 @@ QString rowsText(double rows)
 /// Sampling, duration, charge and rows; blank for steps that only direct the others.
 QStringList measureCells(const VekPlannedNode &node)
 {
-    if (node.expectedDuration == 0.0)
+    if (node.expectedDuration() == 0.0)
         return {QString(), QString(), QString(), QString()};
-    const bool isSampled = node.samplingInterval > 0.0;
-    return {isSampled ? formatQuantity(node.samplingInterval, Dimension::Time) : QString(),
-            formatQuantity(node.expectedDuration, Dimension::Time),
-            formatQuantity(node.expectedCharge, Dimension::Charge), rowsText(node.expectedRows)};
+    const bool isSampled = node.samplingInterval() > 0.0;
+    return {isSampled ? formatQuantity(node.samplingInterval(), Dimension::Time) : QString(),
+            formatQuantity(node.expectedDuration(), Dimension::Time),
+            formatQuantity(node.expectedCharge(), Dimension::Charge), rowsText(node.expectedRows())};
 }
 
 void printRow(const QStringList &cells)
@@ -113,8 +125,8 @@ void printTable(const VekExperimentPlan &plan)
               QStringLiteral("RUNS")});
     int position = 0;
     for (const VekPlannedNode &node : plan.nodes()) {
-        const double runs = node.loopTarget < 0 ? node.runs : double(node.repeats);
-        printRow(QStringList{QString::number(position++), QString::number(node.stepNumber), node.typeName,
+        const double runs = node.loopTarget() < 0 ? node.runs() : double(node.repeats());
+        printRow(QStringList{QString::number(position++), QString::number(node.stepNumber()), node.typeName(),
                              setPointText(node)} +
                  measureCells(node) + QStringList{QString::number(runs, 'f', 0)});
     }
@@ -122,6 +134,17 @@ void printTable(const VekExperimentPlan &plan)
                 qPrintable(formatQuantity(plan.expectedDuration(), Dimension::Time)),
                 qPrintable(formatQuantity(plan.expectedCharge(), Dimension::Charge)),
                 qPrintable(rowsText(plan.expectedRows())));
+}
+
+/// What may help behind the refusal of a model; a name that several models share has its list already.
+QString furtherWords(const QString &model)
+{
+    const QStringList models = VekExperimentPlan::modelNames();
+    if (models.contains(model, Qt::CaseInsensitive))
+        return {};
+    const QString nearest = nearestWord(model, models);
+    const QString question = nearest.isEmpty() ? QString() : QStringLiteral(" Did you mean \"%1\"?").arg(nearest);
+    return QStringLiteral("%1\nThe models are: %2").arg(question, models.join(QLatin1String(", ")));
 }
 
 } // namespace
@@ -138,19 +161,18 @@ PlanCommand::PlanCommand(CLI::App &parent)
 
 int PlanCommand::run()
 {
-    const QString model = QString::fromStdString(_model);
-    const QStringList models = VekExperimentPlan::modelNames();
-    if (!models.contains(model, Qt::CaseInsensitive)) {
-        Console::instance().error(QStringLiteral("there is no model \"%1\"%2\nThe models are: %3")
-                                      .arg(model, didYouMean(model, models), models.join(QLatin1String(", "))));
+    QString refusal;
+    const int model = VekExperimentPlan::modelNumber(QString::fromStdString(_model), &refusal);
+    if (model < 0) {
+        Console::instance().error(refusal + furtherWords(QString::fromStdString(_model)));
         return BadInput;
     }
     const ExperimentFile file = readExperimentFile(QString::fromStdString(_file));
-    const Complaints complaints = file.isUsable() ? complaintsOfModel(file, model) : file.complaints;
     const VekExperimentPlan plan =
-        complaints.empty() ? VekExperimentPlan::forModel(file.experiment, model) : VekExperimentPlan();
+        file.isUsable() ? VekExperimentPlan::forModel(file.experiment, model) : VekExperimentPlan();
+    const Complaints complaints = file.isUsable() ? complaintsOf(file, plan) : file.complaints;
     if (_wantsJson)
-        printJson(planJson(file, model, complaints, plan));
+        printJson(planJson(file, VekExperimentPlan::modelName(model), complaints, plan));
     else
         tellComplaints(file, complaints);
     if (!complaints.empty())

@@ -37,6 +37,8 @@ ExitCode exitCodeOf(const VekErrorCode &error)
 {
     switch (error.value()) {
     case VekErrorCode::InvalidParameters:
+    case VekErrorCode::ImplausibleParameters:
+    case VekErrorCode::ExperimentTooLarge:
     case VekErrorCode::ExperimentIsEmpty:
     case VekErrorCode::InvalidChannel:
         return BadInput;
@@ -195,10 +197,9 @@ ExitCode RunCommand::upload(const Connection &connection, Task &task) const
     if (result == VekErrorCode::Success)
         return Done;
     Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(task.channel), refusalText(result)));
-    if (result == VekErrorCode::InvalidParameters) {
-        const QString model = VekExperimentPlan::modelName(connection.description().modelNumber);
-        tellComplaints(*task.file, complaintsOfModel(*task.file, model));
-    }
+    const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
+    if (plan.result() == result.value())
+        tellComplaints(*task.file, complaintsOf(*task.file, plan));
     return exitCodeOf(result);
 }
 

@@ -2,6 +2,7 @@
 
 #include "hardware_models/HardwareModel.h"
 #include "hardware_models/HardwareModelFactory.h"
+#include "hardware_models/ModelNames.h"
 #include "private_implementations/HandlerLink.h"
 #include "private_implementations/HandlerThread.h"
 #include "session/InstrumentOperator.h"
@@ -177,7 +178,8 @@ VekInstrumentDescription VekInstrumentHandlerPrivate::getDescription() const
 {
     VekInstrumentDescription description;
     description.deviceName = _info.deviceName;
-    description.modelName = model()->getVanityName();
+    description.vanityName = model()->getVanityName();
+    description.modelName = ModelNames::all().value(static_cast<int>(modelNumber()));
     description.modelNumber = static_cast<int>(modelNumber());
     description.firmwareVersion = _info.firmwareVersion;
     description.firmwareChecksum = _info.firmwareChecksum;

@@ -1,15 +1,20 @@
+#include "ElementCatalogue.h"
 #include "ExperimentCheck.h"
 #include "ExperimentFile.h"
 #include "VekConstantCurrentElement.h"
 #include "VekConstantPotElement.h"
+#include "VekConstantPowerElement.h"
 #include "VekCyclicVoltammetryElement.h"
 #include "VekDCPotentialSweepElement.h"
 #include "VekEISPotentiostaticElement.h"
 #include "VekExperiment.h"
 #include "VekExperimentPlan.h"
+#include "VekInstrumentDescription.h"
 #include "VekMottSchottkyElement.h"
+#include "VekOpenCircuitElement.h"
 #include "VekSquareWaveVoltammetryElement.h"
 #include "VekSteppedCurrentElement.h"
+#include "VekVersion.h"
 
 #include "support/TestMain.h"
 
@@ -43,9 +48,17 @@ private Q_SLOTS:
     void leavesOpenWhatDependsOnTheCell();
     void estimatesEachCourse();
     void countsThePotentialsOfMottSchottky();
+    void roundsRowsAsTheInstrumentDoes();
+    void tellsRangesAndLimits();
     void complainsOfEveryBrokenLimit();
+    void refusesWhatCannotBeMeant_data();
+    void refusesWhatCannotBeMeant();
     void placesComplaintsInTheFile();
-    void doesNotKnowEveryName();
+    void placesComplaintsAtTheirProperty();
+    void knowsModelsByNameAndNumber_data();
+    void knowsModelsByNameAndNumber();
+    void plansForADescribedInstrument();
+    void tellsTheVersion();
 };
 
 // 3 x (10 s at 20 mA, a row each 0.1 s; 5 s at rest potential, a row each second)
@@ -62,10 +75,10 @@ void TestExperimentPlan::countsTimeChargeAndRowsOfLoops()
 
     const auto nodes = plan.nodes();
     QCOMPARE(nodes.size(), std::size_t(4)); // two elements, loop, end
-    QCOMPARE(nodes[0].runs, 3.0);
-    QCOMPARE(nodes[1].runs, 6.0);
-    QCOMPARE(nodes[2].loopTarget, 0);
-    QVERIFY(isNear(nodes[0].expectedCharge, 0.2));
+    QCOMPARE(nodes[0].runs(), 3.0);
+    QCOMPARE(nodes[1].runs(), 6.0);
+    QCOMPARE(nodes[2].loopTarget(), 0);
+    QVERIFY(isNear(nodes[0].expectedCharge(), 0.2));
     QVERIFY(isNear(plan.expectedDuration(), 3 * (10.0 + 2 * 5.0)));
     QCOMPARE(plan.expectedRows(), 3 * (100.0 + 2 * 5.0));
     QVERIFY(std::isnan(plan.expectedCharge())); // the cell decides it in the second element
@@ -79,7 +92,7 @@ void TestExperimentPlan::endsACurrentByItsChargeLimit()
     QVERIFY(isNear(plan.expectedDuration(), 200.0));
     QVERIFY(isNear(plan.expectedCharge(), -100.0));
     QCOMPARE(plan.expectedRows(), 20.0); // thinned by the host: 10 s, though the instrument samples each 0.5 s
-    QCOMPARE(plan.nodes().front().downsampleFactor, 20u);
+    QCOMPARE(plan.nodes().front().downsampleFactor(), 20u);
 }
 
 void TestExperimentPlan::leavesOpenWhatDependsOnTheCell()
@@ -87,9 +100,15 @@ void TestExperimentPlan::leavesOpenWhatDependsOnTheCell()
     VekDCPotentialSweepElement sweep(0.0, 1.0, 0.1, 0.01);
     sweep.setStartVoltageVsOCP(true);
     const VekExperimentPlan plan = planOf(std::move(sweep));
-    QVERIFY(plan.nodes().front().isVersusOcp);
+    QVERIFY(plan.nodes().front().isStartVersusOcp());
     QVERIFY(std::isnan(plan.expectedDuration()));
     QVERIFY(std::isnan(plan.expectedRows()));
+
+    QVERIFY(!plan.nodes().front().isEndVersusOcp());
+    VekDCPotentialSweepElement back(1.0, 0.0, 0.1, 0.01);
+    back.setEndVoltageVsOCP(true);
+    const VekPlannedNode fallen = planOf(std::move(back)).nodes().front();
+    QVERIFY(fallen.isEndVersusOcp() && !fallen.isStartVersusOcp());
 
     VekConstantPotElement endless(0.5, 1.0, std::numeric_limits<double>::infinity());
     QVERIFY(std::isinf(planOf(std::move(endless)).expectedDuration()));
@@ -114,10 +133,14 @@ void TestExperimentPlan::estimatesEachCourse()
     QVERIFY(isNear(pulses.expectedDuration(), 101 * 0.04));
     QCOMPARE(pulses.expectedRows(), 202.0);
 
-    // 1 kHz to 10 Hz, one point a decade, two periods each: 2 ms + 20 ms + 200 ms
-    const VekExperimentPlan impedance = planOf(VekEISPotentiostaticElement(1000.0, 10.0, 1.0, 0.0, 0.01));
+    // 10 Hz to 0.1 Hz, one point a decade, each with a period to settle, eight periods from 1 Hz on, below two, and one
+    // sample more of 64 a period
+    const VekExperimentPlan impedance = planOf(VekEISPotentiostaticElement(10.0, 0.1, 1.0, 0.0, 0.01));
     QCOMPARE(impedance.expectedRows(), 3.0);
-    QVERIFY(isNear(impedance.expectedDuration(), 0.222));
+    const double periods = 9.0 + 1.0 / 64.0;
+    QVERIFY(isNear(impedance.expectedDuration(), periods * 0.1 + periods * 1.0 + (3.0 + 1.0 / 64.0) * 10.0));
+    // a sweep stops before its end where the ratio does not meet it
+    QCOMPARE(planOf(VekEISPotentiostaticElement(1000.0, 15.0, 1.0, 0.0, 0.01)).expectedRows(), 2.0);
 }
 
 // 0 V to 0.5 V by 0.2 V: 0, 0.2, 0.4, 0.5 V, each with 2 frequencies
@@ -127,14 +150,128 @@ void TestExperimentPlan::countsThePotentialsOfMottSchottky()
     QCOMPARE(plan.expectedRows(), 8.0);
 }
 
+// A sample more where the end lies between two, none more where it lies on one.
+void TestExperimentPlan::roundsRowsAsTheInstrumentDoes()
+{
+    QCOMPARE(planOf(VekOpenCircuitElement(10.5, 1.0)).expectedRows(), 11.0);
+    QCOMPARE(planOf(VekOpenCircuitElement(10.0005, 1.0)).expectedRows(), 10.0);
+    QCOMPARE(planOf(VekOpenCircuitElement(10.0, 0.1)).expectedRows(), 100.0);
+    QCOMPARE(planOf(VekOpenCircuitElement(0.5, 1.0)).expectedRows(), 1.0);
+    QCOMPARE(planOf(VekOpenCircuitElement(10.0, 3.0)).expectedRows(), 3.0); // 10 samples, of which each third
+    QCOMPARE(planOf(VekOpenCircuitElement(2.0, 3.0)).expectedRows(), 0.0);  // no full group
+}
+
+void TestExperimentPlan::tellsRangesAndLimits()
+{
+    VekConstantCurrentElement current(-0.2, 1.0, 10.0);
+    current.setMinVoltage(-3.0);
+    current.setMaxVoltage(4.0);
+    current.setApproxMaxCurrent(0.1); // widened by the current itself
+    const VekPlannedNode charge = planOf(std::move(current)).nodes().front();
+    QCOMPARE(charge.minVoltage(), -3.0);
+    QCOMPARE(charge.maxVoltage(), 4.0);
+    QVERIFY(isNear(charge.fixedCurrentRange(), 0.2));
+    QCOMPARE(charge.voltageRange(), -1);
+
+    VekConstantPotElement potential(0.5, 1.0, 10.0);
+    potential.setMinCurrent(0.01);
+    potential.setMaxCurrent(0.5);
+    potential.setVoltageRange(2);
+    const VekPlannedNode hold = planOf(std::move(potential)).nodes().front();
+    QVERIFY(isNear(hold.minCurrent(), 0.01) && isNear(hold.maxCurrent(), 0.5));
+    QVERIFY(hold.areCurrentLimitsMagnitudes());
+    QCOMPARE(hold.voltageRange(), 2);
+    QVERIFY(std::isnan(hold.fixedCurrentRange()));
+
+    VekConstantPowerElement power(0.1, 10.0, 1.0);
+    power.setMaxVoltage(1.0);
+    power.setMaximumVoltageVsOCP(true);
+    power.setMinCurrent(-0.25);
+    const VekPlannedNode load = planOf(std::move(power)).nodes().front();
+    QVERIFY(load.isMaxVoltageVersusOcp() && !load.isMinVoltageVersusOcp());
+    QVERIFY(!load.areCurrentLimitsMagnitudes());
+    QCOMPARE(load.minCurrent(), -0.25);
+}
+
 void TestExperimentPlan::complainsOfEveryBrokenLimit()
 {
-    const VekExperimentPlan plan = planOf(VekConstantCurrentElement(5.0, 1e-6, 1.0));
-    QCOMPARE(plan.complaints().size(), 2); // interval and current
-    QVERIFY(plan.complaints().front().startsWith("Constant Current, Advanced::"));
-    QVERIFY(plan.complaints().front().contains("Alder"));
+    VekConstantCurrentElement element(5.0, 1e-6, -1.0); // the time is looked at only when the limits hold
+    VekConstantPotElement harmless(0.5, 1.0, 5.0);
+    VekExperiment experiment;
+    experiment.appendElement(harmless, 1);
+    experiment.appendElement(element, 1);
+    const VekExperimentPlan plan = VekExperimentPlan::forModel(experiment, model);
+    const auto complaints = plan.complaints();
+    QCOMPARE(complaints.size(), std::size_t(2)); // interval and current
+    QVERIFY(complaints[0].text().startsWith("Constant Current, Advanced::"));
+    QVERIFY(complaints[0].text().contains("Alder"));
+    QCOMPARE(complaints[1].stepNumber(), 2);
+    QCOMPARE(plan.result(), VekErrorCode::InvalidParameters);
+    QCOMPARE(plan.result().message(), complaints[0].text() + '\n' + complaints[1].text());
     QVERIFY(plan.nodes().empty());
-    QCOMPARE(VekExperimentPlan::forModel(VekExperiment(), model).complaints().size(), 1);
+    QCOMPARE(VekExperimentPlan::forModel(VekExperiment(), model).complaints().size(), std::size_t(1));
+}
+
+void TestExperimentPlan::refusesWhatCannotBeMeant_data()
+{
+    QTest::addColumn<QString>("element");
+    for (const QString &name : client::elementNames())
+        QTest::newRow(qPrintable(name)) << name;
+}
+
+/// A value that goes with those of all other properties.
+static double acceptableValue(const client::PropertyRow &property)
+{
+    static const QHash<QString, double> values = {
+        {"endVoltage", 0.2},   {"firstVoltageLimit", 0.3}, {"secondVoltageLimit", -0.3}, {"endCurrent", 0.02},
+        {"endingPot", 0.2},    {"endingCurrent", 0.02},    {"endingPotential", 0.2},     {"voltageStep", 0.1},
+        {"pulsePeriod", 2.0},  {"startFreq", 100.0},       {"startFrequency", 100.0},    {"numberOfCycles", 2.0},
+        {"voltageRange", 5.0}, {"stepsPerDecade", 10.0},   {"alphaFactor", 50.0},        {"minimumCycles", 2.0},
+        {"minCycles", 2.0},
+    };
+    const bool isFlag = property.kind == client::PropertyKind::Flag || property.kind == client::PropertyKind::Automatic;
+    const bool isLower = QByteArray(property.name).startsWith("min") || QByteArray(property.name).contains("MinV");
+    return values.value(property.name, isFlag ? 0.0 : isLower ? 0.001 : 0.01);
+}
+
+// Each quantity of each element, with all others as they should be.
+void TestExperimentPlan::refusesWhatCannotBeMeant()
+{
+    QFETCH(const QString, element);
+    const client::ElementRow &row = *client::findElement(element);
+    const auto resultWith = [&row](const client::PropertyRow *spoilt, double value) {
+        const auto made = row.make();
+        for (const client::PropertyRow &property : row.properties)
+            property.set(*made, acceptableValue(property));
+        if (spoilt)
+            spoilt->set(*made, value); // last: two properties of the open circuit are one value
+        VekExperiment experiment;
+        experiment.appendElement(*made, 1);
+        return VekExperimentPlan::forModel(experiment, model).result();
+    };
+    const VekErrorCode asItShould = resultWith(nullptr, 0.0);
+    QVERIFY2(asItShould == VekErrorCode::Success, qPrintable(asItShould.message()));
+    for (const client::PropertyRow &property : row.properties) {
+        if (property.kind != client::PropertyKind::Quantity)
+            continue;
+        for (const double value : {qQNaN(), qInf(), -qInf()}) {
+            const VekErrorCode result = resultWith(&property, value);
+            // Of the open circuit this is the upper limit, too.
+            const bool isLimit = element == "OpenCircuit" && qstrcmp(property.name, "approxMaxVoltage") == 0;
+            const bool isMagnitude = QByteArray(property.name).contains("Absolute");
+            const bool isMeant = (isMagnitude ? std::abs(value) : value) == (isLimit ? qInf() : property.none);
+            const bool isRefused =
+                result == VekErrorCode::InvalidParameters || result == VekErrorCode::ImplausibleParameters;
+            if (!isMeant)
+                QVERIFY2(isRefused, qPrintable(QStringLiteral("%1 %2").arg(property.name).arg(value)));
+        }
+        if (property.mayBeNone()) {
+            const VekErrorCode result = resultWith(&property, property.none);
+            QVERIFY2(result == VekErrorCode::Success, qPrintable(result.message()));
+        }
+        if (property.dimension == client::Dimension::Time)
+            QVERIFY2(resultWith(&property, -1.0) != VekErrorCode::Success, property.name);
+    }
 }
 
 void TestExperimentPlan::placesComplaintsInTheFile()
@@ -146,20 +283,89 @@ void TestExperimentPlan::placesComplaintsInTheFile()
         "{\"element\": \"ConstantCurrent\", \"current\": 2, \"samplingInterval\": 1, \"maxDuration\": 1}]}]}",
         "file");
     QVERIFY(file.isUsable());
-    const client::Complaints complaints = client::complaintsOfModel(file, model);
+    const client::Complaints complaints =
+        client::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, model));
     QCOMPARE(complaints.size(), std::size_t(1));
     QCOMPARE(complaints.front().line, 4);
 }
 
-void TestExperimentPlan::doesNotKnowEveryName()
+void TestExperimentPlan::placesComplaintsAtTheirProperty()
 {
-    QCOMPARE(VekExperimentPlan::modelName(35), QStringLiteral("Alder_2_5"));
-    QCOMPARE(VekExperimentPlan::modelName(36), QString());
+    const client::ExperimentFile file =
+        client::parseExperiment("{\"schemaVersion\": 1, \"elements\": [\n"
+                                "{\"element\": \"OpenCircuit\", \"samplingInterval\": 1, \"maxDuration\": 1},\n"
+                                "{\"element\": \"ConstantCurrent\", \"current\": 1, \"samplingInterval\": 1,\n"
+                                "\"minVoltage\": 1,\n\"maxVoltage\": -1, \"maxDuration\": 1}]}",
+                                "file");
+    QVERIFY(file.isUsable());
+    const VekExperimentPlan plan = VekExperimentPlan::forModel(file.experiment, model);
+    QCOMPARE(plan.result(), VekErrorCode::ImplausibleParameters);
+    QCOMPARE(plan.complaints().at(0).property(), QStringLiteral("maxVoltage"));
+    const client::Complaints complaints = client::complaintsOf(file, plan);
+    QCOMPARE(complaints.size(), std::size_t(1));
+    QCOMPARE(complaints.front().line, 5);
+}
+
+void TestExperimentPlan::knowsModelsByNameAndNumber_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QString>("complaint");
+    QTest::newRow("name") << "Alder_2_5" << 35 << "";
+    QTest::newRow("name in another case") << "alder_2_5" << 35 << "";
+    QTest::newRow("number") << "4" << 4 << "";
+    QTest::newRow("name of one kind") << "gale" << 18 << "";
+    QTest::newRow("unknown") << "Oak" << -1 << "There is no model \"Oak\".";
+    QTest::newRow("number of none") << "36" << -1 << "There is no model \"36\".";
+    QTest::newRow("nothing") << "" << -1 << "There is no model \"\".";
+    QTest::newRow("name of two") << "Birch" << -1
+                                 << "\"Birch\" is the name of several models, with different limits. Which one? "
+                                    "Birch_2_2, Birch_2_3b.";
+    QTest::newRow("name of one and of others") << "Cedar" << -1
+                                               << "\"Cedar\" is the name of several models, with different limits. "
+                                                  "Which one? Cedar (number 0), Cedar_2_0.";
+}
+
+void TestExperimentPlan::knowsModelsByNameAndNumber()
+{
+    QFETCH(const QString, text);
+    QFETCH(const int, number);
+    QFETCH(const QString, complaint);
+    QString told;
+    QCOMPARE(VekExperimentPlan::modelNumber(text, &told), number);
+    QCOMPARE(told, complaint);
     VekConstantCurrentElement element(0.1, 1.0, 1.0);
     VekExperiment experiment;
     experiment.appendElement(element, 1);
-    QVERIFY(VekExperimentPlan::forModel(experiment, "alder_2_5").complaints().isEmpty());
-    QCOMPARE(VekExperimentPlan::forModel(experiment, "Oak").complaints(), QStringList("There is no model \"Oak\"."));
+    QCOMPARE(VekExperimentPlan::forModel(experiment, text).result().message(),
+             complaint.isEmpty() ? VekErrorCode(VekErrorCode::Success).message() : complaint);
+}
+
+// The number alone decides: what an instrument is called is shared by models with other limits.
+void TestExperimentPlan::plansForADescribedInstrument()
+{
+    QCOMPARE(VekExperimentPlan::modelName(35), QStringLiteral("Alder_2_5"));
+    QCOMPARE(VekExperimentPlan::modelName(36), QString());
+    VekEISPotentiostaticElement element(1000.0, 1.0, 1.0, 0.0, 0.01);
+    VekExperiment experiment;
+    experiment.appendElement(element, 1);
+    VekInstrumentDescription instrument;
+    instrument.vanityName = QStringLiteral("Alder");
+    instrument.modelNumber = 35;
+    QCOMPARE(VekExperimentPlan::forModel(experiment, instrument).result(), VekErrorCode::Success);
+    instrument.modelNumber = 4; // has no AC
+    QCOMPARE(VekExperimentPlan::forModel(experiment, instrument).result(), VekErrorCode::InvalidParameters);
+    QCOMPARE(VekExperimentPlan::forModel(experiment, VekInstrumentDescription()).complaints().at(0).text(),
+             QStringLiteral("There is no model with the number -1."));
+}
+
+void TestExperimentPlan::tellsTheVersion()
+{
+    QCOMPARE(VekVersion::ofLibrary(), QStringLiteral(NIMBRELLE_VERSION_STRING));
+    QCOMPARE(VekVersion::ofLibrary(), QStringLiteral("%1.%2.%3")
+                                          .arg(NIMBRELLE_VERSION_MAJOR)
+                                          .arg(NIMBRELLE_VERSION_MINOR)
+                                          .arg(NIMBRELLE_VERSION_PATCH));
 }
 
 NIMBRELLE_TEST_MAIN(TestExperimentPlan)

@@ -12,8 +12,9 @@ QString outline(const VekExperiment &experiment)
     const auto nodes = VekExperimentPlan::forModel(experiment, QStringLiteral("Alder_2_5")).nodes();
     QStringList words;
     for (std::size_t i = 0; i + 1 < nodes.size(); ++i) {
-        const QString what = nodes[i].loopTarget >= 0 ? QStringLiteral("loop") : QString::number(nodes[i].timeLimit);
-        words += what + QStringLiteral("x%1").arg(nodes[i].repeats);
+        const QString what =
+            nodes[i].loopTarget() >= 0 ? QStringLiteral("loop") : QString::number(nodes[i].timeLimit());
+        words += what + QStringLiteral("x%1").arg(nodes[i].repeats());
     }
     return words.join(QLatin1Char(' '));
 }
@@ -114,9 +115,10 @@ void TestVekExperiment::copiesGrowApart()
 
 void TestVekExperiment::refusesToRunEmpty()
 {
-    QCOMPARE(VekExperimentPlan::forModel(VekExperiment(), QStringLiteral("Alder_2_5")).complaints(),
-             QStringList(QStringLiteral("Device: Alder did not start an empty experiment. "
-                                        "The experiment should have at least one element.")));
+    const VekErrorCode result = VekExperimentPlan::forModel(VekExperiment(), QStringLiteral("Alder_2_5")).result();
+    QCOMPARE(result, VekErrorCode::InvalidParameters);
+    QCOMPARE(result.message(), QStringLiteral("Device: Alder did not start an empty experiment. "
+                                              "The experiment should have at least one element."));
 }
 
 NIMBRELLE_TEST_MAIN(TestVekExperiment)

@@ -53,15 +53,15 @@ VekExperiment compose(FuzzInput &input)
 
 void mustBeUploadable(const std::vector<VekPlannedNode> &nodes)
 {
-    mustHold(!nodes.empty() && nodes.back().typeName == QLatin1String("End"), "an experiment has an end");
+    mustHold(!nodes.empty() && nodes.back().typeName() == QLatin1String("End"), "an experiment has an end");
     int step = 0;
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-        mustHold(nodes[i].stepNumber >= step, "steps are numbered upwards");
-        step = nodes[i].stepNumber;
-        mustHold(nodes[i].loopTarget < int(i), "a loop goes back");
-        mustHold(!(nodes[i].samplingInterval < 0.0), "no interval is negative");
-        mustHold(!(nodes[i].timeLimit < 0.0), "no time is negative");
-        mustHold(!(nodes[i].expectedDuration < 0.0), "no node takes less than no time");
+        mustHold(nodes[i].stepNumber() >= step, "steps are numbered upwards");
+        step = nodes[i].stepNumber();
+        mustHold(nodes[i].loopTarget() < int(i), "a loop goes back");
+        mustHold(!(nodes[i].samplingInterval() < 0.0), "no interval is negative");
+        mustHold(!(nodes[i].timeLimit() < 0.0), "no time is negative");
+        mustHold(!(nodes[i].expectedDuration() < 0.0), "no node takes less than no time");
     }
 }
 
@@ -74,7 +74,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     static const QStringList models = VekExperimentPlan::modelNames();
     const QString model = models.at(input.below(models.size()));
     const auto plan = VekExperimentPlan::forModel(compose(input), model);
-    if (plan.complaints().isEmpty())
+    if (plan.complaints().empty())
         mustBeUploadable(plan.nodes());
     plan.expectedDuration();
     return 0;

@@ -18,8 +18,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     if (!file.isUsable())
         return 0;
     const QString model = QStringLiteral("Alder_2_5");
-    const bool isComplainedAbout = !client::complaintsOfModel(file, model).empty();
     const auto plan = VekExperimentPlan::forModel(file.experiment, model);
-    mustHold(plan.complaints().isEmpty() != isComplainedAbout, "an experiment is as good as its elements");
+    const auto complaints = client::complaintsOf(file, plan);
+    mustHold(complaints.size() == plan.complaints().size(), "each complaint of a plan is about the file");
+    mustHold(plan.nodes().empty() != complaints.empty(), "an experiment is refused, or it has steps");
     return 0;
 }

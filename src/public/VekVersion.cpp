@@ -1,0 +1,6 @@
+#include "VekVersion.h"
+
+QString VekVersion::ofLibrary()
+{
+    return QStringLiteral(NIMBRELLE_VERSION);
+}
