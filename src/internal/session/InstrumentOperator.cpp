@@ -67,6 +67,7 @@ public:
     {
         QTimer timer;
         timer.setSingleShot(true);
+        timer.setTimerType(Qt::PreciseTimer); // a coarse one may cut the time short
         QObject::connect(&timer, &QTimer::timeout, &_loop, &QEventLoop::quit);
         timer.start(milliseconds);
         const bool isThreadEnding = _loop.exec() < 0; // no event will wake it any more
