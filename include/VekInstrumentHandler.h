@@ -11,6 +11,7 @@
 #include <QtCore/QObject>
 
 #include <memory>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -166,6 +167,18 @@ public:
      * device.
      */
     VekChannelReport channelReport(unsigned char channel) const;
+    /**
+     * Makes channels that a connection has left untouched ready to be driven, as a connection that spares none does: their
+     * limits are taken away. When no channel is left that may be running by itself, the instrument's memory is erased
+     * where it asks for that, the tables are read from its SD card, and its fan is set. Channels whose report would tell
+     * a running experiment and does not are freed with the others.
+     *
+     * channelsPrepared() follows, after up to 5 s where tables are read, unless the device is lost before.
+     *
+     * @param channels those that this program will drive; ones that were not left untouched need nothing
+     * @return InvalidChannel; ChannelBusy where one runs an experiment. Nothing has been touched then.
+     */
+    VekErrorCode prepareChannels(const std::set<unsigned char> &channels) const;
     /// Whether the instrument said at its connection that it holds data of the channel from before, and has not told since
     /// that they are erased. False where its status word covers nothing, as with channelReport().
     bool hasStoredData(unsigned char channel) const;
@@ -253,6 +266,8 @@ Q_SIGNALS:
     /// The instrument raised an alarm; the library has stopped the channel. An alarm for a channel that the instrument does
     /// not have stops nothing, and its text says so.
     void deviceError(unsigned char channel, const QString &text);
+    /// What prepareChannels() was asked for is done.
+    void channelsPrepared();
 
 private Q_SLOTS:
     void onDeviceDisconnected();

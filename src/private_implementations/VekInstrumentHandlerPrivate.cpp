@@ -81,7 +81,11 @@ void VekInstrumentHandlerPrivate::takeRetirement()
 
 void VekInstrumentHandlerPrivate::leaveUntouched(const std::set<unsigned char> &channels)
 {
-    _untouched = channels;
+    _untouched.clear();
+    for (const unsigned char channel : channels) {
+        if (isValidChannel(channel))
+            _untouched.insert(channel);
+    }
 }
 
 bool VekInstrumentHandlerPrivate::event(QEvent *event)

@@ -143,6 +143,14 @@ public:
     void startRecoveryProcess();
     void eraseRecoveryData();
     void disconnectDevice();
+    /**
+     * Makes channels that were left untouched ready to be driven: takes their limits away, and does for the instrument as
+     * a whole what the start-up left out, once no channel is left that may be running by itself. The channels that the
+     * instrument can report, and does not report as running, count as free too. Ends with channelsPrepared().
+     *
+     * @return InvalidChannel; ChannelBusy for one that runs; nothing is sent then
+     */
+    VekErrorCode prepareChannels(const std::set<unsigned char> &channels);
     void setLastSampleOfNodeReported(bool reported) { _isLastSampleReported = reported; }
     /// @}
 
@@ -219,6 +227,7 @@ Q_SIGNALS:
     void compRangeAck(unsigned char channel, const VekErrorCode &result);
     void channelGlobalLimitAck(unsigned char channel, const VekErrorCode &result);
     void initialConnectionRequestFinished(bool connected);
+    void channelsPrepared();
 
 protected:
     /**
@@ -269,6 +278,10 @@ protected:
     /// Loads the tables of earlier SD card transfers from the disk.
     void loadCalibrationTables(unsigned char channel);
 
+    /// What the start-up does for the instrument as a whole where no channel has to be left untouched.
+    virtual void prepareInstrument();
+    /// Whether the instrument can tell of this channel that it runs an experiment.
+    virtual bool canReport(unsigned char channel) const;
     /// Whether an experiment from before the connection may run on a channel, by the instrument's word or the client's.
     bool mayStillRun(unsigned char channel) const;
     /// The start-up's: removes the limits of all other channels. Ends with the loss of the link.
@@ -299,10 +312,11 @@ protected:
     InstrumentOperator *_op = nullptr; // a child
     ChannelMap _channels;
     QPointer<HandlerThread> _thread;    // deletes itself
-    std::set<unsigned char> _untouched; // written before the start-up, which reads it
+    std::set<unsigned char> _untouched; // of this instrument; written before the start-up, then on the handler's thread
     CrossThreadValue<bool> _isLastSampleReported = false;
 
 private:
+    void freeChannels(const std::set<unsigned char> &channels);
     void takeRetirement();
     void connectWithOperatorSignals();
     void startThread();

@@ -393,6 +393,47 @@ VekErrorCode VekInstrumentHandlerPrivate::resetChannelLimits(unsigned char chann
     return VekErrorCode::Success;
 }
 
+VekErrorCode VekInstrumentHandlerPrivate::prepareChannels(const std::set<unsigned char> &channels)
+{
+    for (const unsigned char channel : channels) {
+        if (const VekErrorCode refusal = checkValid(channel))
+            return refusal;
+        if (channelReport(channel) == VekChannelReport::Running)
+            return VekErrorCode::ChannelBusy;
+    }
+    QMetaObject::invokeMethod(
+        this, [this, channels] { freeChannels(channels); }, Qt::QueuedConnection);
+    return VekErrorCode::Success;
+}
+
+void VekInstrumentHandlerPrivate::freeChannels(const std::set<unsigned char> &channels)
+{
+    const auto isFree = [&](unsigned char channel) {
+        return channels.count(channel) > 0 || (canReport(channel) && channelReport(channel) != VekChannelReport::Running);
+    };
+    const std::set<unsigned char> before = _untouched;
+    for (const unsigned char channel : before) {
+        if (!isFree(channel) || !_op->isConnected())
+            continue;
+        _untouched.erase(channel);
+        if (!isChannelBusy(channel)) // one that this program has started meanwhile keeps what was set for it
+            resetChannelLimits(channel);
+    }
+    if (!before.empty() && _untouched.empty())
+        prepareInstrument();
+    if (_op->isConnected())
+        Q_EMIT channelsPrepared();
+}
+
+void VekInstrumentHandlerPrivate::prepareInstrument()
+{
+}
+
+bool VekInstrumentHandlerPrivate::canReport(unsigned char) const
+{
+    return false;
+}
+
 bool VekInstrumentHandlerPrivate::mayStillRun(unsigned char channel) const
 {
     return _untouched.count(channel) > 0 || channelAt(channel)->isActiveRecoverExperiment();

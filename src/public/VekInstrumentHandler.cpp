@@ -57,6 +57,7 @@ void VekInstrumentHandler::connectWithOperatorSignals(VekInstrumentHandlerPrivat
     connect(handler, &Private::experimentResumed, this, &Me::experimentResumed);
     connect(handler, &Private::memoryDataErased, this, &Me::recoverDataErased);
     connect(handler, &Private::deviceError, this, &Me::deviceError);
+    connect(handler, &Private::channelsPrepared, this, &Me::channelsPrepared);
 }
 
 void VekInstrumentHandler::onDeviceDisconnected()
@@ -224,6 +225,11 @@ VekInstrumentDescription VekInstrumentHandler::getDescription() const
 VekChannelReport VekInstrumentHandler::channelReport(unsigned char channel) const
 {
     return ask(_link, VekChannelReport::Unknown, [&](Private &handler) { return handler.channelReport(channel); });
+}
+
+VekErrorCode VekInstrumentHandler::prepareChannels(const std::set<unsigned char> &channels) const
+{
+    return request(_link, [&](Private &handler) { return handler.prepareChannels(channels); });
 }
 
 bool VekInstrumentHandler::hasStoredData(unsigned char channel) const

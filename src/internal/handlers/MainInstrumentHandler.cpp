@@ -57,14 +57,29 @@ void MainInstrumentHandler::sendInitialDefaults()
 {
     using Me = MainInstrumentHandler;
     connect(_op, &InstrumentOperator::channelstatusInformation, this, &Me::channelstatusInformation);
-    using Step = void (Me::*)();
-    constexpr Step steps[] = {&Me::askForStatus, &Me::readCalibrationTables, &Me::resetLimitsOfIdleChannels,
-                              &Me::setFanUnlessRunning, &Me::askForGround};
+    take({&Me::askForStatus, &Me::readCalibrationTables, &Me::resetLimitsOfIdleChannels, &Me::setFanUnlessRunning,
+          &Me::askForGround});
+    Q_EMIT initialConnectionRequestFinished(_op->isConnected());
+}
+
+void MainInstrumentHandler::take(std::initializer_list<Step> steps)
+{
     for (const Step step : steps) {
         if (_op->isConnected())
             (this->*step)();
     }
-    Q_EMIT initialConnectionRequestFinished(_op->isConnected());
+}
+
+// The status again: its answer erases what no channel is in need of any more.
+void MainInstrumentHandler::prepareInstrument()
+{
+    using Me = MainInstrumentHandler;
+    take({&Me::askForStatus, &Me::readCalibrationTables, &Me::setFanUnlessRunning});
+}
+
+bool MainInstrumentHandler::canReport(unsigned char channel) const
+{
+    return channel < DeviceStatus::reportedChannels;
 }
 
 void MainInstrumentHandler::askForStatus()

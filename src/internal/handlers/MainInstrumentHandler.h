@@ -33,7 +33,14 @@ public Q_SLOTS:
     /// Takes in which channels hold recovery data and which still run an experiment.
     void channelstatusInformation(const QByteArray &payload);
 
+protected:
+    void prepareInstrument() override;
+    bool canReport(unsigned char channel) const override;
+
 private:
+    using Step = void (MainInstrumentHandler::*)();
+    /// Ends with the loss of the link.
+    void take(std::initializer_list<Step> steps);
     // The steps of the start-up.
     void askForStatus();
     void readCalibrationTables();
