@@ -17,9 +17,10 @@ constexpr double nothingYet = std::numeric_limits<double>::quiet_NaN();
 
 } // namespace
 
-ExperimentRun::ExperimentRun(const VekInstrumentHandler &handler, unsigned char channel, RunRecorder &recorder)
-    : _handler(handler), _channel(channel), _recorder(recorder), _lastVoltage(nothingYet), _lastCurrent(nothingYet),
-      _lastFrequency(nothingYet)
+ExperimentRun::ExperimentRun(const VekInstrumentHandler &handler, unsigned char channel, RunRecorder &recorder,
+                             WhenUnrecorded whenUnrecorded)
+    : _handler(handler), _channel(channel), _recorder(recorder), _whenUnrecorded(whenUnrecorded),
+      _lastVoltage(nothingYet), _lastCurrent(nothingYet), _lastFrequency(nothingYet)
 {
     _overdue.setSingleShot(true);
     _flush.setInterval(flushPeriodMs);
@@ -45,6 +46,12 @@ void ExperimentRun::interrupt()
     if (_state != RunState::Running || _isInterrupted)
         return;
     _isInterrupted = true;
+    askForEnd();
+}
+
+void ExperimentRun::askForEnd()
+{
+    _isEndAsked = true;
     _handler.stopExperiment(_channel);
     _overdue.start(endTimeoutMs);
 }
@@ -146,9 +153,10 @@ void ExperimentRun::onAnswerOverdue()
     const auto silence = [](const char *text, int timeoutMs) {
         return QString::fromLatin1(text).arg(timeoutMs / 1000);
     };
-    if (_isInterrupted)
-        return finish(RunState::Interrupted,
-                      silence("The instrument did not confirm the end within %1 s.", endTimeoutMs), Interrupted);
+    if (_isEndAsked)
+        return finish(_isInterrupted ? RunState::Interrupted : RunState::Stopped,
+                      silence("The instrument did not confirm the end within %1 s.", endTimeoutMs),
+                      _isInterrupted ? Interrupted : Refused);
     _handler.stopExperiment(_channel);
     finish(RunState::Stopped, silence("The instrument did not begin the experiment within %1 s.", beginTimeoutMs),
            Refused);
@@ -157,7 +165,7 @@ void ExperimentRun::onAnswerOverdue()
 /// The instrument has begun, so it owes nothing but its end.
 void ExperimentRun::noteSignOfLife()
 {
-    if (!_isInterrupted)
+    if (!_isEndAsked)
         _overdue.stop();
 }
 
@@ -167,7 +175,13 @@ void ExperimentRun::onFlushDue()
     if (_recorder.error().isEmpty() || _hasToldWriteError)
         return;
     _hasToldWriteError = true;
-    Console::instance().error(QStringLiteral("%1; the experiment goes on").arg(_recorder.error()));
+    if (_whenUnrecorded == WhenUnrecorded::KeepGoing) {
+        Console::instance().error(QStringLiteral("%1; the experiment goes on").arg(_recorder.error()));
+        return;
+    }
+    Console::instance().error(QStringLiteral("%1; the experiment is stopped").arg(_recorder.error()));
+    _isUnrecorded = true;
+    askForEnd();
 }
 
 void ExperimentRun::finish(RunState state, const QString &message, ExitCode exitCode)
@@ -180,7 +194,8 @@ void ExperimentRun::finish(RunState state, const QString &message, ExitCode exit
     _state = state;
     _endMessage = message;
     const bool isRecorded = _recorder.finish(state, message);
-    _exitCode = isRecorded || exitCode != Done ? exitCode : LocalFailure;
+    const bool isDiskToBlame = (!isRecorded && exitCode == Done) || (_isUnrecorded && exitCode == Refused);
+    _exitCode = isDiskToBlame ? LocalFailure : exitCode;
     Q_EMIT finished();
 }
 

@@ -24,8 +24,12 @@ class ExperimentRun : public QObject
     Q_OBJECT
 
 public:
+    /// What is done when the disk takes no more rows.
+    enum class WhenUnrecorded { Stop, KeepGoing };
+
     /// @p handler is borrowed and outlives the run; so does @p recorder, whose files are there.
-    ExperimentRun(const VekInstrumentHandler &handler, unsigned char channel, RunRecorder &recorder);
+    ExperimentRun(const VekInstrumentHandler &handler, unsigned char channel, RunRecorder &recorder,
+                  WhenUnrecorded whenUnrecorded);
 
     /// Starts what was uploaded to the channel. @return the library's refusal; finished() then does not come
     VekErrorCode start();
@@ -56,16 +60,20 @@ private Q_SLOTS:
 
 private:
     void connectSignals();
+    void askForEnd();
     void noteSignOfLife();
     void finish(RunState state, const QString &message, ExitCode exitCode);
 
     const VekInstrumentHandler &_handler;
     const unsigned char _channel;
     RunRecorder &_recorder;
+    const WhenUnrecorded _whenUnrecorded;
     RunState _state = RunState::Running;
     ExitCode _exitCode = Done;
     QString _endMessage;
     bool _isInterrupted = false;
+    bool _isUnrecorded = false; // and therefore stopped
+    bool _isEndAsked = false;   // by either
     bool _hasStarted = false;
     bool _hasToldWriteError = false;
     double _lastTime = 0.0;

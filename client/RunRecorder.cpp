@@ -165,7 +165,11 @@ QByteArray RunRecorder::summary(RunState state, const QString &endMessage) const
 void RunRecorder::writeSummary(RunState state, const QString &endMessage)
 {
     QSaveFile file(QDir(_folder).filePath(QStringLiteral("run.json")));
-    if (!file.open(QIODevice::WriteOnly) || file.write(summary(state, endMessage)) < 0 || !file.commit())
+    const QByteArray record = summary(state, endMessage);
+    // Flushed before it replaces the record that stands: what does not fit on the disk must not take its place.
+    if (file.open(QIODevice::WriteOnly) && file.write(record) == record.size() && file.flush() && file.commit())
+        return;
+    if (_error.isEmpty())
         _error = QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
 }
 

@@ -7,15 +7,20 @@
 
 #include <QEventLoop>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <poll.h>
+#include <unistd.h>
 
 namespace client {
 
 namespace {
 
 constexpr const char *headings = "Time / s,Voltage / V,Current / A,Counter Electrode Voltage / V,Temperature / degC";
+constexpr int readerCheckMs = 500;
 
-void printSample(const VekDCData &data)
+QByteArray lineOf(const VekDCData &data)
 {
     QByteArray line;
     for (const double value :
@@ -24,8 +29,14 @@ void printSample(const VekDCData &data)
             line += ',';
         line += csvNumber(value);
     }
-    std::printf("%s\n", line.constData());
-    std::fflush(stdout);
+    return line;
+}
+
+/// What poll() says of standard output, within so many milliseconds.
+short stateOfOutput(short wanted, int milliseconds)
+{
+    pollfd output = {STDOUT_FILENO, wanted, 0};
+    return poll(&output, 1, milliseconds) == 1 ? output.revents : short(0);
 }
 
 } // namespace
@@ -43,13 +54,15 @@ SampleStream::SampleStream(const VekInstrumentHandler &handler, unsigned char ch
     connect(SignalWatcher::instance(), &SignalWatcher::interrupted, this, &SampleStream::onInterrupted);
     _time.setSingleShot(true);
     connect(&_time, &QTimer::timeout, this, &SampleStream::onTimeUp);
+    connect(&_readerCheck, &QTimer::timeout, this, &SampleStream::onReaderCheckDue);
+    _readerCheck.start(readerCheckMs);
 }
 
 ExitCode SampleStream::run()
 {
-    std::printf("%s\n", headings);
     if (_bounds.seconds)
         _time.start(qRound(*_bounds.seconds * 1000.0));
+    print(headings);
     if (SignalWatcher::wasInterrupted())
         return Interrupted;
     if (!_hasEnded) {
@@ -64,7 +77,7 @@ void SampleStream::onDataReady(unsigned char channel, const VekDCData &data)
 {
     if (channel != _channel || _hasEnded)
         return;
-    printSample(data);
+    print(lineOf(data));
     if (_bounds.samples && ++_count >= *_bounds.samples)
         end(Done);
 }
@@ -86,6 +99,23 @@ void SampleStream::onTimeUp()
     end(Done);
 }
 
+void SampleStream::onReaderCheckDue()
+{
+    if (stateOfOutput(0, 0) & POLLERR) // a pipe that nobody will read any more
+        end(LocalFailure);
+}
+
+/// A reader that stands still, such as a pager, must not keep the end from being noticed while the cell is driven.
+bool SampleStream::awaitReader() const
+{
+    constexpr int lookMs = 100;
+    while (stateOfOutput(POLLOUT, lookMs) == 0) {
+        if (SignalWatcher::wasInterrupted() || (_bounds.seconds && _time.remainingTime() <= 0))
+            return false;
+    }
+    return true;
+}
+
 void SampleStream::onExperimentStopped(unsigned char channel, const QString &reason)
 {
     if (channel != _channel || _hasEnded)
@@ -93,6 +123,18 @@ void SampleStream::onExperimentStopped(unsigned char channel, const QString &rea
     _hasStopped = true;
     Console::instance().error(reason);
     end(Refused);
+}
+
+void SampleStream::print(const QByteArray &line)
+{
+    if (!awaitReader())
+        return; // the signal or the timer ends the stream as soon as events are served
+    if (std::printf("%s\n", line.constData()) >= 0 && std::fflush(stdout) == 0)
+        return;
+    if (errno != EPIPE && !_hasEnded)
+        Console::instance().error(
+            QStringLiteral("standard output: %1").arg(QString::fromLocal8Bit(std::strerror(errno))));
+    end(LocalFailure);
 }
 
 void SampleStream::end(ExitCode exitCode)

@@ -14,7 +14,8 @@ namespace client {
 
 /**
  * Prints samples of one channel to standard output as they come, until enough of them have come, time is up, the user
- * interrupts, or the device goes away.
+ * interrupts, the device goes away, or nobody can read them any more: the reader of a pipe has gone (without a word), or
+ * a file takes no more.
  *
  * @thread The main thread.
  */
@@ -33,7 +34,7 @@ public:
 
     SampleStream(const VekInstrumentHandler &handler, unsigned char channel, Source source, const Bounds &bounds);
 
-    /// Runs the event loop until the stream ends. @return Done, Interrupted, NoConnection or Refused
+    /// Runs the event loop until the stream ends. @return Done, Interrupted, NoConnection, Refused or LocalFailure
     ExitCode run();
     /// Whether the instrument ended the experiment itself.
     bool hasStopped() const { return _hasStopped; }
@@ -46,15 +47,20 @@ private Q_SLOTS:
     void onDeviceDisconnected();
     void onInterrupted();
     void onTimeUp();
+    void onReaderCheckDue();
     void onExperimentStopped(unsigned char channel, const QString &reason);
 
 private:
+    void print(const QByteArray &line);
+    /// Waits until a line can be written. @return false when the stream is to end instead
+    bool awaitReader() const;
     void end(ExitCode exitCode);
 
     const VekInstrumentHandler &_handler;
     const unsigned char _channel;
     const Bounds _bounds;
     QTimer _time;
+    QTimer _readerCheck; // samples may be an hour apart, and the cell is driven meanwhile
     int _count = 0;
     bool _hasEnded = false;
     bool _hasStopped = false;

@@ -6,9 +6,11 @@
 namespace client {
 
 /**
- * Turns SIGINT, SIGTERM and SIGHUP into a Qt signal. The second one ends the program at once, with exit code 130.
+ * Turns SIGINT, SIGTERM and SIGHUP into a Qt signal, which comes once. Only a second SIGINT, more than a second after the
+ * first signal, ends the program at once, with exit code 130.
  *
- * One object may exist at a time; it restores nothing.
+ * A SIGHUP that is ignored when the object is made stays ignored. SIGPIPE and SIGXFSZ are ignored from then on, so that
+ * what cannot be written shows as a failed write. One object may exist at a time; it restores nothing.
  *
  * @thread The main thread.
  */

@@ -5,6 +5,8 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace client {
 
 namespace {
@@ -13,22 +15,38 @@ constexpr int confirmationTimeoutMs = 5000;
 
 } // namespace
 
+StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<int> &channels)
+{
+    StopResults results;
+    QEventLoop loop;
+    const auto isMeant = [&](int channel) {
+        return std::find(channels.begin(), channels.end(), channel) != channels.end();
+    };
+    const auto isOver = [&] { return results.isLinkLost || results.ends.size() == channels.size(); };
+    QObject::connect(&handler, &VekInstrumentHandler::experimentStopped, &loop,
+                     [&](unsigned char channel, const QString &reason) {
+                         if (isMeant(channel)) // the end of another channel confirms nothing
+                             results.ends.emplace(channel, reason);
+                         if (isOver())
+                             loop.quit();
+                     });
+    QObject::connect(&handler, &VekInstrumentHandler::deviceDisconnected, &loop, [&] {
+        results.isLinkLost = true;
+        loop.quit();
+    });
+    for (const int channel : channels) {
+        if (handler.stopExperiment(static_cast<unsigned char>(channel)) != VekErrorCode::Success)
+            results.isLinkLost = true; // nothing else refuses a stop
+    }
+    QTimer::singleShot(confirmationTimeoutMs, &loop, &QEventLoop::quit);
+    if (!isOver())
+        loop.exec();
+    return results;
+}
+
 bool stopChannel(const VekInstrumentHandler &handler, unsigned char channel)
 {
-    QEventLoop loop;
-    bool isConfirmed = false;
-    QObject::connect(&handler, &VekInstrumentHandler::experimentStopped, &loop, [&](unsigned char stopped) {
-        isConfirmed = isConfirmed || stopped == channel;
-        if (isConfirmed)
-            loop.quit();
-    });
-    QObject::connect(&handler, &VekInstrumentHandler::deviceDisconnected, &loop, &QEventLoop::quit);
-    if (handler.stopExperiment(channel) != VekErrorCode::Success)
-        return false;
-    QTimer::singleShot(confirmationTimeoutMs, &loop, &QEventLoop::quit);
-    if (!isConfirmed)
-        loop.exec();
-    return isConfirmed;
+    return !stopChannels(handler, {channel}).ends.empty();
 }
 
 } // namespace client

@@ -1,16 +1,28 @@
 #pragma once
 
+#include <QString>
+
+#include <map>
+#include <vector>
+
 class VekInstrumentHandler;
 
 namespace client {
 
+struct StopResults {
+    std::map<int, QString> ends; ///< by channel: how the instrument worded the end that it confirmed
+    bool isLinkLost = false;
+};
+
 /**
- * Stops what runs on a channel and lets events run until the instrument confirms, for at most 5 s: a program that
- * ended earlier might leave the cell under control.
+ * Stops what runs on channels and lets events run until the instrument has confirmed an end for each, for at most 5 s: a
+ * program that ended earlier might leave a cell under control. A channel on which nothing ran confirms nothing.
  *
- * @return whether the end was confirmed
  * @thread The main thread.
  */
+StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<int> &channels);
+
+/// The same for one channel. @return whether its end was confirmed
 bool stopChannel(const VekInstrumentHandler &handler, unsigned char channel);
 
 } // namespace client

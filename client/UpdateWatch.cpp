@@ -77,7 +77,8 @@ void UpdateWatch::onNotification(const QString &text)
 void UpdateWatch::onInterrupted()
 {
     Console::instance().note(QStringLiteral("The update goes on, since the instrument could not be used without its "
-                                            "firmware; a second signal ends the program all the same."));
+                                            "firmware; Ctrl-C once more, a second or more later, ends the program all "
+                                            "the same."));
 }
 
 void UpdateWatch::onSilence()

@@ -12,6 +12,7 @@
 #include "commands/PlanCommand.h"
 #include "commands/PlotCommand.h"
 #include "commands/RunCommand.h"
+#include "commands/StopCommand.h"
 #include "commands/UpdateCommand.h"
 #include "plots/RunPlots.h"
 
@@ -32,6 +33,7 @@ constexpr const char *examples =
     "  nimbrelle info ttyACM0                            # who is on this one?\n"
     "  nimbrelle plan cycle.json --model Alder_2_5       # check an experiment\n"
     "  nimbrelle run cycle.json --port ttyACM0 --plot    # run and record it\n"
+    "  nimbrelle stop ttyACM0 --all                      # end whatever it runs\n"
     "  nimbrelle COMMAND --help                          # more on one command\n"
     "\n"
     "Exit codes: 0 done, 1 a file could not be written, 2 usage or a bad experiment file,\n"
@@ -79,7 +81,7 @@ int main(int argc, char **argv)
     app.add_flag("-v,--verbose", isVerbose, "The library's diagnostic lines too");
     const Commands commands =
         makeCommands<ListCommand, InfoCommand, DoctorCommand, ElementsCommand, PlanCommand, RunCommand, PlotCommand,
-                     MonitorCommand, ManualCommand, LimitsCommand, UpdateCommand>(app);
+                     MonitorCommand, ManualCommand, StopCommand, LimitsCommand, UpdateCommand>(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

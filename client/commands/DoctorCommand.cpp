@@ -2,7 +2,7 @@
 
 #include "Connection.h"
 #include "JsonOutput.h"
-#include "VekDeviceTracker.h"
+#include "VekErrorCode.h"
 
 #include <QSerialPortInfo>
 
@@ -31,19 +31,26 @@ bool isBad(const Finding &finding)
     return finding.level == Finding::Level::Bad;
 }
 
-Finding connectionFinding(const QString &port)
+Findings connectionFindings(const QString &port)
 {
-    const VekErrorCode result = VekDeviceTracker::Instance()->connectToDeviceOnComPort(port);
+    Connection connection(port);
+    const VekErrorCode result = connection.connect();
+    Findings findings;
     switch (result.value()) {
     case VekErrorCode::Success:
-        return {Finding::Level::Good, QStringLiteral("An instrument answers, and its firmware is right."), {}};
+        findings.push_back(
+            {Finding::Level::Good, QStringLiteral("An instrument answers, and its firmware is right."), {}});
+        break;
     case VekErrorCode::FirmwareNotSupported:
-        return {Finding::Level::Bad, QStringLiteral("An instrument answers, %1").arg(refusalText(result)),
-                QStringLiteral("nimbrelle update %1").arg(port)};
+        return {{Finding::Level::Bad, QStringLiteral("An instrument answers, %1").arg(refusalText(result)),
+                 QStringLiteral("nimbrelle update %1").arg(port)}};
     default:
-        return {Finding::Level::Bad, QStringLiteral("No instrument could be reached, %1").arg(refusalText(result)),
-                QStringLiteral("switch the instrument off and on, then: nimbrelle info %1").arg(port)};
+        return {{Finding::Level::Bad, QStringLiteral("No instrument could be reached, %1").arg(refusalText(result)),
+                 QStringLiteral("switch the instrument off and on, then: nimbrelle info %1").arg(port)}};
     }
+    for (const int channel : connection.runningChannels())
+        findings.push_back({Finding::Level::Doubtful, connection.runningText(channel), {}});
+    return findings;
 }
 
 /// In the order in which one stands in the way of the next; what a broken one makes pointless is left out.
@@ -55,8 +62,10 @@ Findings examinePort(const QString &port)
     findings.push_back(checkRights(port));
     findings.push_back(checkHolders(port));
     findings.push_back(checkModemManager());
-    if (std::none_of(findings.begin(), findings.end(), isBad))
-        findings.push_back(connectionFinding(port));
+    if (std::none_of(findings.begin(), findings.end(), isBad)) {
+        const Findings more = connectionFindings(port);
+        findings.insert(findings.end(), more.begin(), more.end());
+    }
     return findings;
 }
 

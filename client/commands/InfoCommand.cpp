@@ -23,7 +23,10 @@ int InfoCommand::run()
         return failure;
     const VekInstrumentDescription instrument = connection.description();
     if (_wantsJson) {
-        printJson(descriptionJson(instrument));
+        Json json = descriptionJson(instrument);
+        json["running"] = connection.runningChannels();
+        json["runningUntold"] = connection.untoldChannels();
+        printJson(json);
         return Done;
     }
     std::printf("Name:      %s\n", qPrintable(instrument.deviceName));
@@ -33,6 +36,8 @@ int InfoCommand::run()
                 qPrintable(instrument.firmwareChecksum));
     std::printf("Port:      %s\n", qPrintable(instrument.portName));
     std::printf("Channels:  %d\n", instrument.channelCount);
+    for (const int channel : connection.runningChannels())
+        std::printf("Running:   %s\n", qPrintable(connection.runningText(channel)));
     return Done;
 }
 

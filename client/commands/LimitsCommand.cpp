@@ -63,10 +63,12 @@ std::vector<int> allChannels(int count)
 } // namespace
 
 LimitsCommand::LimitsCommand(CLI::App &parent)
-    : Command(parent, "limits", "Show the ranges of channels, and set safety limits until the next connection",
+    : Command(parent, "limits", "Show the ranges of channels, and set their safety limits",
               "  nimbrelle limits ttyACM0\n"
               "  nimbrelle limits ttyACM0 --channel 0 --max-voltage 4.2V\n"
-              "Every new connection clears the limits of idle channels: to guard a run, give them to \"run\".")
+              "\"run\" and \"manual\" begin without limits: to guard one, give the limits to it. Those of a channel "
+              "that runs\n"
+              "already are replaced by the ones given here; a limit that is not named is taken away.")
 {
     addPort(_port);
     addChannels(_channels);

@@ -15,6 +15,7 @@ namespace {
 struct ListedPort {
     QSerialPortInfo port;
     VekInstrumentDescription instrument; // default where nobody was asked or nobody answered
+    std::vector<int> runningChannels;    // with experiments that this program did not start
 };
 
 QString usbIdentity(const QSerialPortInfo &port)
@@ -36,8 +37,10 @@ Json portJson(const ListedPort &listed)
     Json json = {{"port", text(listed.port.portName())},           {"location", text(listed.port.systemLocation())},
                  {"usb", text(usbIdentity(listed.port))},          {"manufacturer", text(listed.port.manufacturer())},
                  {"description", text(listed.port.description())}, {"serialNumber", text(listed.port.serialNumber())}};
-    if (!listed.instrument.deviceName.isEmpty())
+    if (!listed.instrument.deviceName.isEmpty()) {
         json["instrument"] = descriptionJson(listed.instrument);
+        json["instrument"]["running"] = listed.runningChannels;
+    }
     return json;
 }
 
@@ -47,11 +50,14 @@ void printLine(const QString &port, const QString &usb, const QString &descripti
                 qPrintable(instrument));
 }
 
-QString instrumentText(const VekInstrumentDescription &instrument)
+QString instrumentText(const ListedPort &listed)
 {
-    if (instrument.deviceName.isEmpty())
+    if (listed.instrument.deviceName.isEmpty())
         return QStringLiteral("-");
-    return QStringLiteral("%1 (%2)").arg(instrument.deviceName, instrument.vanityName);
+    const QString text = QStringLiteral("%1 (%2)").arg(listed.instrument.deviceName, listed.instrument.vanityName);
+    if (listed.runningChannels.empty())
+        return text;
+    return QStringLiteral("%1, runs an experiment on channel %2").arg(text, listOf(listed.runningChannels));
 }
 
 void printTable(const std::vector<ListedPort> &ports, bool hasAsked)
@@ -61,7 +67,7 @@ void printTable(const std::vector<ListedPort> &ports, bool hasAsked)
     for (const ListedPort &listed : ports) {
         const QString description = listed.port.manufacturer() + QLatin1Char(' ') + listed.port.description();
         printLine(listed.port.portName(), usbIdentity(listed.port), orDash(description.trimmed()),
-                  hasAsked ? instrumentText(listed.instrument) : QString());
+                  hasAsked ? instrumentText(listed) : QString());
     }
 }
 
@@ -80,15 +86,17 @@ int ListCommand::run()
 {
     std::vector<ListedPort> ports;
     for (const QSerialPortInfo &port : QSerialPortInfo::availablePorts()) {
-        ports.push_back({port, {}});
+        ports.push_back({port, {}, {}});
         Connection connection(port.systemLocation());
         if (!_asks)
             continue;
         const ExitCode result = connection.open();
         if (result == Interrupted)
             return result;
-        if (result == Done)
-            ports.back().instrument = connection.description();
+        if (result != Done)
+            continue;
+        ports.back().instrument = connection.description();
+        ports.back().runningChannels = connection.runningChannels();
     }
     if (_wantsJson) {
         Json list = Json::array();

@@ -31,14 +31,17 @@ ManualCommand::ManualCommand(CLI::App &parent)
 int ManualCommand::run()
 {
     Connection connection(QString::fromStdString(_port));
-    if (const ExitCode failure = connection.open())
-        return failure;
-    if (const ExitCode failure = connection.checkChannel(_channel))
+    if (const ExitCode failure = connection.openToDrive({_channel}))
         return failure;
     const VekInstrumentHandler &handler = connection.handler();
     const auto channel = static_cast<unsigned char>(_channel);
     SampleStream stream(handler, channel, SampleStream::Source::Active, {_duration, std::nullopt});
-    const VekErrorCode refusal = prepare(handler, channel);
+    VekErrorCode refusal = start(handler, channel);
+    if (refusal != VekErrorCode::Success) { // nothing of ours runs, so nothing is stopped
+        Console::instance().error(refusalText(refusal));
+        return Refused;
+    }
+    refusal = adjust(handler, channel);
     if (refusal != VekErrorCode::Success)
         Console::instance().error(refusalText(refusal));
     const ExitCode result = refusal == VekErrorCode::Success ? stream.run() : Refused;
@@ -48,12 +51,16 @@ int ManualCommand::run()
     return isOver || result != Done ? result : Refused;
 }
 
-VekErrorCode ManualCommand::prepare(const VekInstrumentHandler &handler, unsigned char channel) const
+VekErrorCode ManualCommand::start(const VekInstrumentHandler &handler, unsigned char channel) const
 {
-    VekErrorCode result = _limits.apply(handler, channel);
-    if (result == VekErrorCode::Success)
-        result = handler.startManualExperiment(channel);
-    if (result == VekErrorCode::Success && _interval)
+    const VekErrorCode result = _limits.apply(handler, channel);
+    return result == VekErrorCode::Success ? handler.startManualExperiment(channel) : result;
+}
+
+VekErrorCode ManualCommand::adjust(const VekInstrumentHandler &handler, unsigned char channel) const
+{
+    VekErrorCode result = VekErrorCode::Success;
+    if (_interval)
         result = handler.setManualModeSamplingInterval(channel, *_interval);
     if (result == VekErrorCode::Success)
         result = setRanges(handler, channel);

@@ -15,7 +15,8 @@ public:
     int run() override;
 
 private:
-    VekErrorCode prepare(const VekInstrumentHandler &handler, unsigned char channel) const;
+    VekErrorCode start(const VekInstrumentHandler &handler, unsigned char channel) const;
+    VekErrorCode adjust(const VekInstrumentHandler &handler, unsigned char channel) const;
     VekErrorCode setRanges(const VekInstrumentHandler &handler, unsigned char channel) const;
     VekErrorCode setPoint(const VekInstrumentHandler &handler, unsigned char channel) const;
 

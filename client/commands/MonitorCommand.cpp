@@ -28,7 +28,10 @@ int MonitorCommand::run()
     const VekInstrumentHandler &handler = connection.handler();
     const auto channel = static_cast<unsigned char>(_channel);
     SampleStream stream(handler, channel, SampleStream::Source::Idle, {_duration, _count});
-    const VekErrorCode result = handler.startIdleSampling(channel);
+    const bool isRunning = handler.channelReport(channel) == VekChannelReport::Running;
+    if (isRunning) // its samples come by themselves, and what else is asked of it might end it
+        Console::instance().error(connection.runningText(_channel));
+    const VekErrorCode result = isRunning ? VekErrorCode::Success : handler.startIdleSampling(channel);
     if (result != VekErrorCode::Success) {
         Console::instance().error(refusalText(result));
         return Refused;

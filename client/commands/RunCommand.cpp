@@ -56,11 +56,11 @@ std::string isChannelList(const std::string &text)
     return list.match(QString::fromStdString(text)).hasMatch() ? std::string() : "takes a list such as 0,1";
 }
 
-std::vector<unsigned char> channelsIn(const std::string &group)
+std::vector<int> channelsIn(const std::string &group)
 {
-    std::vector<unsigned char> channels;
+    std::vector<int> channels;
     for (const QString &number : QString::fromStdString(group).split(QLatin1Char(',')))
-        channels.push_back(static_cast<unsigned char>(number.toUInt()));
+        channels.push_back(number.toInt());
     return channels;
 }
 
@@ -86,7 +86,7 @@ RunCommand::RunCommand(CLI::App &parent)
               "  nimbrelle run cycle.json --port ttyACM0 --max-voltage 4.25V\n"
               "  nimbrelle run cycle.json --port ttyACM0 --link 0,1,2,3\n"
               "The folder of the run is printed to standard output. Ctrl-C stops the experiment on the instrument and\n"
-              "keeps the data; a second Ctrl-C ends the program at once.")
+              "keeps the data; a second Ctrl-C, a second or more later, ends the program at once.")
 {
     app().add_option("FILE", _paths, "Experiment file: one for all channels, or one for each")->required();
     app().add_option("-p,--port", _port, "Serial port, for example ttyACM0 or /dev/ttyACM0")->required();
@@ -98,6 +98,7 @@ RunCommand::RunCommand(CLI::App &parent)
     app().add_option("-o,--out", _folder,
                      "Folder to record in (default: the experiment's name and the time); several channels get a "
                      "folder each in it");
+    app().add_flag("--keep-going", _keepsGoing, "Go on when the disk takes no more rows, instead of stopping");
     app().add_flag("--plot", _plots, "Draw the result into the folder, as SVG and PNG");
     addSafetyLimits(_limits);
     addJson(_wantsJson);
@@ -113,7 +114,7 @@ int RunCommand::run()
     if (const ExitCode failure = isLinked ? Done : assignChannels())
         return failure;
     Connection connection(QString::fromStdString(_port));
-    if (const ExitCode failure = connection.open())
+    if (const ExitCode failure = connection.openToDrive(drivenChannels()))
         return failure;
     if (const ExitCode failure = isLinked ? linkChannels(connection) : Done)
         return failure;
@@ -141,13 +142,27 @@ ExitCode RunCommand::readFiles()
     return result;
 }
 
-/// Each group then runs as its lowest channel.
+/// Every channel that will be driven, each member of a group.
+std::vector<int> RunCommand::drivenChannels() const
+{
+    std::vector<int> channels;
+    for (const std::vector<std::string> *groups : {&_parallelGroups, &_bipolarGroups}) {
+        for (const std::string &group : *groups) {
+            const std::vector<int> members = channelsIn(group);
+            channels.insert(channels.end(), members.begin(), members.end());
+        }
+    }
+    return channels.empty() ? _channels : channels;
+}
+
+/// Each group then runs as its lowest channel; every member watches the limits.
 ExitCode RunCommand::linkChannels(const Connection &connection)
 {
     const VekInstrumentHandler &handler = connection.handler();
     std::vector<int> masters;
     const auto link = [&](const std::string &group, auto setLinked) {
-        const int master = (handler.*setLinked)(channelsIn(group));
+        const std::vector<int> members = channelsIn(group);
+        const int master = (handler.*setLinked)(std::vector<unsigned char>(members.begin(), members.end()));
         if (master < 0)
             Console::instance().error(
                 QStringLiteral("channels %1 cannot be linked on this instrument").arg(QString::fromStdString(group)));
@@ -185,13 +200,23 @@ ExitCode RunCommand::assignChannels()
     return Done;
 }
 
+/// Of a linked group on each of its members, which measure what passes through themselves.
+VekErrorCode RunCommand::applyLimits(const VekInstrumentHandler &handler, unsigned char channel) const
+{
+    const std::vector<unsigned char> group = handler.getLinkedChannels(channel);
+    for (const unsigned char member : group.empty() ? std::vector<unsigned char>{channel} : group) {
+        const VekErrorCode result = _limits.apply(handler, member);
+        if (result != VekErrorCode::Success)
+            return result;
+    }
+    return VekErrorCode::Success;
+}
+
 ExitCode RunCommand::upload(const Connection &connection, Task &task) const
 {
-    if (const ExitCode failure = connection.checkChannel(task.channel))
-        return failure;
     const VekInstrumentHandler &handler = connection.handler();
     const auto channel = static_cast<unsigned char>(task.channel);
-    VekErrorCode result = _limits.apply(handler, channel);
+    VekErrorCode result = applyLimits(handler, channel);
     if (result == VekErrorCode::Success)
         result = handler.uploadExperimentToChannel(channel, task.file->experiment);
     if (result == VekErrorCode::Success)
@@ -213,7 +238,9 @@ ExitCode RunCommand::start(const Connection &connection, Task &task) const
         return LocalFailure;
     }
     const auto channel = static_cast<unsigned char>(task.channel);
-    task.run = std::make_unique<ExperimentRun>(connection.handler(), channel, *task.recorder);
+    task.run = std::make_unique<ExperimentRun>(connection.handler(), channel, *task.recorder,
+                                               _keepsGoing ? ExperimentRun::WhenUnrecorded::KeepGoing
+                                                           : ExperimentRun::WhenUnrecorded::Stop);
     const VekErrorCode result = task.run->start();
     if (result == VekErrorCode::Success)
         return Done;
@@ -264,7 +291,8 @@ bool RunCommand::isOver() const
 
 void RunCommand::onInterrupted() const
 {
-    Console::instance().note(QStringLiteral("Stopping; a second signal ends the program at once."));
+    Console::instance().note(
+        QStringLiteral("Stopping; Ctrl-C once more, a second or more later, ends the program at once."));
     interruptAll();
 }
 

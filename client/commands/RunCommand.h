@@ -7,6 +7,9 @@
 
 #include <memory>
 
+class VekErrorCode;
+class VekInstrumentHandler;
+
 namespace client {
 
 class Connection;
@@ -33,8 +36,10 @@ private:
     };
 
     ExitCode readFiles();
+    std::vector<int> drivenChannels() const;
     ExitCode linkChannels(const Connection &connection);
     ExitCode assignChannels();
+    VekErrorCode applyLimits(const VekInstrumentHandler &handler, unsigned char channel) const;
     ExitCode upload(const Connection &connection, Task &task) const;
     ExitCode start(const Connection &connection, Task &task) const;
     ExitCode startAll(const Connection &connection);
@@ -55,6 +60,7 @@ private:
     std::vector<std::string> _bipolarGroups;
     std::string _folder;
     bool _plots = false;
+    bool _keepsGoing = false;
     bool _wantsJson = false;
     SafetyLimits _limits;
 

@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QRegularExpression>
 
+#include <csignal>
+
 namespace {
 
 constexpr int patienceMs = 30000;
@@ -36,6 +38,16 @@ void SimulatorProcess::kill()
 {
     _process.kill();
     _process.waitForFinished(patienceMs);
+}
+
+void SimulatorProcess::suspend()
+{
+    ::kill(pid_t(_process.processId()), SIGSTOP);
+}
+
+void SimulatorProcess::resume()
+{
+    ::kill(pid_t(_process.processId()), SIGCONT);
 }
 
 qint64 SimulatorProcess::writtenBytes() const

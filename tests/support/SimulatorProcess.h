@@ -24,6 +24,9 @@ public:
     QString finish();
     /// Ends it as a pulled cable would (SIGKILL).
     void kill();
+    /// Makes it neither read nor write until resume().
+    void suspend();
+    void resume();
     int exitCode() const { return _process.exitCode(); }
 
 private:

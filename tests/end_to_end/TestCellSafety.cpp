@@ -1,0 +1,337 @@
+#include "support/ClientProcess.h"
+#include "support/RunFolder.h"
+#include "support/SimulatorProcess.h"
+#include "support/TestMain.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace RunFolder;
+
+namespace {
+
+constexpr int Done = 0; // exit codes of the program
+constexpr int LocalFailure = 1;
+constexpr int BadInput = 2;
+constexpr int Refused = 4;
+constexpr int Interrupted = 130;
+
+using End = std::function<void(ClientProcess &)>;
+
+/// The channels that run something, as the instrument tells a connection that only looks.
+QJsonArray runningOn(const QString &port)
+{
+    ClientProcess client({"info", port, "--json"});
+    if (client.finish() != Done)
+        return {QStringLiteral("info failed: %1").arg(client.errors())};
+    return QJsonDocument::fromJson(client.output()).object()["running"].toArray();
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(End)
+
+/// Nobody loses a cell: whatever ends the program, or keeps it from its files, the cell is off or guarded afterwards.
+class TestCellSafety : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void signalsThatComeTogetherAreOne();
+    void aSecondInterruptEndsTheProgramOnlyLater();
+    void anIgnoredHangupStaysIgnored();
+    void manualEndsWithTheCellOff_data();
+    void manualEndsWithTheCellOff();
+    void aReaderThatStandsStillKeepsNoCellDriven();
+    void somebodyElsesExperimentIsTold();
+    void aLookLeavesTheLimitsInForce();
+    void aRunLeavesOtherChannelsAlone();
+    void stopEndsWhatAnotherProgramStarted();
+    void linksNoChannelThatIsNotThere_data();
+    void linksNoChannelThatIsNotThere();
+    void limitsOfAGroupGuardEachMember();
+    void aFullDiskStopsTheExperiment_data();
+    void aFullDiskStopsTheExperiment();
+
+private:
+    QString longRun(const char *element = "\"OpenCircuit\"");
+    QString freshFolder() { return _home.filePath(QString("run-%1").arg(++_count)); }
+    /// Starts a run, kills the client in the middle of it, and leaves the instrument driving its cell.
+    void leaveRunning(const QString &port, const QStringList &more = {});
+
+    QTemporaryDir _home;
+    int _count = 0;
+};
+
+QString TestCellSafety::longRun(const char *element)
+{
+    return RunFolder::writeExperiment(_home.filePath(QString("long-%1.json").arg(++_count)),
+                                      QByteArray("{\"element\": ") + element +
+                                          ", \"maxDuration\": 36000, \"samplingInterval\": 0.1}");
+}
+
+void TestCellSafety::leaveRunning(const QString &port, const QStringList &more)
+{
+    const QString folder = freshFolder();
+    ClientProcess client(
+        QStringList{"run", longRun("\"ConstantCurrent\", \"current\": \"1 mA\""), "--port", port, "--out", folder} +
+        more);
+    const auto hasRows = [&folder] { return rowCount(folder + "/dc.csv") > 2; };
+    QVERIFY2(QTest::qWaitFor([&] { return hasRows() || !client.isRunning(); }, 30000) && client.isRunning(),
+             qPrintable(client.errors()));
+    client.sendSignal(SIGKILL);
+    client.finish();
+}
+
+// A terminal that closes sends SIGHUP while its shell sends SIGTERM.
+void TestCellSafety::signalsThatComeTogetherAreOne()
+{
+    SimulatorProcess simulator({});
+    const QString folder = freshFolder();
+    ClientProcess client({"run", longRun(), "--port", simulator.portName(), "--out", folder});
+    QTRY_VERIFY_WITH_TIMEOUT(rowCount(folder + "/dc.csv") > 0, 30000);
+    client.sendSignal(SIGTERM);
+    client.sendSignal(SIGHUP);
+    client.sendSignal(SIGINT);
+    QCOMPARE(client.finish(), Interrupted);
+    QCOMPARE(summary(folder)["state"].toString(), QStringLiteral("interrupted"));
+    QCOMPARE(runningOn(simulator.portName()), QJsonArray());
+}
+
+// The instrument does not answer, so the program still waits for the end when the second one comes.
+void TestCellSafety::aSecondInterruptEndsTheProgramOnlyLater()
+{
+    SimulatorProcess simulator({});
+    const QString folder = freshFolder();
+    ClientProcess client({"run", longRun(), "--port", simulator.portName(), "--out", folder});
+    QTRY_VERIFY_WITH_TIMEOUT(rowCount(folder + "/dc.csv") > 0, 30000);
+    simulator.suspend();
+    client.sendSignal(SIGINT);
+    QTRY_VERIFY(client.errors().contains("Stopping"));
+    client.sendSignal(SIGINT);
+    QTest::qWait(1200); // the second within which all signals are one, as the program measures it
+    QVERIFY(client.isRunning());
+    client.sendSignal(SIGTERM);
+    client.sendSignal(SIGHUP);
+    client.sendSignal(SIGINT);
+    QCOMPARE(client.finish(5000), Interrupted);
+    QCOMPARE(summary(folder)["state"].toString(), QStringLiteral("running")); // it had no time for more
+    simulator.resume();
+}
+
+void TestCellSafety::anIgnoredHangupStaysIgnored()
+{
+    SimulatorProcess simulator({"--speed", "max"});
+    const QString folder = freshFolder();
+    std::signal(SIGHUP, SIG_IGN); // as nohup does; the client inherits it
+    ClientProcess client({"run", longRun(), "--port", simulator.portName(), "--out", folder});
+    std::signal(SIGHUP, SIG_DFL);
+    QTRY_VERIFY_WITH_TIMEOUT(rowCount(folder + "/dc.csv") > 0, 30000);
+    client.sendSignal(SIGHUP);
+    QCOMPARE(client.finish(60000), Done);
+    QCOMPARE(summary(folder)["state"].toString(), QStringLiteral("completed"));
+}
+
+void TestCellSafety::manualEndsWithTheCellOff_data()
+{
+    QTest::addColumn<End>("end");
+    QTest::addColumn<QString>("interval");
+    QTest::addColumn<int>("exitCode");
+
+    QTest::newRow("two signals at once") << End([](ClientProcess &client) {
+        client.sendSignal(SIGTERM);
+        client.sendSignal(SIGINT);
+    }) << "100 ms" << Interrupted;
+    const End readerGoes = [](ClientProcess &client) { client.closeOutput(); };
+    QTest::newRow("its reader goes") << readerGoes << "100 ms" << LocalFailure;
+    QTest::newRow("its reader goes between rare samples") << readerGoes << "1 h" << LocalFailure;
+}
+
+void TestCellSafety::manualEndsWithTheCellOff()
+{
+    QFETCH(End, end);
+    QFETCH(QString, interval);
+    SimulatorProcess simulator({"--cell", "resistor:R=1000"});
+    ClientProcess client({"manual", simulator.portName(), "--voltage", "500 mV", "--interval", interval});
+    QTRY_VERIFY_WITH_TIMEOUT(client.output().count('\n') >= (interval == "1 h" ? 1 : 2), 30000);
+    end(client);
+    QTEST(client.finish(), "exitCode");
+    QCOMPARE(runningOn(simulator.portName()), QJsonArray());
+}
+
+// As a pager that shows its first page: the pipe is full, and the program waits for it when the signal comes.
+void TestCellSafety::aReaderThatStandsStillKeepsNoCellDriven()
+{
+    SimulatorProcess simulator({"--cell", "resistor:R=1000"});
+    const QString pipe = _home.filePath("pipe");
+    QCOMPARE(mkfifo(qPrintable(pipe), 0600), 0);
+    const int reader = open(qPrintable(pipe), O_RDONLY | O_NONBLOCK);
+    QProcess client;
+    client.setStandardOutputFile(pipe);
+    client.start(QStringLiteral(NIMBRELLE_CLIENT_PROGRAM),
+                 {"manual", simulator.portName(), "--voltage", "500 mV", "--interval", "100 us"});
+    const auto waiting = [reader] {
+        int bytes = 0;
+        ioctl(reader, FIONREAD, &bytes);
+        return bytes;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(waiting() > 60000, 30000); // of 65,536
+    ::kill(pid_t(client.processId()), SIGINT);
+    QVERIFY(client.waitForFinished(20000));
+    QCOMPARE(client.exitCode(), Interrupted);
+    close(reader);
+    QCOMPARE(runningOn(simulator.portName()), QJsonArray());
+}
+
+void TestCellSafety::somebodyElsesExperimentIsTold()
+{
+    SimulatorProcess simulator({"--channels", "3", "--cell", "resistor:R=1000"});
+    const QString port = simulator.portName();
+    leaveRunning(port, {"--channel", "1"});
+    QCOMPARE(runningOn(port), QJsonArray{1});
+    const QString advice = QStringLiteral("nimbrelle stop %1 --channel 1").arg(port);
+    const QStringList other = {"run", longRun(), "--port", port, "--out", freshFolder(), "--channel", "1"};
+    const QVector<QPair<QStringList, int>> commands = {
+        {{"info", port}, Done},
+        {{"doctor", port}, Done},
+        {{"monitor", port, "--channel", "1", "--count", "1"}, Done},
+        {{"manual", port, "--channel", "1", "--voltage", "1 V"}, Refused},
+        {other, Refused},
+    };
+    for (const auto &[arguments, exitCode] : commands) {
+        ClientProcess client(arguments);
+        const int result = client.finish(15000); // at once: not after the 30 s within which an experiment must begin
+        const QString said = QString::fromUtf8(client.output()) + client.errors();
+        QVERIFY2(result == exitCode && said.contains(advice), qPrintable(arguments.first() + ": " + said));
+    }
+    QCOMPARE(runningOn(port), QJsonArray{1}); // none of them has ended it
+}
+
+// 1 mA into 10 mF: 0.1 V a second, a limit of 1 V.
+void TestCellSafety::aLookLeavesTheLimitsInForce()
+{
+    SimulatorProcess simulator({"--cell", "rc:Rs=1,R=inf,C=0.01", "--speed", "10"});
+    const QString port = simulator.portName();
+    leaveRunning(port, {"--max-voltage", "1 V"});
+    for (const char *command : {"info", "doctor", "limits"})
+        QCOMPARE(ClientProcess::run({command, port}), Done);
+    // The simulated clock stands still while nobody reads; 4 s are 40 of the instrument's.
+    QCOMPARE(ClientProcess::run({"monitor", port, "--duration", "4 s"}), Done);
+    QCOMPARE(runningOn(port), QJsonArray());
+}
+
+// A cycler does not tell what runs, so its other channels may.
+void TestCellSafety::aRunLeavesOtherChannelsAlone()
+{
+    SimulatorProcess simulator(
+        {"--model", "Gale", "--channels", "4", "--cell", "rc:Rs=1,R=inf,C=0.01", "--speed", "10"});
+    const QString port = simulator.portName();
+    leaveRunning(port, {"--max-voltage", "1 V", "--channel", "2"});
+    QCOMPARE(ClientProcess::run({"manual", port, "--channel", "0", "--open-circuit", "--duration", "4 s"}), Done);
+    ClientProcess stop({"stop", port, "--channel", "2"});
+    QCOMPARE(stop.finish(), Refused); // its limit has ended it long ago, so that no end can be confirmed
+    QVERIFY2(stop.errors().contains("did not confirm"), qPrintable(stop.errors()));
+}
+
+void TestCellSafety::stopEndsWhatAnotherProgramStarted()
+{
+    SimulatorProcess simulator({"--channels", "3", "--cell", "resistor:R=1000"});
+    const QString port = simulator.portName();
+    QCOMPARE(ClientProcess::run({"stop", port}), BadInput); // which one?
+    leaveRunning(port, {"--channel", "1"});
+    QCOMPARE(ClientProcess::run({"stop", port, "--channel", "0"}), Done); // nothing ran there
+    QCOMPARE(runningOn(port), QJsonArray{1});
+    ClientProcess stop({"stop", port});
+    QCOMPARE(stop.finish(), Done);
+    QCOMPARE(stop.output(), QByteArray("channel 1: Experiment stopped by user\n"));
+    QCOMPARE(runningOn(port), QJsonArray());
+    leaveRunning(port, {"--channel", "2"});
+    QCOMPARE(ClientProcess::run({"stop", port, "--all"}), Done);
+    QCOMPARE(runningOn(port), QJsonArray());
+
+    SimulatorProcess cycler({"--model", "Gale", "--channels", "4"});
+    leaveRunning(cycler.portName(), {"--channel", "3"});
+    ClientProcess all({"stop", cycler.portName(), "--all"});
+    QCOMPARE(all.finish(), Done);
+    QCOMPARE(all.output(), QByteArray("channel 3: Experiment stopped by user\n"));
+}
+
+void TestCellSafety::linksNoChannelThatIsNotThere_data()
+{
+    QTest::addColumn<QString>("group");
+    QTest::addColumn<int>("missing");
+
+    QTest::newRow("beyond a byte") << "256,257" << 256;
+    QTest::newRow("beyond the instrument") << "2,4" << 4;
+}
+
+void TestCellSafety::linksNoChannelThatIsNotThere()
+{
+    QFETCH(QString, group);
+    QFETCH(int, missing);
+    SimulatorProcess simulator({"--model", "Gale", "--channels", "4"});
+    const QString folder = freshFolder();
+    ClientProcess client({"run", longRun(), "--port", simulator.portName(), "--out", folder, "--link", group});
+    QCOMPARE(client.finish(), BadInput);
+    QVERIFY2(client.errors().contains(QStringLiteral("there is no channel %1").arg(missing)),
+             qPrintable(client.errors()));
+    QVERIFY(!QFile::exists(folder));
+}
+
+// Of two channels in parallel the second one's cell alone breaks the limit.
+void TestCellSafety::limitsOfAGroupGuardEachMember()
+{
+    SimulatorProcess simulator(
+        {"--model", "Gale", "--channels", "2", "--cell", "resistor:R=1", "--cell", "1=resistor:R=1", "--speed", "max"});
+    const QString folder = freshFolder();
+    const QString file = longRun("\"ConstantCurrent\", \"current\": 0.8");
+    ClientProcess client(
+        {"run", file, "--port", simulator.portName(), "--out", folder, "--link", "0,1", "--max-voltage", "0.5 V"});
+    QCOMPARE(client.finish(), Refused);
+    QVERIFY2(client.errors().contains("Voltage Max"), qPrintable(client.errors()));
+}
+
+void TestCellSafety::aFullDiskStopsTheExperiment_data()
+{
+    QTest::addColumn<QStringList>("more");
+    QTest::addColumn<QString>("state");
+
+    QTest::newRow("by itself") << QStringList() << "stopped";
+    QTest::newRow("told to keep going") << QStringList{"--keep-going"} << "completed";
+}
+
+// The last record of the run does not fit either; the one that stands survives whole.
+void TestCellSafety::aFullDiskStopsTheExperiment()
+{
+    QFETCH(QStringList, more);
+    QFETCH(QString, state);
+    SimulatorProcess simulator({"--speed", "100"});
+    const QString folder = freshFolder();
+    const QString file =
+        RunFolder::writeExperiment(_home.filePath("full.json"),
+                                   "{\"element\": \"OpenCircuit\", \"maxDuration\": 300, \"samplingInterval\": 0.01}");
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit room{20000, limit.rlim_max}; // inherited by the client
+    setrlimit(RLIMIT_FSIZE, &room);
+    ClientProcess client(QStringList{"run", file, "--port", simulator.portName(), "--out", folder} + more);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    QCOMPARE(client.finish(), LocalFailure);
+    QVERIFY2(client.errors().contains(qt_error_string(EFBIG)), qPrintable(client.errors()));
+    QCOMPARE(QFileInfo(folder + "/dc.csv").size(), qint64(room.rlim_cur)); // what fitted is there
+    QCOMPARE(summary(folder)["state"].toString(), state);
+    QCOMPARE(runningOn(simulator.portName()), QJsonArray());
+}
+
+NIMBRELLE_TEST_MAIN(TestCellSafety)
+#include "TestCellSafety.moc"
