@@ -34,7 +34,8 @@ public:
     /// The same. @return Done, or after a message to the console NoConnection; Interrupted
     ExitCode open();
     /**
-     * Connects, and brings these channels to the defaults of a fresh connection: without limits, with their tables.
+     * Connects, and makes these channels ready to be driven. Their limits are still those of before: a channel that does
+     * not tell whether it runs keeps them until the instrument has accepted something new on it.
      *
      * @return as open(); BadInput for a channel that is not there; Refused where one still runs an experiment of an
      *         earlier program, and the message says how to stop it

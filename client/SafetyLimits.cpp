@@ -30,6 +30,12 @@ bool SafetyLimits::isEmpty() const
     return true;
 }
 
+VekErrorCode SafetyLimits::replace(const VekInstrumentHandler &handler, unsigned char channel) const
+{
+    const VekErrorCode result = handler.resetChannelLimits(channel);
+    return result == VekErrorCode::Success ? apply(handler, channel) : result;
+}
+
 VekErrorCode SafetyLimits::apply(const VekInstrumentHandler &handler, unsigned char channel) const
 {
     for (const LimitRow &row : limitRows) {

@@ -19,6 +19,8 @@ struct SafetyLimits {
     bool isEmpty() const;
     /// Sends them to the instrument. @return the first refusal
     VekErrorCode apply(const VekInstrumentHandler &handler, unsigned char channel) const;
+    /// The same, and takes away what is not set.
+    VekErrorCode replace(const VekInstrumentHandler &handler, unsigned char channel) const;
 };
 
 } // namespace client

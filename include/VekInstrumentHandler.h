@@ -168,14 +168,18 @@ public:
      */
     VekChannelReport channelReport(unsigned char channel) const;
     /**
-     * Makes channels that a connection has left untouched ready to be driven, as a connection that spares none does: their
-     * limits are taken away. When no channel is left that may be running by itself, the instrument's memory is erased
-     * where it asks for that, the tables are read from its SD card, and its fan is set. Channels whose report would tell
-     * a running experiment and does not are freed with the others.
+     * Ends the restraint of a connection that has left channels untouched, for those that this program will drive.
+     *
+     * Channels whose report would tell a running experiment, and does not, are freed with them, and the limits of these
+     * are taken away, as a connection does that spares none. When no channel is left that may be running by itself, the
+     * instrument's memory is erased where it asks for that, the tables are read from its SD card, and its fan is set.
+     *
+     * The limits of a channel whose report is Unknown stay: it may be running after all. Take them away by
+     * resetChannelLimits() once the instrument has accepted an experiment on it: the nodes of an upload, or a manual start.
      *
      * channelsPrepared() follows, after up to 5 s where tables are read, unless the device is lost before.
      *
-     * @param channels those that this program will drive; ones that were not left untouched need nothing
+     * @param channels ones that were not left untouched need nothing
      * @return InvalidChannel; ChannelBusy where one runs an experiment. Nothing has been touched then.
      */
     VekErrorCode prepareChannels(const std::set<unsigned char> &channels) const;

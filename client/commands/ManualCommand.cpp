@@ -6,6 +6,9 @@
 #include "StopChannel.h"
 #include "VekInstrumentHandler.h"
 
+#include <QEventLoop>
+#include <QTimer>
+
 namespace client {
 
 ManualCommand::ManualCommand(CLI::App &parent)
@@ -51,16 +54,43 @@ int ManualCommand::run()
     return isOver || result != Done ? result : Refused;
 }
 
+/// Waits for the instrument's word on the start: its data begin, or an end comes, with the reason.
 VekErrorCode ManualCommand::start(const VekInstrumentHandler &handler, unsigned char channel) const
 {
-    const VekErrorCode result = _limits.apply(handler, channel);
-    return result == VekErrorCode::Success ? handler.startManualExperiment(channel) : result;
+    constexpr int answerTimeoutMs = 5000;
+    VekErrorCode result(
+        VekErrorCode::ManualExperimentNotRunning,
+        QStringLiteral("The instrument did not answer the start within %1 s.").arg(answerTimeoutMs / 1000));
+    QEventLoop loop;
+    const auto decide = [&](unsigned char which, const VekErrorCode &verdict) {
+        if (which != channel)
+            return;
+        result = verdict;
+        loop.quit();
+    };
+    using Handler = VekInstrumentHandler;
+    QObject::connect(&handler, &Handler::experimentStarting, &loop,
+                     [&](unsigned char which) { decide(which, VekErrorCode::Success); });
+    QObject::connect(&handler, &Handler::experimentStopped, &loop, [&](unsigned char which, const QString &reason) {
+        decide(which, VekErrorCode(VekErrorCode::ChannelBusy, reason));
+    });
+    QObject::connect(&handler, &Handler::deviceDisconnected, &loop,
+                     [&] { decide(channel, VekErrorCode::DeviceNotFound); });
+    const VekErrorCode refusal = handler.startManualExperiment(channel);
+    if (refusal != VekErrorCode::Success)
+        return refusal;
+    QTimer::singleShot(answerTimeoutMs, &loop, &QEventLoop::quit);
+    loop.exec();
+    if (result == VekErrorCode::ManualExperimentNotRunning)
+        stopChannel(handler, channel);
+    return result;
 }
 
 VekErrorCode ManualCommand::adjust(const VekInstrumentHandler &handler, unsigned char channel) const
 {
-    VekErrorCode result = VekErrorCode::Success;
-    if (_interval)
+    // Behind the start, which an instrument refuses that still drives the cell under the limits of before.
+    VekErrorCode result = _limits.replace(handler, channel);
+    if (result == VekErrorCode::Success && _interval)
         result = handler.setManualModeSamplingInterval(channel, *_interval);
     if (result == VekErrorCode::Success)
         result = setRanges(handler, channel);

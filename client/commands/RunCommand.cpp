@@ -205,7 +205,7 @@ VekErrorCode RunCommand::applyLimits(const VekInstrumentHandler &handler, unsign
 {
     const std::vector<unsigned char> group = handler.getLinkedChannels(channel);
     for (const unsigned char member : group.empty() ? std::vector<unsigned char>{channel} : group) {
-        const VekErrorCode result = _limits.apply(handler, member);
+        const VekErrorCode result = _limits.replace(handler, member);
         if (result != VekErrorCode::Success)
             return result;
     }
@@ -216,15 +216,21 @@ ExitCode RunCommand::upload(const Connection &connection, Task &task) const
 {
     const VekInstrumentHandler &handler = connection.handler();
     const auto channel = static_cast<unsigned char>(task.channel);
-    VekErrorCode result = applyLimits(handler, channel);
+    // The limits behind the upload, which an instrument refuses that still drives the cell under those of before.
+    VekErrorCode result = handler.uploadExperimentToChannel(channel, task.file->experiment);
     if (result == VekErrorCode::Success)
-        result = handler.uploadExperimentToChannel(channel, task.file->experiment);
+        result = applyLimits(handler, channel);
     if (result == VekErrorCode::Success)
         return Done;
     Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(task.channel), refusalText(result)));
     const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
     if (plan.result() == result.value())
         tellComplaints(*task.file, complaintsOf(*task.file, plan));
+    const bool mayRun = handler.channelReport(channel) == VekChannelReport::Unknown;
+    if (result == VekErrorCode::UploadFailed && mayRun)
+        Console::instance().note(
+            QStringLiteral("if the channel still runs an experiment: nimbrelle stop %1 --channel %2")
+                .arg(QString::fromStdString(_port), QString::number(task.channel)));
     return exitCodeOf(result);
 }
 

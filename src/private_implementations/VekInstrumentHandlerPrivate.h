@@ -144,9 +144,9 @@ public:
     void eraseRecoveryData();
     void disconnectDevice();
     /**
-     * Makes channels that were left untouched ready to be driven: takes their limits away, and does for the instrument as
-     * a whole what the start-up left out, once no channel is left that may be running by itself. The channels that the
-     * instrument can report, and does not report as running, count as free too. Ends with channelsPrepared().
+     * Makes channels that were left untouched ready to be driven. Those that the instrument can report, and does not
+     * report as running, count as free too, and their limits are taken away. Once no channel is left that may be running
+     * by itself, what the start-up left out for the instrument as a whole follows. Ends with channelsPrepared().
      *
      * @return InvalidChannel; ChannelBusy for one that runs; nothing is sent then
      */

@@ -409,14 +409,15 @@ VekErrorCode VekInstrumentHandlerPrivate::prepareChannels(const std::set<unsigne
 void VekInstrumentHandlerPrivate::freeChannels(const std::set<unsigned char> &channels)
 {
     const auto isFree = [&](unsigned char channel) {
-        return channels.count(channel) > 0 || (canReport(channel) && channelReport(channel) != VekChannelReport::Running);
+        return channels.count(channel) > 0 ||
+               (canReport(channel) && channelReport(channel) != VekChannelReport::Running);
     };
     const std::set<unsigned char> before = _untouched;
     for (const unsigned char channel : before) {
         if (!isFree(channel) || !_op->isConnected())
             continue;
         _untouched.erase(channel);
-        if (!isChannelBusy(channel)) // one that this program has started meanwhile keeps what was set for it
+        if (canReport(channel) && !isChannelBusy(channel)) // what this program has started keeps what was set for it
             resetChannelLimits(channel);
     }
     if (!before.empty() && _untouched.empty())

@@ -237,6 +237,9 @@ void TestCellSafety::aRunLeavesOtherChannelsAlone()
         {"--model", "Gale", "--channels", "4", "--cell", "rc:Rs=1,R=inf,C=0.01", "--speed", "10"});
     const QString port = simulator.portName();
     leaveRunning(port, {"--max-voltage", "1 V", "--channel", "2"});
+    const QString file = longRun();
+    QCOMPARE(ClientProcess::run({"run", file, "--port", port, "--out", freshFolder(), "--channel", "2"}), Refused);
+    QCOMPARE(ClientProcess::run({"manual", port, "--channel", "2", "--voltage", "1 V"}), Refused);
     QCOMPARE(ClientProcess::run({"manual", port, "--channel", "0", "--open-circuit", "--duration", "4 s"}), Done);
     ClientProcess stop({"stop", port, "--channel", "2"});
     QCOMPARE(stop.finish(), Refused); // its limit has ended it long ago, so that no end can be confirmed
