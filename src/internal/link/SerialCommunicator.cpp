@@ -88,9 +88,9 @@ void SerialCommunicator::SendCommand(const QByteArray &bytes)
     _thread->post([&] { Q_EMIT SendData(bytes); });
 }
 
-void SerialCommunicator::WaitForBytesSent()
+bool SerialCommunicator::WaitForBytesSent()
 {
-    _thread->waitForBytesWritten();
+    return _thread->waitForBytesWritten();
 }
 
 void SerialCommunicator::mark(int number)

@@ -49,8 +49,8 @@ public:
     void letReceiverConfirm() { _receiverConfirms = true; }
     /// Says that a packet has been dealt with; any thread.
     void packetHandled();
-    /// Blocks until what was handed over before has left the port, or 1,000 ms have gone by.
-    Q_INVOKABLE void WaitForBytesSent();
+    /// Blocks until what was handed over before has left the port, or 1,000 ms have gone by. @return whether all has left
+    Q_INVOKABLE bool WaitForBytesSent();
     /**
      * Sends markPassed() with @p number along the way of the packets: it arrives behind all those that have reached the
      * process by now. Any thread.

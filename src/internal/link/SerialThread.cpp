@@ -27,6 +27,11 @@ void configure(SerialPort &port, const QString &portName)
 
 } // namespace
 
+struct SerialThread::Departure {
+    QSemaphore isOver;
+    bool hasLeft = false; // set before the semaphore is released
+};
+
 SerialThread::SerialThread(const QString &portName) : _port(new SerialPort(this))
 {
     qRegisterMetaType<Notifications_t>();
@@ -83,11 +88,11 @@ void SerialThread::ClosePort()
 
 void SerialThread::DataToSend(const QByteArray &bytes)
 {
-    if (!_port || !_port->isOpen() || !_port->isWritable())
-        return;
-    const qint64 accepted = _port->write(bytes);
+    const bool isWritable = _port && _port->isOpen() && _port->isWritable();
+    const qint64 accepted = isWritable ? _port->write(bytes) : 0;
     if (accepted > 0)
         _bytesAccepted += accepted;
+    _hasDropped = _hasDropped || accepted < bytes.size();
 }
 
 void SerialThread::DataArrived()
@@ -140,35 +145,37 @@ void SerialThread::hangUp()
     wait(closeTimeoutMs);
 }
 
-void SerialThread::waitForBytesWritten()
+bool SerialThread::waitForBytesWritten()
 {
     if (!isRunning())
-        return;
-    // Queued behind every write that this caller has handed over. The semaphore is shared: the caller may have given up
+        return false;
+    // Queued behind every write that this caller has handed over. The departure is shared: the caller may have given up
     // before the link thread comes to it.
-    const auto woken = std::make_shared<QSemaphore>();
+    const auto departure = std::make_shared<Departure>();
     const bool isPosted = post([&] {
         QMetaObject::invokeMethod(
-            this, [this, woken] { addWaiter(woken); }, Qt::QueuedConnection);
+            this, [this, departure] { addWaiter(departure); }, Qt::QueuedConnection);
     });
-    if (isPosted)
-        woken->tryAcquire(1, writeTimeoutMs);
+    return isPosted && departure->isOver.tryAcquire(1, writeTimeoutMs) && departure->hasLeft;
 }
 
-void SerialThread::addWaiter(const std::shared_ptr<QSemaphore> &woken)
+void SerialThread::addWaiter(const std::shared_ptr<Departure> &departure)
 {
-    const bool nothingLeft = !_port || !_port->isOpen() || _bytesWritten >= _bytesAccepted;
-    if (nothingLeft)
-        woken->release();
-    else
-        _waiters.push_back({_bytesAccepted, woken});
+    const bool isOpen = _port && _port->isOpen();
+    if (isOpen && _bytesWritten < _bytesAccepted) {
+        _waiters.push_back({_bytesAccepted, departure});
+        return;
+    }
+    departure->hasLeft = isOpen && !_hasDropped;
+    departure->isOver.release();
 }
 
 void SerialThread::onBytesWritten(qint64 bytes)
 {
     _bytesWritten += bytes;
     while (!_waiters.empty() && _waiters.front().target <= _bytesWritten) {
-        _waiters.front().woken->release();
+        _waiters.front().departure->hasLeft = !_hasDropped;
+        _waiters.front().departure->isOver.release();
         _waiters.erase(_waiters.begin());
     }
 }
@@ -176,7 +183,7 @@ void SerialThread::onBytesWritten(qint64 bytes)
 void SerialThread::wakeAllWaiters()
 {
     for (const Waiter &waiter : _waiters)
-        waiter.woken->release();
+        waiter.departure->isOver.release();
     _waiters.clear();
     _bytesWritten = _bytesAccepted; // what a closed port had not written is gone
 }

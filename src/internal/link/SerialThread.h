@@ -12,7 +12,6 @@
 #include <shared_mutex>
 #include <vector>
 
-class QSemaphore;
 class SerialPort;
 
 /**
@@ -45,8 +44,12 @@ public:
             action();
         return !_isOver;
     }
-    /// Blocks the caller until what was handed over before has left the port, or 1,000 ms have gone by.
-    void waitForBytesWritten();
+    /**
+     * Blocks the caller until what was handed over before has left the port, or 1,000 ms have gone by.
+     *
+     * @return whether all has left; false if any of it was dropped, since the port was closed or has failed
+     */
+    bool waitForBytesWritten();
     /**
      * Does on purpose what a pulled cable does: closes the port, tells deviceDisconnected() and ends the thread. What
      * was handed over before goes out first. Blocks the caller until that is done, at most twice 1,000 ms.
@@ -78,17 +81,19 @@ protected:
     void run() override;
 
 private:
-    /// A caller of waitForBytesWritten(): woken when the port has written so many bytes in all.
+    /// What a caller of waitForBytesWritten() is woken by, and finds then.
+    struct Departure;
+    /// Such a caller: woken when the port has written so many bytes in all.
     struct Waiter {
         qint64 target;
-        std::shared_ptr<QSemaphore> woken;
+        std::shared_ptr<Departure> departure;
     };
 
     bool isHeldBack();
     void lose();
     void refusePosts();
     void onBytesWritten(qint64 bytes);
-    void addWaiter(const std::shared_ptr<QSemaphore> &woken);
+    void addWaiter(const std::shared_ptr<Departure> &departure);
     void wakeAllWaiters();
 
     QByteArray _buffer;        ///< bytes read from the port and not yet consumed
@@ -96,6 +101,7 @@ private:
     quint32 _skippedBytes = 0; ///< for the debugger: bytes that belonged to no frame since the start
     qint64 _bytesAccepted = 0;
     qint64 _bytesWritten = 0;
+    bool _hasDropped = false; ///< bytes that the port did not accept
     bool _lost = false;
     std::atomic<int> _packetsOnTheirWay{0};
     std::atomic<bool> _heldBack{false};
