@@ -116,11 +116,16 @@ public:
      *
      * @return Success when the update is under way: its course and end come by signal; FirmwareUpToDate, for a
      *         connected device at once; ConnectionInProgress from within a connecting call; ConnectionFailed;
-     *         FirmwareFileNotFound
+     *         FirmwareFileNotFound; StandInFirmware
      */
     VekErrorCode updateFirmwareOnComPort(const QString &portName) const;
     /// Updates every instrument that needs it, those left in their bootloader too. @return how many were started
     int updateFirmwareOnAllAvailableDevices();
+    /**
+     * Whether this library was built with a stand-in in the place of any firmware image. No update writes one into an
+     * instrument, unless NIMBRELLE_ALLOW_STAND_IN=1 is in the environment, which is for simulated instruments. Any thread.
+     */
+    static bool carriesStandInFirmware();
 
     /// Turns the log file on (as at the start) or off.
     void saveLogToFile(bool save);

@@ -1,6 +1,7 @@
 #include "VekDeviceTracker.h"
 
 #include "VekInstrumentHandler.h"
+#include "firmware/FirmwareImages.h"
 #include "firmware/FirmwareUpdateHandler.h"
 #include "firmware/HidCommunicator.h"
 #include "logging/Logger.h"
@@ -125,10 +126,18 @@ int VekDeviceTracker::updateFirmwareOnAllAvailableDevices()
         _private->getFirmwareUpdateHandler()->updateThroughHidConnections();
     const QList<QSerialPortInfo> ports = _private->getVekSerialPorts();
     for (const QSerialPortInfo &port : ports) {
-        if (updateFirmwareOnComPort(port.portName()) == VekErrorCode::Success)
+        const VekErrorCode result = updateFirmwareOnComPort(port.portName());
+        if (result == VekErrorCode::Success)
             ++started;
+        else if (result == VekErrorCode::StandInFirmware)
+            Q_EMIT firmwareUpdateNotification(port.portName() + QStringLiteral(": ") + result.message());
     }
     return started;
+}
+
+bool VekDeviceTracker::carriesStandInFirmware()
+{
+    return FirmwareImages::includeStandIn();
 }
 
 void VekDeviceTracker::saveLogToFile(bool save)

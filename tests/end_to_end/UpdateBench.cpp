@@ -20,6 +20,7 @@ QProcessEnvironment UpdateBench::environment() const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("LD_LIBRARY_PATH"), QStringLiteral(NIMBRELLE_STAND_INS));
+    environment.insert(QStringLiteral("NIMBRELLE_ALLOW_STAND_IN"), QStringLiteral("1"));
     environment.insert(QStringLiteral("NIMBRELLE_TEST_HID"), _folder.filePath(QStringLiteral("hid")));
     environment.insert(QStringLiteral("NIMBRELLE_TEST_PORTS"), _ports.join(QLatin1Char(':')));
     return environment;

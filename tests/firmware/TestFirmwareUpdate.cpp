@@ -7,9 +7,112 @@
 #include "support/FakeInstrument.h"
 #include "support/TestMain.h"
 
+#include <QSemaphore>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <memory>
+#include <thread>
+
 namespace {
 
 const QString hidPath = "/dev/hidraw-test";
+const QString otherHidPath = "/dev/hidraw-test2";
+const QByteArray permission = "NIMBRELLE_ALLOW_STAND_IN";
+
+QByteArray hardwareRecord(HardwareModel_t model, const QByteArray &name = "bench")
+{
+    return (QByteArray(1, char(model)) + name + '\n').leftJustified(256, '\0');
+}
+
+/// An instrument whose line is full behind its third hardware record, until it reads on.
+class FullLine
+{
+public:
+    explicit FullLine(int readsOnAfterMs) : _readsOnAfterMs(readsOnAfterMs)
+    {
+        _thread = std::thread([this] { serve(); });
+        _isReady.acquire();
+    }
+    ~FullLine()
+    {
+        _isOver = true;
+        _thread.join();
+    }
+    Q_DISABLE_COPY_MOVE(FullLine)
+
+    QString portName() const { return _portName; }
+    /// Waits for the restart command. @return whether it has come
+    bool isReset() { return _hasReset.tryAcquire(1, 3000); }
+
+private:
+    void serve()
+    {
+        const int master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+        grantpt(master);
+        unlockpt(master);
+        _portName = QString::fromLocal8Bit(ptsname(master));
+        const int kept = open(qPrintable(_portName), O_RDWR | O_NOCTTY | O_NONBLOCK);
+        _isReady.release();
+        while (!_isOver) {
+            char bytes[4096];
+            const ssize_t size = read(master, bytes, sizeof bytes);
+            _received.append(bytes, int(qMax(ssize_t(0), size)));
+            for (const Frame &frame : takeFrames(_received, _skipped))
+                answer(PCcommand_t(quint8(frame.type)), master, kept);
+            if (size <= 0)
+                QThread::msleep(2);
+        }
+        close(kept);
+        close(master);
+    }
+    void answer(PCcommand_t command, int master, int kept)
+    {
+        if (command == PC_SOFT_RESET)
+            _hasReset.release();
+        if (command == PC_PING)
+            send(master, NT_PING_REPLY, QByteArray());
+        if (command == PC_READ_CHANNEL_COUNT)
+            send(master, NT_CHANNEL_COUNT, "\x02");
+        if (command == PC_READ_FIRMWARE_CHECKSUM)
+            send(master, NT_FIRMWARE_CHECKSUM, "old");
+        if (command != PC_READ_HARDWARE_VERSION)
+            return;
+        const bool isFilled = ++_hardwareQuestions == 2; // the one before the reset
+        if (isFilled)
+            fill(kept);
+        send(master, NT_HARDWARE_VERSION, hardwareRecord(HardwareModel_t::Alder_2_5));
+        if (isFilled)
+            QThread::msleep(_readsOnAfterMs);
+    }
+    /// Again and again, since the kernel moves on what has been written.
+    static void fill(int file)
+    {
+        for (int refusals = 0; refusals < 5; QThread::msleep(20)) {
+            const bool isRefused = write(file, ".", 1) <= 0;
+            refusals = isRefused ? refusals + 1 : 0;
+            while (!isRefused && write(file, "..........", 10) > 0)
+                ;
+        }
+    }
+    static void send(int master, Notifications_t type, const QByteArray &payload)
+    {
+        const QByteArray frame = makeFrame(quint8(type), 0, payload);
+        if (write(master, frame.constData(), size_t(frame.size())) != frame.size())
+            qFatal("The instrument's line is full in the wrong direction");
+    }
+
+    const unsigned long _readsOnAfterMs;
+    QString _portName;
+    QByteArray _received;
+    quint32 _skipped = 0;
+    int _hardwareQuestions = 0;
+    std::atomic<bool> _isOver{false};
+    QSemaphore _isReady;
+    QSemaphore _hasReset;
+    std::thread _thread;
+};
 
 } // namespace
 
@@ -24,6 +127,15 @@ private Q_SLOTS:
     void refusalsLeaveTheInstrumentAlone();
     void silentPortIsToldInWords();
     void echoIsUnknown();
+    void standInIsRefusedBeforeTheReset_data();
+    void standInIsRefusedBeforeTheReset();
+    void instrumentMustBeTheOneThatWasQuestioned_data();
+    void instrumentMustBeTheOneThatWasQuestioned();
+    void portThatIsGoneFailsTheUpdate();
+    void portIsHeldUntilTheResetHasLeft_data();
+    void portIsHeldUntilTheResetHasLeft();
+    void bootloaderThatWasThereIsLeftAlone();
+    void slowBootloaderDoesNotDisturbTheQuestions();
     void instrumentGoesThroughItsHidBootloader();
     void galeIsUpdatedOverItsPort();
     void unknownDeviceIsToldInWords();
@@ -40,6 +152,8 @@ private:
 
 void TestFirmwareUpdate::init()
 {
+    qputenv(permission, "1");
+    FakeHidBus::bus().clear();
     _instrument.reset(new FakeInstrument);
     _messages.reset(new QSignalSpy(&_handler, &FirmwareUpdateHandler::firmwareUpdateNotification));
     _finished.reset(new QSignalSpy(&_handler, &FirmwareUpdateHandler::firmwareUpdateFinished));
@@ -47,9 +161,8 @@ void TestFirmwareUpdate::init()
 
 void TestFirmwareUpdate::answerAs(HardwareModel_t model, const QByteArray &checksum)
 {
-    const QByteArray record = QByteArray(1, char(model)) + "bench\n";
     _instrument->reply(PC_PING, NT_PING_REPLY);
-    _instrument->reply(PC_READ_HARDWARE_VERSION, NT_HARDWARE_VERSION, record.leftJustified(256, '\0'));
+    _instrument->reply(PC_READ_HARDWARE_VERSION, NT_HARDWARE_VERSION, hardwareRecord(model));
     _instrument->reply(PC_READ_CHANNEL_COUNT, NT_CHANNEL_COUNT, "\x02");
     _instrument->reply(PC_READ_FIRMWARE_CHECKSUM, NT_FIRMWARE_CHECKSUM, checksum);
 }
@@ -98,6 +211,110 @@ void TestFirmwareUpdate::echoIsUnknown()
 {
     _instrument->setEchoing(true);
     QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Unknown);
+}
+
+void TestFirmwareUpdate::standInIsRefusedBeforeTheReset_data()
+{
+    QTest::addColumn<int>("model");
+    QTest::newRow("HID") << int(HardwareModel_t::Alder_2_5);
+    QTest::newRow("serial") << int(HardwareModel_t::Gale);
+}
+
+void TestFirmwareUpdate::standInIsRefusedBeforeTheReset()
+{
+    QFETCH(int, model);
+    qunsetenv(permission);
+    answerAs(HardwareModel_t(model), "old");
+    QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::StandInFirmware);
+    QCOMPARE(_instrument->count(PC_SOFT_RESET), 0);
+}
+
+void TestFirmwareUpdate::instrumentMustBeTheOneThatWasQuestioned_data()
+{
+    QTest::addColumn<QByteArray>("record"); // when it is asked again; empty: silence
+    QTest::newRow("other model") << hardwareRecord(HardwareModel_t::Alder_2_4);
+    QTest::newRow("other name") << hardwareRecord(HardwareModel_t::Alder_2_5, "field");
+    QTest::newRow("silent") << QByteArray();
+}
+
+void TestFirmwareUpdate::instrumentMustBeTheOneThatWasQuestioned()
+{
+    QFETCH(QByteArray, record);
+    answerAs(HardwareModel_t::Alder_2_5, "old");
+    const FakeInstrument::Answer answer = _instrument->answerTo(PC_READ_HARDWARE_VERSION);
+    _instrument->on(PC_READ_HARDWARE_VERSION, [=](const FakeInstrument::Command &command) {
+        if (_instrument->count(PC_READ_HARDWARE_VERSION) == 1)
+            answer(command);
+        else if (!record.isEmpty())
+            _instrument->send(NT_HARDWARE_VERSION, command.channel, record);
+    });
+    const VekErrorCode code = _handler.update(_instrument->portName());
+    QCOMPARE(code.value(), VekErrorCode::ConnectionFailed);
+    QVERIFY(code.message().contains("Nothing was changed"));
+    QCOMPARE(_instrument->count(PC_SOFT_RESET), 0);
+}
+
+void TestFirmwareUpdate::portThatIsGoneFailsTheUpdate()
+{
+    QTemporaryDir folder;
+    const QString port = folder.filePath("port");
+    QVERIFY(QFile::link(_instrument->portName(), port));
+    answerAs(HardwareModel_t::Alder_2_5, "old");
+    _instrument->on(PC_READ_FIRMWARE_CHECKSUM, [&](const FakeInstrument::Command &) {
+        QFile::remove(port); // the second opening goes on, the third one fails
+        _instrument->send(NT_FIRMWARE_CHECKSUM, 0, "old");
+    });
+    QCOMPARE(_handler.update(port).value(), VekErrorCode::ConnectionFailed);
+    QCOMPARE(_instrument->count(PC_SOFT_RESET), 0);
+}
+
+void TestFirmwareUpdate::portIsHeldUntilTheResetHasLeft_data()
+{
+    QTest::addColumn<int>("readsOnAfterMs");
+    QTest::addColumn<bool>("hasLeft");
+    QTest::newRow("late") << 400 << true;
+    QTest::newRow("never") << 4000 << false; // the wait for a command's way out is one second
+}
+
+void TestFirmwareUpdate::portIsHeldUntilTheResetHasLeft()
+{
+    QFETCH(int, readsOnAfterMs);
+    QFETCH(bool, hasLeft);
+    FullLine instrument(readsOnAfterMs);
+    const VekErrorCode code = _handler.update(instrument.portName());
+    QCOMPARE(code.value(), hasLeft ? VekErrorCode::Success : VekErrorCode::ConnectionFailed);
+    QCOMPARE(instrument.isReset(), hasLeft);
+    FakeHidBus::bus().plug(hidPath);
+    BootLoaderCommunicator::Instance()->checkForAnnounced();
+    // Without an announcement the device is nobody's, and nothing comes.
+    QCOMPARE(QTest::qWaitFor([this] { return !_finished->isEmpty(); }, hasLeft ? 20000 : 2500), hasLeft);
+    QCOMPARE(FakeHidBus::bus().device(hidPath).hasJumped, hasLeft);
+}
+
+void TestFirmwareUpdate::bootloaderThatWasThereIsLeftAlone()
+{
+    FakeHidBus::bus().plug(hidPath); // of the same model
+    answerAs(HardwareModel_t::Alder_2_5, "old");
+    _instrument->on(PC_SOFT_RESET, [](const FakeInstrument::Command &) { FakeHidBus::bus().plug(otherHidPath); });
+    QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Success);
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 20000);
+    QCOMPARE(_finished->first(), QVariantList({"bench", true}));
+    QVERIFY(FakeHidBus::bus().device(otherHidPath).hasJumped);
+    QCOMPARE(FakeHidBus::bus().device(hidPath).writes, 0);
+}
+
+void TestFirmwareUpdate::slowBootloaderDoesNotDisturbTheQuestions()
+{
+    FakeHidDevice slow;
+    slow.silentAt = 2;
+    FakeHidBus::bus().plug(hidPath, slow);
+    answerAs(HardwareModel_t::Alder_2_5, "old");
+    _instrument->on(PC_SOFT_RESET, [](const FakeInstrument::Command &) { FakeHidBus::bus().plug(otherHidPath); });
+    _handler.updateThroughHidConnections();
+    QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Success);
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 2, 30000);
+    QCOMPARE(_finished->at(0), QVariantList({"", false}));
+    QCOMPARE(_finished->at(1), QVariantList({"bench", true}));
 }
 
 void TestFirmwareUpdate::instrumentGoesThroughItsHidBootloader()

@@ -1,6 +1,8 @@
 #include "FakeHidApi.h"
 
+#include "VekErrorCode.h"
 #include "firmware/BootLoaderCommunicator.h"
+#include "firmware/BootloaderThread.h"
 #include "firmware/HexLoader.h"
 #include "firmware/HidCommunicator.h"
 #include "hardware_models/HardwareModelNumber.h"
@@ -16,9 +18,19 @@ const QString otherPath = "/dev/hidraw-test2";
 constexpr int model = int(HardwareModel_t::Alder_2_5);
 constexpr int runTimeoutMs = 20000;
 
-QList<QByteArray> imageRecords()
+constexpr int otherModel = int(HardwareModel_t::Heron_2_0);
+const QByteArray permission = "NIMBRELLE_ALLOW_STAND_IN";
+
+QList<QByteArray> imageRecords(int number = model)
 {
-    return HexLoader::ReadFile(BootLoaderCommunicator::findHexFilePath(model));
+    return HexLoader::ReadFile(BootLoaderCommunicator::findHexFilePath(number));
+}
+
+FakeHidDevice deviceOf(int number)
+{
+    FakeHidDevice device;
+    device.release = static_cast<unsigned short>(number);
+    return device;
 }
 
 using Device = FakeHidDevice;
@@ -46,7 +58,16 @@ private Q_SLOTS:
     void onlyRefusedRightsAreWaitedFor();
     void announcedUpdatesAreTakenInOrder();
     void announcedDeviceMayComeAfterABatch();
+    void twoModelsAtOnceGetTheirOwnImages();
+    void whatNobodyAskedForIsLeftAlone_data();
+    void whatNobodyAskedForIsLeftAlone();
+    void announcementExpires();
+    void patienceCountsFromTheEndOfARun();
+    void instrumentThatIsAnnouncedAgainNeverLeft();
+    void pathThatGoesToAnotherModelIsNotFlashed();
+    void standInIsNotWritten();
     void unknownModelWaitsForAnAnswer();
+    void answerDuringAnUpdateWaitsForItsEnd();
     void deviceWithoutImageIsNotTouched_data();
     void deviceWithoutImageIsNotTouched();
     void connectedDeviceIsNotFoundTwice();
@@ -65,7 +86,9 @@ private:
 
 void TestHidBootloader::init()
 {
+    qputenv(permission, "1");
     _hid = BootLoaderCommunicator::Instance();
+    _hid->setPatience(30000);
     _started.reset(new QSignalSpy(_hid, &BootLoaderCommunicator::Started));
     _progress.reset(new QSignalSpy(_hid, &BootLoaderCommunicator::ProgressChanged));
     _finished.reset(new QSignalSpy(_hid, &BootLoaderCommunicator::Finished));
@@ -228,6 +251,138 @@ void TestHidBootloader::announcedDeviceMayComeAfterABatch()
     QCOMPARE(_finished->last(), QVariantList({"second", true}));
 }
 
+void TestHidBootloader::twoModelsAtOnceGetTheirOwnImages()
+{
+    _bus.plug(path, deviceOf(otherModel)); // found first, announced last
+    _bus.plug(otherPath, deviceOf(model));
+    _hid->setReleaseNumber("first", model);
+    _hid->setReleaseNumber("second", otherModel);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes(2));
+    QCOMPARE(_finished->at(0), QVariantList({"second", true}));
+    QCOMPARE(_finished->at(1), QVariantList({"first", true}));
+    QCOMPARE(_bus.device(path).flash, QByteArrayList(imageRecords(otherModel)).join());
+    QCOMPARE(_bus.device(otherPath).flash, QByteArrayList(imageRecords(model)).join());
+}
+
+void TestHidBootloader::whatNobodyAskedForIsLeftAlone_data()
+{
+    QTest::addColumn<int>("release");
+    QTest::addColumn<int>("announced"); // besides the model whose device comes
+    QTest::newRow("another model") << otherModel << 0;
+    QTest::newRow("no model") << 200 << 0;
+    QTest::newRow("unknown model, two images wait") << 256 << int(HardwareModel_t::Ibis_1_0);
+}
+
+void TestHidBootloader::whatNobodyAskedForIsLeftAlone()
+{
+    QFETCH(int, release);
+    QFETCH(int, announced);
+    QSignalSpy questions(_hid, &BootLoaderCommunicator::FindReleaseNumber);
+    _hid->setPatience(4000);
+    if (announced)
+        _hid->setReleaseNumber("lost", announced);
+    _hid->setReleaseNumber("awaited", model);
+    _bus.plug(path, deviceOf(release));
+    _hid->checkForAnnounced();
+    QTest::qWait(1500); // it is found, and the next search goes on
+    _bus.plug(otherPath, deviceOf(model));
+    QVERIFY(finishes());
+    QCOMPARE(_finished->first(), QVariantList({"awaited", true}));
+    QCOMPARE(_bus.device(otherPath).flash, QByteArrayList(imageRecords()).join());
+    if (announced)
+        QVERIFY(finishes(2));
+    QCOMPARE(_bus.device(path).writes, 0);
+    QVERIFY(questions.isEmpty());
+}
+
+void TestHidBootloader::announcementExpires()
+{
+    _hid->setPatience(500);
+    _hid->setReleaseNumber("lost", model);
+    _hid->checkForAnnounced();
+    QVERIFY(finishes());
+    QCOMPARE(_finished->first(), QVariantList({"lost", false}));
+    QVERIFY(_started->isEmpty());
+    _bus.plug(path); // it comes all the same, and the next update of all devices finds it
+    QTest::qWait(2500);
+    QCOMPARE(_bus.device(path).writes, 0);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes(2));
+    QCOMPARE(_finished->last(), QVariantList({"", true}));
+}
+
+void TestHidBootloader::patienceCountsFromTheEndOfARun()
+{
+    Device silent;
+    silent.silentAt = 2;
+    _bus.plug(path, silent); // holds the road for five seconds
+    _hid->setPatience(3000);
+    _hid->setReleaseNumber("first", model);
+    _hid->setReleaseNumber("second", model);
+    _hid->checkForAnnounced();
+    QVERIFY(finishes());
+    QCOMPARE(_finished->first(), QVariantList({"first", false}));
+    _bus.plug(otherPath);
+    QVERIFY(finishes(2));
+    QCOMPARE(_finished->last(), QVariantList({"second", true}));
+}
+
+void TestHidBootloader::instrumentThatIsAnnouncedAgainNeverLeft()
+{
+    const Announcement announcement{"bench", model, "ttyACM0", QString(), {}, {}};
+    const Announcement namesake{"bench", model, "ttyACM1", QString(), {}, {}};
+    _hid->announce(announcement);
+    _hid->announce(namesake);
+    QVERIFY(_finished->isEmpty());
+    _hid->announce(announcement);
+    QCOMPARE(_finished->size(), 1);
+    QCOMPARE(_finished->first(), QVariantList({"bench", false}));
+    _bus.plug(path);
+    _bus.plug(otherPath);
+    _hid->checkForAnnounced();
+    QVERIFY(finishes(3)); // two are left
+    QVERIFY(_finished->at(1).at(1).toBool() && _finished->at(2).at(1).toBool());
+}
+
+void TestHidBootloader::pathThatGoesToAnotherModelIsNotFlashed()
+{
+    QSignalSpy refusals(_hid, &BootLoaderCommunicator::Refused);
+    _bus.plug(path);
+    _bus.plug(otherPath);
+    _hid->setReleaseNumber("first", model);
+    _hid->setReleaseNumber("second", model);
+    connect(
+        _hid, &BootLoaderCommunicator::Started, _started.data(),
+        [this] { _bus.plug(otherPath, deviceOf(otherModel)); }, Qt::DirectConnection);
+    _hid->checkForAnnounced();
+    QVERIFY(finishes(2));
+    QCOMPARE(_finished->at(0), QVariantList({"first", true}));
+    QCOMPARE(_finished->at(1), QVariantList({"second", false}));
+    QCOMPARE(refusals.size(), 1);
+    QCOMPARE(_bus.device(otherPath).writes, 0);
+}
+
+void TestHidBootloader::standInIsNotWritten()
+{
+    qunsetenv(permission);
+    QSignalSpy refusals(_hid, &BootLoaderCommunicator::Refused);
+    _bus.plug(path);
+    _hid->checkForHidConnections();
+    QVERIFY(finishes());
+    QCOMPARE(_finished->first(), QVariantList({"", false}));
+    QCOMPARE(refusals.first().at(1).toString(), VekErrorCode(VekErrorCode::StandInFirmware).message());
+    QCOMPARE(_bus.device(path).writes, 0);
+    // Whoever goes past the check of the model does not come by an image either.
+    QSignalSpy runs(BootloaderThread::Instance(), &BootloaderThread::Finished);
+    BootloaderThread::Instance()->SetHexFile(BootLoaderCommunicator::findHexFilePath(model));
+    BootloaderThread::Instance()->SetHIDPath(path);
+    BootloaderThread::Instance()->upLoading();
+    QTRY_COMPARE_WITH_TIMEOUT(runs.size(), 1, runTimeoutMs);
+    QCOMPARE(runs.first().at(1).toBool(), false);
+    QCOMPARE(_bus.device(path).writes, 0);
+}
+
 void TestHidBootloader::unknownModelWaitsForAnAnswer()
 {
     Device device;
@@ -244,11 +399,30 @@ void TestHidBootloader::unknownModelWaitsForAnAnswer()
     QVERIFY(_bus.device(path).hasJumped);
 }
 
+void TestHidBootloader::answerDuringAnUpdateWaitsForItsEnd()
+{
+    _bus.plug(path, deviceOf(256));
+    _bus.plug(otherPath, deviceOf(otherModel));
+    int endedBefore = -1; // when the second one begins
+    connect(_hid, &BootLoaderCommunicator::Started, _started.data(), [&] {
+        if (_started->size() == 1)
+            _hid->UpdateUnknowReleaseNumber(path, HardwareModel_t(model));
+        else
+            endedBefore = _finished->size();
+    });
+    _hid->checkForHidConnections();
+    QVERIFY(finishes(2));
+    QCOMPARE(endedBefore, 1);
+    QCOMPARE(_bus.device(path).flash, QByteArrayList(imageRecords(model)).join());
+    QCOMPARE(_bus.device(otherPath).flash, QByteArrayList(imageRecords(otherModel)).join());
+}
+
 void TestHidBootloader::deviceWithoutImageIsNotTouched_data()
 {
     QTest::addColumn<int>("release");
     QTest::newRow("no longer supported") << int(HardwareModel_t::Cedar);
     QTest::newRow("no model") << 200;
+    QTest::newRow("updated over its port") << int(HardwareModel_t::Gale);
     QTest::newRow("no byte") << 256 + model; // its low byte would be a model
 }
 

@@ -1,5 +1,6 @@
 #include "firmware/BootLoaderCOM.h"
 #include "firmware/SerialBootloader.h"
+#include "firmware/FirmwareImages.h"
 #include "support/FakeInstrument.h"
 #include "support/TestMain.h"
 #include "support/UnreadableFile.h"
@@ -60,9 +61,11 @@ private Q_SLOTS:
     void instrumentWithoutBoardsIsNotWaitedFor();
     void failureEndsTheUpdate_data();
     void failureEndsTheUpdate();
+    void otherModelIsNotReset();
     void missingImageTouchesNothing();
     void unreadableImageFails();
     void readingEndsWhereTheImageBreaksOff();
+    void standInTouchesNothing();
 
 private:
     void answerByBoards(PCcommand_t command);
@@ -223,6 +226,25 @@ void TestSerialBootloader::readingEndsWhereTheImageBreaksOff()
     QCOMPARE(SerialBootloader::writeRecords(port, image, 8), 1);
     QVERIFY2(image.failures() < 10, qPrintable(QString::number(image.failures())));
     QVERIFY(!image.atEnd());
+}
+
+void TestSerialBootloader::otherModelIsNotReset()
+{
+    _instrument->reply(PC_READ_HARDWARE_VERSION, NT_HARDWARE_VERSION,
+                       QByteArray("\x23Gale-7\n").leftJustified(64, '\0'));
+    flash(":020000000102FB\n:00000001FF\n");
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 15000);
+    QCOMPARE(_finished->first(), QVariantList({"Gale-7", false}));
+    QCOMPARE(_instrument->count(PC_SOFT_RESET), 0);
+}
+
+void TestSerialBootloader::standInTouchesNothing()
+{
+    BootLoaderCOM::Instance()->flash(_instrument->portName(),
+                                     FirmwareImages::pathFor(int(HardwareModel_t::Gale)), "Gale-7");
+    QTRY_COMPARE(_finished->size(), 1);
+    QCOMPARE(_finished->first(), QVariantList({"Gale-7", false}));
+    QVERIFY(_instrument->commands().isEmpty());
 }
 
 NIMBRELLE_TEST_MAIN(TestSerialBootloader)

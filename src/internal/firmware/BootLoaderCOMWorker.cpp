@@ -1,5 +1,7 @@
 #include "firmware/BootLoaderCOMWorker.h"
 
+#include "firmware/FirmwareImages.h"
+#include "firmware/HexLoader.h"
 #include "firmware/SerialBootloader.h"
 #include "link/Frame.h"
 
@@ -77,6 +79,8 @@ void BootLoaderCOMWorker::process()
 
 bool BootLoaderCOMWorker::update()
 {
+    if (FirmwareImages::isRefusedStandIn(HexLoader::ReadFile(_hexFile)))
+        return false;
     QFile file(_hexFile);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return false;

@@ -1,12 +1,31 @@
 #include "firmware/BootLoaderCommunicator.h"
 
 #include "firmware/BootloaderThread.h"
-#include "firmware/HexLoader.h"
-#include "hardware_models/HardwareModelFactory.h"
+#include "firmware/FirmwareImages.h"
+#include "firmware/HidCommunicator.h"
+#include "firmware/UsbPlace.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr unsigned long finderEndPollMs = 20;
+
+/// Whether what stands on the path now may have the model's image: paths are given again, and a run may wait for long.
+bool isStillThere(const BootLoaderCommunicator::HidData &data)
+{
+    const int releaseNumber = HidCommunicator::SearchForBootloaderHidPath().value(data.path, -1);
+    return releaseNumber == data.model || releaseNumber == BootLoaderCommunicator::unknownModel;
+}
+
+/// Whether the image of a model may be written over HID, which is not the road of the Gale line.
+VekErrorCode verdictOn(int model)
+{
+    if (model == static_cast<int>(HardwareModel_t::Gale))
+        return VekErrorCode::FirmwareFileNotFound;
+    return FirmwareImages::verdictOn(model);
+}
 
 } // namespace
 
@@ -24,6 +43,9 @@ BootLoaderCommunicator::BootLoaderCommunicator()
     connect(&_finder, &Finder::HidConnectionsFound, this, &This::HidConnectionsFound, Qt::BlockingQueuedConnection);
     connect(&_finder, &Finder::HidConnectionsRemove, this, &This::HidConnectionsRemove, Qt::QueuedConnection);
     connect(&_finder, &Finder::finished, this, &This::onSearchEnded, Qt::QueuedConnection);
+
+    _patience.setSingleShot(true);
+    connect(&_patience, &QTimer::timeout, this, &This::onPatienceEnded);
 
     BootloaderThread *const thread = BootloaderThread::Instance();
     connect(thread, &BootloaderThread::ProgressChanged, this, &This::ProgressChanged, Qt::QueuedConnection);
@@ -45,7 +67,17 @@ BootLoaderCommunicator::~BootLoaderCommunicator()
 
 void BootLoaderCommunicator::setReleaseNumber(QString deviceName, int model)
 {
-    _pending.enqueue({QString(), model, deviceName});
+    announce({deviceName, model, QString(), QString(), {}, {}});
+}
+
+void BootLoaderCommunicator::announce(Announcement announcement)
+{
+    const bool neverLeft = _pending.takeSame(announcement);
+    announcement.deadline.setRemainingTime(_patienceMs);
+    _pending.add(announcement);
+    restartPatience();
+    if (neverLeft)
+        Q_EMIT Finished(announcement.deviceName, false);
 }
 
 void BootLoaderCommunicator::UpdateUnknowReleaseNumber(QString path, HardwareModel_t model)
@@ -61,24 +93,51 @@ void BootLoaderCommunicator::checkForHidConnections()
             _finder.forget(path);
         _unfinished.clear();
     }
+    _wantsAll = true;
+    _finder.start();
+}
+
+void BootLoaderCommunicator::checkForAnnounced()
+{
     _finder.start();
 }
 
 void BootLoaderCommunicator::HidConnectionsFound(const QMap<QString, int> &devices)
 {
     for (auto device = devices.begin(); device != devices.end(); ++device)
-        found(device.key(), device.value());
+        _connected.insert(device.key(), device.value());
+    // All of them choose before the first one runs: what is announced during a run is none of these.
+    const QMap<QString, HidData> updates = updatesOf(devices, std::exchange(_wantsAll, false));
+    for (const HidData &data : updates)
+        take(data);
 }
 
-void BootLoaderCommunicator::found(const QString &path, int releaseNumber)
+/// What becomes of a batch of devices. Those that know their model choose before those that do not.
+QMap<QString, BootLoaderCommunicator::HidData> BootLoaderCommunicator::updatesOf(const QMap<QString, int> &devices,
+                                                                                 bool wantsAll)
 {
-    _connected.insert(path, releaseNumber);
-    HidData data = _pending.isEmpty() ? HidData{QString(), releaseNumber, QString()} : _pending.dequeue();
-    data.path = path;
+    QStringList order = devices.keys();
+    std::stable_partition(order.begin(), order.end(),
+                          [&devices](const QString &path) { return devices.value(path) != unknownModel; });
+    QMap<QString, HidData> updates; // by path
+    for (const QString &path : qAsConst(order)) {
+        const int releaseNumber = devices.value(path);
+        if (const auto announced = _pending.takeFor({path, releaseNumber, usbPlaceOf(path)}))
+            updates.insert(path, {path, announced->model, announced->deviceName});
+        else if (wantsAll)
+            updates.insert(path, {path, releaseNumber, QString()});
+        else
+            _unfinished.append(path);
+    }
+    return updates;
+}
+
+void BootLoaderCommunicator::take(const HidData &data)
+{
     Q_EMIT ShowBootloaderDialog();
     if (data.model == unknownModel) {
-        _unfinished.append(path);
-        Q_EMIT FindReleaseNumber(path);
+        _unfinished.append(data.path);
+        Q_EMIT FindReleaseNumber(data.path);
         return;
     }
     _toRun.enqueue(data);
@@ -87,41 +146,92 @@ void BootLoaderCommunicator::found(const QString &path, int releaseNumber)
 
 void BootLoaderCommunicator::HidConnectionsRemove(const QMap<QString, int> &devices)
 {
-    for (auto device = devices.begin(); device != devices.end(); ++device)
+    for (auto device = devices.begin(); device != devices.end(); ++device) {
         _connected.remove(device.key());
+        _pending.forgetPath(device.key());
+    }
 }
 
 void BootLoaderCommunicator::onSearchEnded()
 {
-    if (!_pending.isEmpty()) // announced while the finder was busy with a batch that did not hold it
+    if (!_pending.isEmpty() || _wantsAll) // asked for while the finder was busy with a batch that did not hold it
         _finder.start();
+}
+
+void BootLoaderCommunicator::onPatienceEnded()
+{
+    if (_isRunning)
+        return; // nobody has looked for the device meanwhile; the end of the update counts anew
+    const QStringList lost = _pending.takeExpired();
+    restartPatience();
+    if (_pending.isEmpty() && !_wantsAll) {
+        _finder.requestInterruption();
+        _finder.quit();
+    }
+    for (const QString &deviceName : lost)
+        Q_EMIT Finished(deviceName, false);
+}
+
+void BootLoaderCommunicator::restartPatience()
+{
+    if (_pending.isEmpty())
+        _patience.stop();
+    else
+        _patience.start(static_cast<int>(_pending.remainingTime()));
+}
+
+void BootLoaderCommunicator::goOn()
+{
+    --_holds;
+    QMetaObject::invokeMethod(this, &BootLoaderCommunicator::startBootLoader, Qt::QueuedConnection);
 }
 
 void BootLoaderCommunicator::startBootLoader()
 {
-    if (_isRunning)
+    if (_isRunning || _holds > 0 || _toRun.isEmpty())
         return; // called from within an update: its turn comes below
     _isRunning = true;
     while (!_toRun.isEmpty())
         runNext();
     _isRunning = false;
+    _pending.waitFor(_patienceMs);
+    restartPatience();
 }
 
 void BootLoaderCommunicator::runNext()
 {
     const HidData data = _toRun.dequeue();
-    BootloaderThread *const thread = BootloaderThread::Instance();
-    thread->SetHexFile(findHexFilePath(data.model));
-    thread->SetHIDPath(data.path);
-    thread->SetDeviceName(data.deviceName);
-    _outcome.reset();
-    thread->upLoading();
-    _runLoop.exec();
+    const VekErrorCode verdict = verdictOn(data.model);
+    _outcome = false;
+    if (!isStillThere(data))
+        refuse(data, QStringLiteral("The bootloader that was found has gone, or is another model's now."));
+    else if (verdict == VekErrorCode::StandInFirmware)
+        refuse(data, verdict.message());
+    else
+        flash(data, verdict == VekErrorCode::Success ? findHexFilePath(data.model) : QString());
     if (!_outcome)
         _toRun.clear();
     _unfinished.removeAll(data.path);
     if (!_outcome.value_or(false))
         _unfinished.append(data.path);
+}
+
+/// Without an image the run fails, and leaves the device alone.
+void BootLoaderCommunicator::flash(const HidData &data, const QString &imagePath)
+{
+    BootloaderThread *const thread = BootloaderThread::Instance();
+    thread->SetHexFile(imagePath);
+    thread->SetHIDPath(data.path);
+    thread->SetDeviceName(data.deviceName);
+    _outcome.reset();
+    thread->upLoading();
+    _runLoop.exec();
+}
+
+void BootLoaderCommunicator::refuse(const HidData &data, const QString &reason)
+{
+    Q_EMIT Refused(data.deviceName, reason);
+    Q_EMIT Finished(data.deviceName, false);
 }
 
 void BootLoaderCommunicator::onRunFinished(const QString &, bool success)
@@ -132,7 +242,5 @@ void BootLoaderCommunicator::onRunFinished(const QString &, bool success)
 
 QString BootLoaderCommunicator::findHexFilePath(int model)
 {
-    const bool fits = model == static_cast<quint8>(model);
-    const auto number = fits ? static_cast<HardwareModel_t>(model) : HardwareModel_t::Invalid;
-    return HexLoader::getDefaultHexPath(HardwareModelFactory::getHardwareModel(number)->hexFileName());
+    return FirmwareImages::pathFor(model);
 }

@@ -1,6 +1,7 @@
 #include "firmware/BootloaderThread.h"
 
 #include "firmware/BootloaderOperator.h"
+#include "firmware/FirmwareImages.h"
 #include "firmware/HexLoader.h"
 #include "firmware/HidCommunicator.h"
 
@@ -47,7 +48,7 @@ BootloaderThread::~BootloaderThread()
 
 void BootloaderThread::SetHexFile(QString const &path)
 {
-    _records = HexLoader::ReadFile(path);
+    _records = FirmwareImages::recordsToWrite(path);
 }
 
 void BootloaderThread::SetHIDPath(QString const &path)

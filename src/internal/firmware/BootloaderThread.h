@@ -28,7 +28,7 @@ public:
     /// Ends a run that is under way and waits for it, at most the 5 s of a write that blocks.
     ~BootloaderThread() override;
 
-    /// Reads the image; one that cannot be read makes the run fail.
+    /// Reads the image; one that cannot be read, or may not be written, makes the run fail.
     void SetHexFile(QString const &path);
     /// The device; without one the run looks for one itself, without limit.
     void SetHIDPath(QString const &path);

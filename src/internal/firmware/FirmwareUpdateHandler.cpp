@@ -2,7 +2,9 @@
 
 #include "firmware/BootLoaderCOM.h"
 #include "firmware/BootLoaderCommunicator.h"
-#include "firmware/HexLoader.h"
+#include "firmware/FirmwareImages.h"
+#include "firmware/HidCommunicator.h"
+#include "firmware/UsbPlace.h"
 #include "link/SerialCommunicator.h"
 #include "session/InitialInformation.h"
 
@@ -12,25 +14,45 @@ namespace {
 
 constexpr unsigned long resetMs = 100;
 
-/// Restarts the instrument into its HID bootloader, and announces it there.
-void sendToHidBootloader(SerialCommunicator &link, const InstrumentInfo &info)
+/// For as long as a port is questioned.
+struct Hold {
+    Hold() { BootLoaderCommunicator::Instance()->hold(); }
+    ~Hold() { BootLoaderCommunicator::Instance()->goOn(); }
+    Q_DISABLE_COPY_MOVE(Hold)
+};
+
+bool isGale(const InstrumentInfo &info)
 {
-    link.SendCommand(PC_SOFT_RESET, deviceChannel);
-    link.WaitForBytesSent();
-    QThread::msleep(resetMs);
-    link.Stop();
-    BootLoaderCommunicator::Instance()->setReleaseNumber(info.deviceName, static_cast<int>(info.hardware.hwModel));
+    return info.hardware.hwModel == HardwareModel_t::Gale;
 }
 
-/// Restarts all boards, and has the serial bootloader take over the port.
-void flashOverSerialPort(SerialCommunicator *link, const InstrumentInfo &info, const QString &imagePath)
+/// Whether the instrument that was questioned is the one that answers now.
+bool isSameInstrument(SerialCommunicator &link, const InstrumentInfo &questioned)
 {
-    link->SendCommand(PC_SOFT_RESET, allChannels);
-    link->WaitForBytesSent();
-    link->Stop();
-    link->deleteLater();
+    InstrumentInfo present;
+    const bool isSilent = InitialInformation::getHardwareVersion(link, present);
+    return !isSilent && present.hardware.hwModel == questioned.hardware.hwModel &&
+           present.deviceName == questioned.deviceName;
+}
+
+/// Restarts an instrument into its bootloader, and holds the port until the command has left it.
+VekErrorCode restart(const InstrumentInfo &info)
+{
+    SerialCommunicator link(info.comPort);
+    link.Start(true);
+    if (!isSameInstrument(link, info))
+        return VekErrorCode(VekErrorCode::ConnectionFailed,
+                            QStringLiteral("The instrument has left its port before it could be restarted into its "
+                                           "bootloader. Nothing was changed; please try again."));
+    link.SendCommand(PC_SOFT_RESET, isGale(info) ? allChannels : deviceChannel);
+    if (!link.WaitForBytesSent())
+        return VekErrorCode(VekErrorCode::ConnectionFailed,
+                            QStringLiteral("The instrument did not take the command to restart into its bootloader, so "
+                                           "that nothing was written. If it does not answer any more, please update all "
+                                           "available devices."));
     QThread::msleep(resetMs);
-    BootLoaderCOM::Instance()->flash(info.comPort, imagePath, info.deviceName);
+    link.Stop();
+    return VekErrorCode::Success;
 }
 
 } // namespace
@@ -48,6 +70,7 @@ FirmwareUpdateHandler::FirmwareUpdateHandler(QObject *parent) : QObject(parent)
     connect(hid, &Hid::Finished, this, &This::firmwareUpdateFinished, queued);
     connect(hid, &Hid::Started, this, &This::BootloaderStarted, queued);
     connect(hid, &Hid::BootloaderFound, this, &This::BootloaderFound, queued);
+    connect(hid, &Hid::Refused, this, &This::BootloaderRefused, queued);
     connect(hid, &Hid::FindReleaseNumber, this, &This::UnknowHIDModelConnect, queued);
     Serial *const serial = Serial::Instance();
     connect(serial, &Serial::ShowDialog, this, &This::ShowBootloaderDialog, queued);
@@ -72,6 +95,7 @@ VekErrorCode FirmwareUpdateHandler::hasCorrectFirmware(const QString &port, Inst
 
 VekErrorCode FirmwareUpdateHandler::update(const QString &port)
 {
+    const Hold hold;
     InstrumentInfo info;
     info.comPort = port;
     const VekErrorCode verdict = hasCorrectFirmware(port, info);
@@ -79,19 +103,22 @@ VekErrorCode FirmwareUpdateHandler::update(const QString &port)
         return VekErrorCode::FirmwareUpToDate;
     if (verdict != VekErrorCode::FirmwareNotSupported)
         return verdict;
-    const QString imagePath = BootLoaderCommunicator::findHexFilePath(static_cast<int>(info.hardware.hwModel));
-    if (HexLoader::ReadFile(imagePath).isEmpty())
-        return VekErrorCode::FirmwareFileNotFound;
+    const int model = static_cast<int>(info.hardware.hwModel);
+    const VekErrorCode imageVerdict = FirmwareImages::verdictOn(model);
+    if (imageVerdict != VekErrorCode::Success)
+        return imageVerdict;
 
-    auto *const link = new SerialCommunicator(port);
-    link->Start(true);
-    if (info.hardware.hwModel == HardwareModel_t::Gale) {
-        flashOverSerialPort(link, info, imagePath);
+    const QString usbPlace = usbPlaceOf(port);
+    const QStringList bootloaders = HidCommunicator::SearchForBootloaderHidPath().keys();
+    const VekErrorCode restarted = restart(info);
+    if (restarted != VekErrorCode::Success)
+        return restarted;
+    if (isGale(info)) {
+        BootLoaderCOM::Instance()->flash(port, FirmwareImages::pathFor(model), info.deviceName);
         return VekErrorCode::Success;
     }
-    sendToHidBootloader(*link, info);
-    updateThroughHidConnections();
-    link->deleteLater();
+    BootLoaderCommunicator::Instance()->announce({info.deviceName, model, port, usbPlace, bootloaders, {}});
+    BootLoaderCommunicator::Instance()->checkForAnnounced();
     return VekErrorCode::Success;
 }
 
@@ -109,6 +136,11 @@ void FirmwareUpdateHandler::BootloaderFinished(const QString &deviceName, bool s
 {
     Q_EMIT firmwareUpdateNotification(deviceName + (success ? QStringLiteral(": Firmware updated successfully.")
                                                             : QStringLiteral(": Firmware update failed.")));
+}
+
+void FirmwareUpdateHandler::BootloaderRefused(const QString &deviceName, const QString &reason)
+{
+    Q_EMIT firmwareUpdateNotification(deviceName + QStringLiteral(": ") + reason);
 }
 
 void FirmwareUpdateHandler::BootloaderStarted(const QString &deviceName)

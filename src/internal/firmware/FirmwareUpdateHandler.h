@@ -32,11 +32,14 @@ public:
     /**
      * Restarts the instrument on a port into its bootloader and has it flashed.
      *
-     * @return Success when the update is under way; FirmwareUpToDate; FirmwareFileNotFound; else what failed. Nothing
-     *         but Success means that the instrument was touched.
+     * The instrument is asked once more who it is before it is restarted. One that goes through a HID bootloader has
+     * failed if it has not come there within 30 s, counted anew from the end of each update that runs before its own.
+     *
+     * @return Success when the update is under way; FirmwareUpToDate; FirmwareFileNotFound; StandInFirmware; else what
+     *         failed. Unless it says otherwise in words, nothing but Success means that the instrument was touched.
      */
     VekErrorCode update(const QString &port);
-    /// Has the instruments flashed that are, or soon will be, in their HID bootloader.
+    /// Has all instruments flashed that are in their HID bootloader, announced or not.
     void updateThroughHidConnections();
 
 Q_SIGNALS:
@@ -48,6 +51,7 @@ Q_SIGNALS:
 private:
     void BootloaderSetProgress(const QString &deviceName, int percent);
     void BootloaderFinished(const QString &deviceName, bool success);
+    void BootloaderRefused(const QString &deviceName, const QString &reason);
     void BootloaderStarted(const QString &deviceName);
     void BootloaderFound(const QString &deviceName);
     void ShowBootloaderDialog();

@@ -40,6 +40,8 @@ public:
     /// False once the image is at its end.
     bool take(const QByteArray &record);
     HexCrc summary() const;
+    /// From the lowest address to the end.
+    QByteArray used() const { return _bytes.mid(static_cast<int>(_lowestAddress - programFlash)); }
 
 private:
     void store(const QByteArray &record);
@@ -93,9 +95,19 @@ void FlashImage::store(const QByteArray &record)
 HexCrc FlashImage::summary() const
 {
     // Deliberate: the size counts from the start of the flash, the CRC from the lowest address.
-    const QByteArray used = _bytes.mid(static_cast<int>(_lowestAddress - programFlash));
+    const QByteArray bytes = used();
     return {_lowestAddress, static_cast<quint32>(_bytes.size()),
-            CrcCalculator::Get16(used.constData(), static_cast<unsigned>(used.size()))};
+            CrcCalculator::Get16(bytes.constData(), static_cast<unsigned>(bytes.size()))};
+}
+
+FlashImage imageOf(const QList<QByteArray> &records)
+{
+    FlashImage image;
+    for (const QByteArray &record : records) {
+        if (!image.take(record))
+            break;
+    }
+    return image;
 }
 
 bool hasRightLength(const QByteArray &record)
@@ -147,6 +159,8 @@ QList<QByteArray> HexLoader::ReadFile(QString const &path)
         return {};
     QList<QByteArray> records;
     const QList<QByteArray> lines = linesOf(file);
+    if (file.error() != QFileDevice::NoError)
+        return {};
     for (const QByteArray &line : lines) {
         if (line.startsWith(';'))
             continue;
@@ -172,12 +186,12 @@ HexSignature HexLoader::ReadHexSignature(QString const &path)
 
 HexCrc HexLoader::CalculateCrc(QList<QByteArray> const &records)
 {
-    FlashImage image;
-    for (const QByteArray &record : records) {
-        if (!image.take(record))
-            break;
-    }
-    return image.summary();
+    return imageOf(records).summary();
+}
+
+QByteArray HexLoader::ImageBytes(QList<QByteArray> const &records)
+{
+    return imageOf(records).used();
 }
 
 QString HexLoader::getDefaultHexPath(QString const &fileName)

@@ -42,6 +42,8 @@ public:
     static HexSignature ReadHexSignature(QString const &path);
     /// Lays the records out as the target's program flash and takes the CRC; see HexCrc.
     static HexCrc CalculateCrc(QList<QByteArray> const &records);
+    /// What the records store in the target's program flash, from the lowest address on; gaps are erased flash.
+    static QByteArray ImageBytes(QList<QByteArray> const &records);
     /// Resource path of a firmware file; the file need not exist.
     static QString getDefaultHexPath(QString const &fileName);
 };

@@ -49,6 +49,7 @@ void HidFinderThread::forget(const QString &path)
 
 void HidFinderThread::run()
 {
+    announceGone(HidCommunicator::SearchForBootloaderHidPath()); // whose paths may be other devices' by now
     bool hasFound = false;
     while (!hasFound && !isInterruptionRequested()) {
         const QMap<QString, int> current = HidCommunicator::SearchForBootloaderHidPath();
@@ -56,7 +57,7 @@ void HidFinderThread::run()
         announceGone(current);
         pause();
     }
-    // What was updated meanwhile has left, and its path may be the next device's.
+    // What was updated meanwhile has left as well.
     announceGone(HidCommunicator::SearchForBootloaderHidPath());
 }
 

@@ -83,7 +83,7 @@ bool SerialBootloader::readHardware(QSerialPort &port, QString &hardware)
     if (!isAnswered(port, emptyFrame(PC_READ_HARDWARE_VERSION), emptyFrame(PC_READ_HARDWARE_VERSION).left(4)))
         return false;
     const QByteArray lengthAndModel = waitForResponse(port, 3);
-    if (lengthAndModel.size() < 3)
+    if (lengthAndModel.size() < 3 || lengthAndModel.at(2) != static_cast<char>(HardwareModel_t::Gale))
         return false;
     const int rest = qFromLittleEndian<quint16>(lengthAndModel.constData()) - 1;
     hardware = textIn(waitForResponse(port, qBound(0, rest, longestHardwareText)));

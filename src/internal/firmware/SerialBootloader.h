@@ -20,7 +20,11 @@ QByteArray waitForResponse(QSerialPort &port, int size);
 /// Whether so many replies come as expected; which board answers does not matter.
 bool checkResponses(QSerialPort &port, const QByteArray &expected, int count);
 bool answersPing(QSerialPort &port);
-/// Asks for the hardware record; its bytes behind the model are at most 64. @return false without a reply
+/**
+ * Asks for the hardware record; its bytes behind the model are at most 64.
+ *
+ * @return false without a reply, and when it is another model's: what follows is for the Gale line alone
+ */
 bool readHardware(QSerialPort &port, QString &hardware);
 /// Asks for the number of channels, of which a board has two. @return false without a reply
 bool countBoards(QSerialPort &port, int &boards);
