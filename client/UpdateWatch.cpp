@@ -65,11 +65,13 @@ void UpdateWatch::onNotification(const QString &text)
         return Console::instance().progress(
             [&] { return progressBar(text.left(text.lastIndexOf(progressMark)), percent); });
     const bool hasFailed = text == unknownModel || text.endsWith(QLatin1String(": Firmware update failed."));
-    if (hasFailed)
+    const bool isStandIn = text.endsWith(VekErrorCode(VekErrorCode::StandInFirmware).message());
+    if (hasFailed || isStandIn)
         Console::instance().error(text);
     else
         Console::instance().note(text);
     _failed += hasFailed ? 1 : 0;
+    _hasMetStandIn = _hasMetStandIn || isStandIn;
     _succeeded += text.endsWith(QLatin1String(": Firmware updated successfully.")) ? 1 : 0;
     Q_EMIT changed();
 }

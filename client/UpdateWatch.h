@@ -36,6 +36,8 @@ public:
      * @return Done when all succeeded, else Refused
      */
     ExitCode waitForEnds(int count);
+    /// Whether an instrument was left alone since this build has a stand-in in the place of its image.
+    bool hasMetStandIn() const { return _hasMetStandIn; }
 
 Q_SIGNALS:
     void changed();
@@ -49,6 +51,7 @@ private:
     int _succeeded = 0;
     int _failed = 0;
     bool _isSilent = false;
+    bool _hasMetStandIn = false;
     QTimer _silence;
 };
 

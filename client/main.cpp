@@ -1,3 +1,4 @@
+#include "BuildFirmware.h"
 #include "Console.h"
 #include "ExitCode.h"
 #include "SignalWatcher.h"
@@ -39,6 +40,11 @@ constexpr const char *examples =
     "Exit codes: 0 done, 1 a file could not be written, 2 usage or a bad experiment file,\n"
     "3 no connection, 4 refused or stopped by the instrument, 130 interrupted.";
 
+std::string versionText()
+{
+    return "nimbrelle " NIMBRELLE_VERSION_STRING "\n" + firmwareImagesText().toStdString();
+}
+
 template <typename... Each>
 Commands makeCommands(CLI::App &app)
 {
@@ -72,7 +78,7 @@ int execute(const Commands &commands, int &argc, char **argv)
 int main(int argc, char **argv)
 {
     CLI::App app("Control and record Nimbrelle electrochemical instruments", "nimbrelle");
-    app.set_version_flag("--version", "nimbrelle " NIMBRELLE_VERSION_STRING);
+    app.set_version_flag("--version", versionText);
     app.require_subcommand(1);
     app.footer(examples);
     bool isQuiet = false;

@@ -1,5 +1,6 @@
 #include "commands/DoctorCommand.h"
 
+#include "BuildFirmware.h"
 #include "Connection.h"
 #include "JsonOutput.h"
 #include "VekErrorCode.h"
@@ -43,7 +44,7 @@ Findings connectionFindings(const QString &port)
         break;
     case VekErrorCode::FirmwareNotSupported:
         return {{Finding::Level::Bad, QStringLiteral("An instrument answers, %1").arg(refusalText(result)),
-                 QStringLiteral("nimbrelle update %1").arg(port)}};
+                 areUpdatesRefused() ? realImagesCommand() : QStringLiteral("nimbrelle update %1").arg(port)}};
     default:
         return {{Finding::Level::Bad, QStringLiteral("No instrument could be reached, %1").arg(refusalText(result)),
                  QStringLiteral("switch the instrument off and on, then: nimbrelle info %1").arg(port)}};
@@ -51,6 +52,12 @@ Findings connectionFindings(const QString &port)
     for (const int channel : connection.runningChannels())
         findings.push_back({Finding::Level::Doubtful, connection.runningText(channel), {}});
     return findings;
+}
+
+/// Without a command: whether it is in anybody's way shows by what an instrument answers.
+Finding imagesFinding()
+{
+    return {areUpdatesRefused() ? Finding::Level::Doubtful : Finding::Level::Good, firmwareImagesText(), {}};
 }
 
 /// In the order in which one stands in the way of the next; what a broken one makes pointless is left out.
@@ -62,6 +69,7 @@ Findings examinePort(const QString &port)
     findings.push_back(checkRights(port));
     findings.push_back(checkHolders(port));
     findings.push_back(checkModemManager());
+    findings.push_back(imagesFinding());
     if (std::none_of(findings.begin(), findings.end(), isBad)) {
         const Findings more = connectionFindings(port);
         findings.insert(findings.end(), more.begin(), more.end());
@@ -82,6 +90,7 @@ Findings examineMachine()
         findings.push_back({Finding::Level::Bad, QStringLiteral("This machine has no serial port."),
                             QStringLiteral("plug the instrument in, switch it on, then: sudo dmesg | tail")});
     findings.push_back(checkModemManager());
+    findings.push_back(imagesFinding());
     return findings;
 }
 

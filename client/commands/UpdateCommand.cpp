@@ -1,11 +1,23 @@
 #include "commands/UpdateCommand.h"
 
+#include "BuildFirmware.h"
 #include "Connection.h"
 #include "Console.h"
 #include "UpdateWatch.h"
 #include "VekDeviceTracker.h"
 
 namespace client {
+
+namespace {
+
+ExitCode refuseStandIn()
+{
+    Console::instance().error(
+        QStringLiteral("To update it, build with the folder DIR of its real images: ") + realImagesCommand());
+    return Refused;
+}
+
+} // namespace
 
 UpdateCommand::UpdateCommand(CLI::App &parent)
     : Command(parent, "update", "Bring instruments to the firmware that this version carries",
@@ -38,6 +50,9 @@ ExitCode UpdateCommand::updateOne()
     case VekErrorCode::ConnectionFailed:
         Console::instance().error(told);
         return NoConnection;
+    case VekErrorCode::StandInFirmware:
+        Console::instance().error(told);
+        return refuseStandIn();
     default:
         Console::instance().error(told);
         return Refused;
@@ -48,8 +63,11 @@ ExitCode UpdateCommand::updateAll()
 {
     UpdateWatch watch;
     const int count = VekDeviceTracker::Instance()->updateFirmwareOnAllAvailableDevices();
+    const ExitCode end = count > 0 ? watch.waitForEnds(count) : Done;
+    if (watch.hasMetStandIn())
+        return refuseStandIn();
     if (count > 0)
-        return watch.waitForEnds(count);
+        return end;
     Console::instance().note(QStringLiteral("No instrument that needs an update was found."));
     return Done;
 }

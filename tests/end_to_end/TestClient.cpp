@@ -381,9 +381,19 @@ void TestClient::examinesAPort()
     QCOMPARE(QJsonDocument::fromJson(good.output()).array().last()["level"].toString(), QStringLiteral("ok"));
 
     SimulatorProcess old({"--fault", "wrong-firmware"});
-    ClientProcess bad({"doctor", old.portName()});
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("NIMBRELLE_ALLOW_STAND_IN", "1");
+    ClientProcess bad({"doctor", old.portName()}, environment);
     QCOMPARE(bad.finish(), NoConnection);
     QVERIFY(bad.output().contains("Try: nimbrelle update " + old.portName().toLocal8Bit()));
+    environment.remove("NIMBRELLE_ALLOW_STAND_IN");
+    ClientProcess withoutImages({"doctor", old.portName()}, environment);
+    QCOMPARE(withoutImages.finish(), NoConnection);
+    QVERIFY(withoutImages.output().contains("maybe  firmware images: stand-ins, updates are refused\n"));
+    QVERIFY(withoutImages.output().contains("Try: cmake --preset release -DNIMBRELLE_FIRMWARE_DIR=DIR"));
+    ClientProcess version({"--version"}, environment);
+    QCOMPARE(version.finish(), 0);
+    QVERIFY(version.output().endsWith("\nfirmware images: stand-ins, updates are refused\n"));
     QCOMPARE(ClientProcess::run({"doctor", "/dev/nowhere"}), NoConnection);
 }
 

@@ -32,6 +32,8 @@ private Q_SLOTS:
     void anInterruptionDoesNotCutItOff();
     void everyInstrumentThatNeedsItIsUpdated();
     void bootloadersAreUpdatedOneAfterTheOther();
+    void standInIsRefused_data();
+    void standInIsRefused();
     void whatCannotBeUpdatedIsTold_data();
     void whatCannotBeUpdatedIsTold();
 };
@@ -109,12 +111,13 @@ void TestFirmwareUpdateRun::everyInstrumentThatNeedsItIsUpdated()
     const QStringList ports{bench.plug({"--name", "Alder-1", "--firmware", "old"}),
                             bench.plug({"--name", "Gale-2", "--firmware", "old", "--model", "Gale", "--channels", "2"}),
                             bench.plug({"--name", "Alder-3"}),
-                            bench.plug({"--name", "Ibis-4", "--firmware", "none", "--model", "Ibis_2_4"})};
+                            bench.plug({"--name", "Ibis-4", "--firmware", "none", "--model", "Ibis_2_4"}),
+                            bench.plug({"--name", "Heron-5", "--firmware", "old", "--model", "Heron_1_0"})};
     const QString untouched = QFileInfo(ports[2]).symLinkTarget();
     const auto client = bench.client({"update", "--all"});
     QCOMPARE(client->finish(60000), 0);
     const QString told = client->errors();
-    for (const char *name : {"Alder-1", "Gale-2", ""}) // one that is in its bootloader already has no name
+    for (const char *name : {"Alder-1", "Gale-2", "", "Heron-5"}) // one that is in its bootloader already has no name
         QVERIFY2(("\n" + told).contains("\n" + updated.arg(name)), qPrintable(told));
     QVERIFY(!told.contains("Alder-3"));
     QCOMPARE(QFileInfo(ports[2]).symLinkTarget(), untouched);
@@ -136,6 +139,34 @@ void TestFirmwareUpdateRun::bootloadersAreUpdatedOneAfterTheOther()
         QVERIFY(UpdateBench::hasCome(port)); // each got its own model's image, else its firmware would be refused
         QCOMPARE(bench.run({"info", port}), 0);
     }
+}
+
+void TestFirmwareUpdateRun::standInIsRefused_data()
+{
+    QTest::addColumn<QString>("firmware");
+    QTest::addColumn<bool>("wantsAll");
+    QTest::newRow("on its port") << "old" << false;
+    QTest::newRow("among all ports") << "old" << true;
+    QTest::newRow("in its bootloader") << "none" << true;
+}
+
+void TestFirmwareUpdateRun::standInIsRefused()
+{
+    QFETCH(QString, firmware);
+    QFETCH(bool, wantsAll);
+    UpdateBench bench;
+    const QString port = bench.plug({"--name", "Bench", "--firmware", firmware});
+    const bool hasPort = firmware == "old";
+    QCOMPARE(hasPort && UpdateBench::hasCome(port), hasPort);
+    const QString device = QFileInfo(port).symLinkTarget();
+    QProcessEnvironment environment = bench.environment();
+    environment.remove("NIMBRELLE_ALLOW_STAND_IN");
+    ClientProcess client({"update", wantsAll ? "--all" : port}, environment);
+    QCOMPARE(client.finish(), refused);
+    QVERIFY2(client.errors().contains(" is a stand-in "), qPrintable(client.errors()));
+    QVERIFY2(client.errors().contains("-DNIMBRELLE_FIRMWARE_DIR=DIR"), qPrintable(client.errors()));
+    QCOMPARE(QFileInfo(port).symLinkTarget(), device); // it was not restarted
+    QCOMPARE(bench.run({"update", "--all"}), 0);       // and can be updated still
 }
 
 void TestFirmwareUpdateRun::whatCannotBeUpdatedIsTold_data()
