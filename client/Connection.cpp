@@ -69,10 +69,15 @@ VekErrorCode Connection::connect()
     QObject context;
     QObject::connect(tracker, &VekDeviceTracker::newDeviceConnected, &context,
                      [this](const QString &name) { _deviceName = name; });
+    bool isLost = false; // in its start-up already
+    QObject::connect(tracker, &VekDeviceTracker::deviceDisconnected, &context, [&] { isLost = true; });
     const VekErrorCode result = tracker->connectToDeviceOnComPort(_port, everyChannel());
     if (result != VekErrorCode::Success)
         return result;
-    waitUntil([this] { return !_deviceName.isEmpty(); });
+    waitUntil([&] { return !_deviceName.isEmpty() || isLost; });
+    if (isLost)
+        return VekErrorCode(VekErrorCode::ConnectionFailed,
+                            QStringLiteral("the connection to the instrument was lost before it was ready"));
     if (!_deviceName.isEmpty())
         return result;
     return VekErrorCode(

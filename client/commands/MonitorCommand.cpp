@@ -31,7 +31,7 @@ int MonitorCommand::run()
     const bool isRunning = handler.channelReport(channel) == VekChannelReport::Running;
     if (isRunning) // its samples come by themselves, and what else is asked of it might end it
         Console::instance().error(connection.runningText(_channel));
-    const VekErrorCode result = isRunning ? VekErrorCode::Success : handler.startIdleSampling(channel);
+    const VekErrorCode result = isRunning ? VekErrorCode(VekErrorCode::Success) : handler.startIdleSampling(channel);
     if (result != VekErrorCode::Success) {
         Console::instance().error(refusalText(result));
         return Refused;

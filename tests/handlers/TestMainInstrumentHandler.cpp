@@ -65,6 +65,7 @@ private Q_SLOTS:
     void startUpLeavesRunningExperimentsAlone();
     void startUpTellsTheFanToStayFixed();
     void startUpLeavesUntouchedChannelsAlone();
+    void untouchedChannelsAreMadeReady();
     void reportsWhatTheStatusWordSays_data();
     void reportsWhatTheStatusWordSays();
     void reportFollowsRunsAndErasures();
@@ -204,6 +205,43 @@ void TestMainInstrumentHandler::startUpLeavesUntouchedChannelsAlone()
     QCOMPARE(instrument.count(PC_FAN_MODE), 0);
     QCOMPARE(instrument.count(PC_SD_CAL_HEADER_READ), 0);
     QCOMPARE(instrument.count(PC_ERASE_MEMORY_DATA), 0);
+}
+
+void TestMainInstrumentHandler::untouchedChannelsAreMadeReady()
+{
+    makeBench(HardwareModel_t::Alder_2_5, 6);
+    FakeInstrument &instrument = _bench->instrument;
+    const VekInstrumentHandler &device = *_bench->device;
+    const auto answerStatus = [&](int word) {
+        instrument.reply(PC_READ_DEVICE_STATUS, NT_DEVICE_STATUS, wire(quint16(word)));
+    };
+    answerStatus(0x0100 | 16 << 1); // channel 1 runs
+    instrument.on(PC_SD_CAL_HEADER_READ, [&](const FakeInstrument::Command &) {
+        for (quint8 channel = 0; channel < 6; ++channel)
+            instrument.send(NT_SD_CAL_HEADER, channel); // of an empty card
+    });
+    _bench->handler->leaveUntouched({0, 1, 2, 3, 4, 5});
+    QVERIFY(startUp(20000));
+    QCOMPARE(_bench->channelsOf(PC_CHANNEL_LIMITS), std::vector<unsigned char>());
+
+    QSignalSpy prepared(&device, &VekInstrumentHandler::channelsPrepared);
+    QCOMPARE(device.prepareChannels({0, 1}), VekErrorCode::ChannelBusy);
+    QCOMPARE(device.prepareChannels({0, 6}), VekErrorCode::InvalidChannel);
+    QCOMPARE(device.prepareChannels({4}), VekErrorCode::Success);
+    QTRY_COMPARE_WITH_TIMEOUT(prepared.size(), 1, 20000);
+    // Channel 4 may be running as well as 5: nothing tells, so it keeps what guards it.
+    QCOMPARE(_bench->channelsOf(PC_CHANNEL_LIMITS), (std::vector<unsigned char>{0, 2, 3}));
+    QCOMPARE(instrument.count(PC_SD_CAL_HEADER_READ) + instrument.count(PC_FAN_MODE), 0);
+
+    instrument.send(NT_EXPERIMENT_DONE, 1, wire(quint64(0), quint8(1)));
+    QVERIFY(_bench->settle());
+    answerStatus(0x0100);
+    QCOMPARE(device.prepareChannels({1, 5}), VekErrorCode::Success);
+    QTRY_COMPARE_WITH_TIMEOUT(prepared.size(), 2, 20000);
+    QCOMPARE(_bench->channelsOf(PC_CHANNEL_LIMITS), (std::vector<unsigned char>{0, 2, 3, 1}));
+    QCOMPARE(instrument.count(PC_SD_CAL_HEADER_READ), 6);
+    QVERIFY(_bench->flush());
+    QCOMPARE(instrument.count(PC_FAN_MODE), 1);
 }
 
 void TestMainInstrumentHandler::reportsWhatTheStatusWordSays_data()
