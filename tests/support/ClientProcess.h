@@ -19,8 +19,6 @@ public:
     /// Waits for its end. @return the exit code; -1 when it did not end in time or crashed
     int finish(int timeoutMs = 30000);
     void sendSignal(int number);
-    /// Closes the pipe that it writes to, as `| head` does.
-    void closeOutput() { _process.closeReadChannel(QProcess::StandardOutput); }
     bool isRunning() const { return _process.state() == QProcess::Running; }
     QByteArray output() { return _output += _process.readAllStandardOutput(); }
     QString errors() { return _errors += QString::fromUtf8(_process.readAllStandardError()); }

@@ -174,6 +174,20 @@ double chargeOf(const ExpNode_t &node, const PlannedNode &planned)
     return current == 0.0 ? 0.0 : current * planned.expectedDuration;
 }
 
+/// Samples at whole multiples of the interval and one at the end.
+double samplesWithin(double duration, double interval)
+{
+    return std::max(0.0, std::floor(duration / interval - givesWay)) + 1.0;
+}
+
+/// The levels of a staircase are sampled like nodes; a time limit may cut the last one short.
+double samplesOfStairs(double duration, double level, double interval)
+{
+    const double whole = std::floor(duration / level + givesWay);
+    const double rest = duration - whole * level;
+    return whole * samplesWithin(level, interval) + (rest > givesWay * level ? samplesWithin(rest, interval) : 0.0);
+}
+
 /// The samples that the instrument takes, of which the host reports the last one of each full group.
 double sampleRows(const Node &node, double duration)
 {
@@ -182,7 +196,9 @@ double sampleRows(const Node &node, double duration)
         return 0.0;
     if (node.voltageDifferent > 0.0 || std::isnan(duration))
         return unknown;
-    const double taken = std::max(0.0, std::floor(duration / interval - givesWay)) + 1.0;
+    const bool isStaircase = rowOf(node.hwNode.nodeType()).course == Course::Steps;
+    const double taken = isStaircase ? samplesOfStairs(duration, parameter(node.hwNode, 16), interval)
+                                     : samplesWithin(duration, interval);
     return std::floor(taken / double(node.downsampleFactor));
 }
 
