@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <set>
 
 namespace client {
 
@@ -22,11 +23,17 @@ StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<
     const auto isMeant = [&](int channel) {
         return std::find(channels.begin(), channels.end(), channel) != channels.end();
     };
-    const auto isOver = [&] { return results.isLinkLost || results.ends.size() == channels.size(); };
+    std::set<int> awaited; // an end; what is known to rest has none to tell
+    for (const int channel : channels) {
+        if (handler.channelReport(static_cast<unsigned char>(channel)) != VekChannelReport::Idle)
+            awaited.insert(channel);
+    }
+    const auto isOver = [&] { return results.isLinkLost || awaited.empty(); };
     QObject::connect(&handler, &VekInstrumentHandler::experimentStopped, &loop,
                      [&](unsigned char channel, const QString &reason) {
                          if (isMeant(channel)) // the end of another channel confirms nothing
                              results.ends.emplace(channel, reason);
+                         awaited.erase(channel);
                          if (isOver())
                              loop.quit();
                      });
