@@ -25,6 +25,7 @@ private Q_SLOTS:
     void aLinkThatIsHungUpFreesThePort();
     void whatWasSentBeforeHangingUpGoesOut();
     void waitForBytesSentReturnsWhenAllHasLeft();
+    void whatWasReadBeforeTheLossHasLeft();
     void waitForBytesSentIsBoundedWhenNobodyReads();
     void waitForBytesSentFromAnotherThreadWhileDataStreamIn();
     void aSlowReceiverHoldsTheLinkBackAndLosesNothing();
@@ -214,6 +215,20 @@ void TestLink::waitForBytesSentReturnsWhenAllHasLeft()
     QVERIFY(link.communicator.WaitForBytesSent());
     QVERIFY(time.elapsed() < 900);
     QTRY_COMPARE(instrument.count(PC_NODE_APPEND), 50);
+}
+
+// As an instrument does that restarts: it reads the command, and is gone before the link can tell.
+void TestLink::whatWasReadBeforeTheLossHasLeft()
+{
+    FakeInstrument instrument;
+    Link link(instrument.portName());
+    QVERIFY(link.communicator.Start(true));
+    instrument.on(PC_SOFT_RESET, [&](const FakeInstrument::Command &) { instrument.unplug(); });
+    link.communicator.SendCommand(PC_SOFT_RESET);
+    QTRY_COMPARE(link.losses.size(), 1);
+    QVERIFY(link.communicator.WaitForBytesSent());
+    link.communicator.SendCommand(PC_PING); // too late
+    QVERIFY(!link.communicator.WaitForBytesSent());
 }
 
 void TestLink::waitForBytesSentIsBoundedWhenNobodyReads()

@@ -298,6 +298,10 @@ void TestSimulatorProgram::replacesWhatAKilledRunHasLeft()
     SimulatorProcess killed(arguments);
     killed.kill();
     QVERIFY(isThere(path));
+    if (QFileInfo(path).isSymLink()) { // another test may have been given the number of its terminal by now
+        QVERIFY(QFile::remove(path));
+        QVERIFY(QFile::link(QStringLiteral("/dev/pts/999999999"), path));
+    }
     SimulatorProcess simulator(arguments);
     QVERIFY(!simulator.portName().isEmpty());
     if (QFileInfo(path).isSymLink())

@@ -85,6 +85,7 @@ void SerialCommunicator::SendCommand(PCcommand_t command, unsigned char channel,
 
 void SerialCommunicator::SendCommand(const QByteArray &bytes)
 {
+    _thread->handOver(bytes.size());
     _thread->post([&] { Q_EMIT SendData(bytes); });
 }
 

@@ -38,6 +38,11 @@ bool SerialPort::flush()
     return _port->flush();
 }
 
+qint64 SerialPort::bytesToWrite() const
+{
+    return _port->bytesToWrite();
+}
+
 QString SerialPort::portName() const
 {
     return _port->portName();

@@ -22,6 +22,8 @@ public:
     virtual qint64 write(const QByteArray &bytes);
     virtual QByteArray readAll();
     virtual bool flush();
+    /// Bytes that have been taken and not yet been handed to the driver.
+    qint64 bytesToWrite() const;
 
     QString portName() const;
     void setPortName(const QString &name);

@@ -82,6 +82,8 @@ void SerialThread::ClosePort()
     if (!_port || !_port->isOpen())
         return;
     _port->flush();
+    // An instrument that restarts on a command hangs up before Qt tells that the command has been written.
+    _hasAllLeft = _port->bytesToWrite() == 0;
     _port->close(); // the kernel may hold it up to 30 s if the instrument takes no data
     wakeAllWaiters();
 }
@@ -90,6 +92,7 @@ void SerialThread::DataToSend(const QByteArray &bytes)
 {
     const bool isWritable = _port && _port->isOpen() && _port->isWritable();
     const qint64 accepted = isWritable ? _port->write(bytes) : 0;
+    _bytesTaken += bytes.size();
     if (accepted > 0)
         _bytesAccepted += accepted;
     _hasDropped = _hasDropped || accepted < bytes.size();
@@ -148,7 +151,7 @@ void SerialThread::hangUp()
 bool SerialThread::waitForBytesWritten()
 {
     if (!isRunning())
-        return false;
+        return hadAllLeft();
     // Queued behind every write that this caller has handed over. The departure is shared: the caller may have given up
     // before the link thread comes to it.
     const auto departure = std::make_shared<Departure>();
@@ -156,7 +159,15 @@ bool SerialThread::waitForBytesWritten()
         QMetaObject::invokeMethod(
             this, [this, departure] { addWaiter(departure); }, Qt::QueuedConnection);
     });
-    return isPosted && departure->isOver.tryAcquire(1, writeTimeoutMs) && departure->hasLeft;
+    if (!isPosted)
+        return hadAllLeft();
+    return departure->isOver.tryAcquire(1, writeTimeoutMs) && departure->hasLeft;
+}
+
+/// Whether a port that is closed by now took everything along, the commands included that came too late for it.
+bool SerialThread::hadAllLeft() const
+{
+    return _hasAllLeft && !_hasDropped && _bytesTaken == _bytesHandedOver;
 }
 
 void SerialThread::addWaiter(const std::shared_ptr<Departure> &departure)
@@ -166,7 +177,7 @@ void SerialThread::addWaiter(const std::shared_ptr<Departure> &departure)
         _waiters.push_back({_bytesAccepted, departure});
         return;
     }
-    departure->hasLeft = isOpen && !_hasDropped;
+    departure->hasLeft = isOpen ? !_hasDropped : hadAllLeft();
     departure->isOver.release();
 }
 
@@ -182,8 +193,10 @@ void SerialThread::onBytesWritten(qint64 bytes)
 
 void SerialThread::wakeAllWaiters()
 {
-    for (const Waiter &waiter : _waiters)
+    for (const Waiter &waiter : _waiters) {
+        waiter.departure->hasLeft = hadAllLeft();
         waiter.departure->isOver.release();
+    }
     _waiters.clear();
     _bytesWritten = _bytesAccepted; // what a closed port had not written is gone
 }

@@ -44,10 +44,13 @@ public:
             action();
         return !_isOver;
     }
+    /// Says that a command will be posted; any thread. One that comes too late to be taken counts as dropped.
+    void handOver(qint64 bytes) { _bytesHandedOver += bytes; }
     /**
      * Blocks the caller until what was handed over before has left the port, or 1,000 ms have gone by.
      *
-     * @return whether all has left; false if any of it was dropped, since the port was closed or has failed
+     * @return whether all has been handed to the driver; false if any of it was dropped, since the port was closed or has
+     *         failed before
      */
     bool waitForBytesWritten();
     /**
@@ -93,6 +96,7 @@ private:
     void lose();
     void refusePosts();
     void onBytesWritten(qint64 bytes);
+    bool hadAllLeft() const;
     void addWaiter(const std::shared_ptr<Departure> &departure);
     void wakeAllWaiters();
 
@@ -101,7 +105,10 @@ private:
     quint32 _skippedBytes = 0; ///< for the debugger: bytes that belonged to no frame since the start
     qint64 _bytesAccepted = 0;
     qint64 _bytesWritten = 0;
-    bool _hasDropped = false; ///< bytes that the port did not accept
+    std::atomic<bool> _hasDropped{false}; ///< bytes that the port did not accept
+    std::atomic<bool> _hasAllLeft{false}; ///< of what it had accepted when it was closed
+    std::atomic<qint64> _bytesHandedOver{0};
+    std::atomic<qint64> _bytesTaken{0}; ///< of these, accepted or dropped
     bool _lost = false;
     std::atomic<int> _packetsOnTheirWay{0};
     std::atomic<bool> _heldBack{false};
