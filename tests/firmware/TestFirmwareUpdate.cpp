@@ -310,7 +310,11 @@ void TestFirmwareUpdate::slowBootloaderDoesNotDisturbTheQuestions()
     FakeHidBus::bus().plug(hidPath, slow);
     answerAs(HardwareModel_t::Alder_2_5, "old");
     _instrument->on(PC_SOFT_RESET, [](const FakeInstrument::Command &) { FakeHidBus::bus().plug(otherHidPath); });
-    _handler.updateThroughHidConnections();
+    const FakeInstrument::Answer answer = _instrument->answerTo(PC_READ_CHANNEL_COUNT);
+    _instrument->on(PC_READ_CHANNEL_COUNT, [=](const FakeInstrument::Command &command) {
+        _handler.updateThroughHidConnections(); // found before the answer comes
+        QTimer::singleShot(300, _instrument.data(), [=] { answer(command); });
+    });
     QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Success);
     QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 2, 30000);
     QCOMPARE(_finished->at(0), QVariantList({"", false}));

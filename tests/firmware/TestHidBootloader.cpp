@@ -371,6 +371,7 @@ void TestHidBootloader::standInIsNotWritten()
     _hid->checkForHidConnections();
     QVERIFY(finishes());
     QCOMPARE(_finished->first(), QVariantList({"", false}));
+    QCOMPARE(refusals.size(), 1);
     QCOMPARE(refusals.first().at(1).toString(), VekErrorCode(VekErrorCode::StandInFirmware).message());
     QCOMPARE(_bus.device(path).writes, 0);
     // Whoever goes past the check of the model does not come by an image either.
