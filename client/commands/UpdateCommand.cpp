@@ -12,8 +12,8 @@ namespace {
 
 ExitCode refuseStandIn()
 {
-    Console::instance().error(
-        QStringLiteral("To update it, build with the folder DIR of its real images: ") + realImagesCommand());
+    Console::instance().error(QStringLiteral("To update it, build with the folder DIR of its real images: ") +
+                              realImagesCommand());
     return Refused;
 }
 

@@ -48,12 +48,11 @@ void TestAnnouncedUpdates::deviceTakesWhatIsMeantForIt_data()
 
     QTest::newRow("another model's number") << Waiting{a} << Device{path, heron, ""} << "";
     QTest::newRow("no model's number") << Waiting{a} << Device{path, 200, ""} << "";
-    QTest::newRow("another model with the same image")
-        << Waiting{announced("A", ibis)} << Device{path, jay, ""} << "";
+    QTest::newRow("another model with the same image") << Waiting{announced("A", ibis)} << Device{path, jay, ""} << "";
     QTest::newRow("its model behind another") << Waiting{a, b} << Device{path, heron, ""} << "B";
     QTest::newRow("oldest of its model") << Waiting{a, announced("B", alder)} << Device{path, alder, ""} << "A";
-    QTest::newRow("that of its socket")
-        << Waiting{a1, announced("B", alder, "/usb2")} << Device{path, alder, "/usb2"} << "B";
+    QTest::newRow("that of its socket") << Waiting{a1, announced("B", alder, "/usb2")} << Device{path, alder, "/usb2"}
+                                        << "B";
     QTest::newRow("its model in another socket") << Waiting{a1} << Device{path, alder, "/usb3"} << "A";
     QTest::newRow("another model in its socket") << Waiting{a1} << Device{path, heron, "/usb1"} << "";
 

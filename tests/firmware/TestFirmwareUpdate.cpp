@@ -136,6 +136,7 @@ private Q_SLOTS:
     void portIsHeldUntilTheResetHasLeft();
     void bootloaderThatWasThereIsLeftAlone();
     void slowBootloaderDoesNotDisturbTheQuestions();
+    void pathOfABootloaderThatHasGoneIsTheNextOnes();
     void instrumentGoesThroughItsHidBootloader();
     void galeIsUpdatedOverItsPort();
     void unknownDeviceIsToldInWords();
@@ -319,6 +320,27 @@ void TestFirmwareUpdate::slowBootloaderDoesNotDisturbTheQuestions()
     QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 2, 30000);
     QCOMPARE(_finished->at(0), QVariantList({"", false}));
     QCOMPARE(_finished->at(1), QVariantList({"bench", true}));
+}
+
+void TestFirmwareUpdate::pathOfABootloaderThatHasGoneIsTheNextOnes()
+{
+    FakeHidDevice other;
+    other.release = 200;
+    FakeHidBus::bus().plug(hidPath, other);
+    _handler.updateThroughHidConnections();
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 20000);
+    QTest::qWait(1500); // the search is over
+    FakeHidBus::bus().clear();
+    answerAs(HardwareModel_t::Alder_2_5, "old");
+    const FakeInstrument::Answer answer = _instrument->answerTo(PC_READ_HARDWARE_VERSION);
+    _instrument->on(PC_READ_HARDWARE_VERSION, [=](const FakeInstrument::Command &command) {
+        if (_instrument->count(PC_READ_HARDWARE_VERSION) == 2) // it comes before the next search can begin
+            FakeHidBus::bus().plug(hidPath);
+        answer(command);
+    });
+    QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Success);
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 2, 40000);
+    QCOMPARE(_finished->last(), QVariantList({"bench", true}));
 }
 
 void TestFirmwareUpdate::instrumentGoesThroughItsHidBootloader()

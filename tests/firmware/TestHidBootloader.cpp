@@ -353,8 +353,8 @@ void TestHidBootloader::pathThatGoesToAnotherModelIsNotFlashed()
     _hid->setReleaseNumber("first", model);
     _hid->setReleaseNumber("second", model);
     connect(
-        _hid, &BootLoaderCommunicator::Started, _started.data(),
-        [this] { _bus.plug(otherPath, deviceOf(otherModel)); }, Qt::DirectConnection);
+        _hid, &BootLoaderCommunicator::Started, _started.data(), [this] { _bus.plug(otherPath, deviceOf(otherModel)); },
+        Qt::DirectConnection);
     _hid->checkForAnnounced();
     QVERIFY(finishes(2));
     QCOMPARE(_finished->at(0), QVariantList({"first", true}));

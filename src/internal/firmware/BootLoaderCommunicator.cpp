@@ -80,6 +80,13 @@ void BootLoaderCommunicator::announce(Announcement announcement)
         Q_EMIT Finished(announcement.deviceName, false);
 }
 
+QStringList BootLoaderCommunicator::presentPaths()
+{
+    const QStringList paths = HidCommunicator::SearchForBootloaderHidPath().keys();
+    _finder.forgetAllBut(paths);
+    return paths;
+}
+
 void BootLoaderCommunicator::UpdateUnknowReleaseNumber(QString path, HardwareModel_t model)
 {
     _toRun.enqueue({path, static_cast<int>(model), QString()});

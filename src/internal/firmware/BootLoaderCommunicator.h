@@ -50,6 +50,8 @@ public:
 
     /// Announces that an instrument of this model will appear, of which nothing else is known.
     void setReleaseNumber(QString deviceName, int model);
+    /// Paths of the bootloaders that are there now; what comes on any other path from now on is a new device.
+    QStringList presentPaths();
     /// Announces an instrument that was restarted. What was announced of it before ends as failed: it is on its port again.
     void announce(Announcement announcement);
     /// The answer to FindReleaseNumber(): flashes the device for this model, unless it names another one by now.

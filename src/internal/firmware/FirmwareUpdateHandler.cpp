@@ -3,7 +3,6 @@
 #include "firmware/BootLoaderCOM.h"
 #include "firmware/BootLoaderCommunicator.h"
 #include "firmware/FirmwareImages.h"
-#include "firmware/HidCommunicator.h"
 #include "firmware/UsbPlace.h"
 #include "link/SerialCommunicator.h"
 #include "session/InitialInformation.h"
@@ -46,10 +45,11 @@ VekErrorCode restart(const InstrumentInfo &info)
                                            "bootloader. Nothing was changed; please try again."));
     link.SendCommand(PC_SOFT_RESET, isGale(info) ? allChannels : deviceChannel);
     if (!link.WaitForBytesSent())
-        return VekErrorCode(VekErrorCode::ConnectionFailed,
-                            QStringLiteral("The instrument did not take the command to restart into its bootloader, so "
-                                           "that nothing was written. If it does not answer any more, please update all "
-                                           "available devices."));
+        return VekErrorCode(
+            VekErrorCode::ConnectionFailed,
+            QStringLiteral("The instrument did not take the command to restart into its bootloader, so "
+                           "that nothing was written. If it does not answer any more, please update all "
+                           "available devices."));
     QThread::msleep(resetMs);
     link.Stop();
     return VekErrorCode::Success;
@@ -109,7 +109,7 @@ VekErrorCode FirmwareUpdateHandler::update(const QString &port)
         return imageVerdict;
 
     const QString usbPlace = usbPlaceOf(port);
-    const QStringList bootloaders = HidCommunicator::SearchForBootloaderHidPath().keys();
+    const QStringList bootloaders = BootLoaderCommunicator::Instance()->presentPaths();
     const VekErrorCode restarted = restart(info);
     if (restarted != VekErrorCode::Success)
         return restarted;

@@ -47,6 +47,16 @@ void HidFinderThread::forget(const QString &path)
     _known.remove(path);
 }
 
+void HidFinderThread::forgetAllBut(const QStringList &paths)
+{
+    const QMutexLocker locker(&_mutex);
+    const QStringList known = _known.keys();
+    for (const QString &path : known) {
+        if (!paths.contains(path))
+            _known.remove(path);
+    }
+}
+
 void HidFinderThread::run()
 {
     announceGone(HidCommunicator::SearchForBootloaderHidPath()); // whose paths may be other devices' by now

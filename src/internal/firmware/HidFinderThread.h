@@ -3,6 +3,7 @@
 #include <QMap>
 #include <QMutex>
 #include <QString>
+#include <QStringList>
 #include <QThread>
 
 /**
@@ -22,6 +23,8 @@ public:
 
     /// Makes the next search take a device for new.
     void forget(const QString &path);
+    /// Makes the next search take every device for new but those on these paths. Any thread.
+    void forgetAllBut(const QStringList &paths);
 
 Q_SIGNALS:
     /// HID path to release number of the devices that have come.

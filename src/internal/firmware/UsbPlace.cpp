@@ -17,7 +17,8 @@ QString kernelName(const QString &node)
 QString usbPlaceOf(const QString &node, const QString &sysRoot)
 {
     for (const char *kind : {"tty", "hidraw"}) {
-        const QString link = QStringLiteral("%1/class/%2/%3/device").arg(sysRoot, QLatin1String(kind), kernelName(node));
+        const QString link =
+            QStringLiteral("%1/class/%2/%3/device").arg(sysRoot, QLatin1String(kind), kernelName(node));
         QDir place(QFileInfo(link).canonicalFilePath());
         // The interfaces of a USB device lie below it; it alone tells a vendor.
         for (bool hasParent = QFileInfo::exists(link); hasParent; hasParent = place.cdUp()) {
