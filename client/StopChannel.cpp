@@ -5,7 +5,6 @@
 #include <QEventLoop>
 #include <QTimer>
 
-#include <algorithm>
 #include <set>
 
 namespace client {
@@ -20,9 +19,6 @@ StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<
 {
     StopResults results;
     QEventLoop loop;
-    const auto isMeant = [&](int channel) {
-        return std::find(channels.begin(), channels.end(), channel) != channels.end();
-    };
     std::set<int> awaited; // an end; what is known to rest has none to tell
     for (const int channel : channels) {
         if (handler.channelReport(static_cast<unsigned char>(channel)) != VekChannelReport::Idle)
@@ -31,8 +27,7 @@ StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<
     const auto isOver = [&] { return results.isLinkLost || awaited.empty(); };
     QObject::connect(&handler, &VekInstrumentHandler::experimentStopped, &loop,
                      [&](unsigned char channel, const QString &reason) {
-                         if (isMeant(channel)) // the end of another channel confirms nothing
-                             results.ends.emplace(channel, reason);
+                         results.ends.emplace(channel, reason);
                          awaited.erase(channel);
                          if (isOver())
                              loop.quit();
@@ -53,7 +48,7 @@ StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<
 
 bool stopChannel(const VekInstrumentHandler &handler, unsigned char channel)
 {
-    return !stopChannels(handler, {channel}).ends.empty();
+    return stopChannels(handler, {channel}).ends.count(channel) > 0; // not that of another channel
 }
 
 } // namespace client

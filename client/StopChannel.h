@@ -10,7 +10,7 @@ class VekInstrumentHandler;
 namespace client {
 
 struct StopResults {
-    std::map<int, QString> ends; ///< by channel: how the instrument worded the end that it confirmed
+    std::map<int, QString> ends; ///< by channel, others too: how the instrument worded the end that it told
     bool isLinkLost = false;
 };
 
