@@ -274,7 +274,7 @@ void TestFirmwareUpdate::portIsHeldUntilTheResetHasLeft_data()
     QTest::addColumn<int>("readsOnAfterMs");
     QTest::addColumn<bool>("hasLeft");
     QTest::newRow("late") << 400 << true;
-    QTest::newRow("never") << 4000 << false; // the wait for a command's way out is one second
+    QTest::newRow("never") << 8000 << false; // it is waited for 3 s
 }
 
 void TestFirmwareUpdate::portIsHeldUntilTheResetHasLeft()

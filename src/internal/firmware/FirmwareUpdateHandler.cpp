@@ -34,6 +34,17 @@ bool isSameInstrument(SerialCommunicator &link, const InstrumentInfo &questioned
            present.deviceName == questioned.deviceName;
 }
 
+/// Whether all that was sent has left the port; on a crowded machine the link may need more than its second to tell.
+bool hasAllLeft(SerialCommunicator &link)
+{
+    constexpr int mostWaits = 3;
+    for (int wait = 0; wait < mostWaits; ++wait) {
+        if (link.WaitForBytesSent())
+            return true;
+    }
+    return false;
+}
+
 /// Restarts an instrument into its bootloader, and holds the port until the command has left it.
 VekErrorCode restart(const InstrumentInfo &info)
 {
@@ -44,7 +55,7 @@ VekErrorCode restart(const InstrumentInfo &info)
                             QStringLiteral("The instrument has left its port before it could be restarted into its "
                                            "bootloader. Nothing was changed; please try again."));
     link.SendCommand(PC_SOFT_RESET, isGale(info) ? allChannels : deviceChannel);
-    if (!link.WaitForBytesSent())
+    if (!hasAllLeft(link))
         return VekErrorCode(
             VekErrorCode::ConnectionFailed,
             QStringLiteral("The instrument did not take the command to restart into its bootloader, so "

@@ -84,8 +84,8 @@ void SerialThread::ClosePort()
     _port->flush();
     // An instrument that restarts on a command hangs up before Qt tells that the command has been written.
     _hasAllLeft = _port->bytesToWrite() == 0;
-    _port->close(); // the kernel may hold it up to 30 s if the instrument takes no data
-    wakeAllWaiters();
+    wakeAllWaiters(); // first: the kernel may hold the close up to 30 s if the instrument takes no data
+    _port->close();
 }
 
 void SerialThread::DataToSend(const QByteArray &bytes)
