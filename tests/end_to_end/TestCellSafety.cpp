@@ -55,7 +55,7 @@ struct PipedClient {
             close(std::exchange(reader, -1));
     }
     void sendSignal(int number) const { ::kill(pid_t(process.processId()), number); }
-    int finish() { return process.waitForFinished(20000) ? process.exitCode() : -1; }
+    int finish() { return process.waitForFinished(60000) ? process.exitCode() : -1; }
 
     QProcess process;
     int reader = -1;
@@ -195,7 +195,7 @@ void TestCellSafety::manualEndsWithTheCellOff_data()
 
     QTest::newRow("two signals at once") << "100 ms" << 200 << false << Interrupted;
     QTest::newRow("its reader stands still")
-        << "100 us" << 60000 << false << Interrupted; // as a pager does; 65,536 fit
+        << "1 ms" << 60000 << false << Interrupted; // as a pager does; 65,536 fit
     QTest::newRow("its reader goes") << "100 ms" << 200 << true << LocalFailure;
     QTest::newRow("its reader goes between rare samples") << "1 h" << 100 << true << LocalFailure;
 }
