@@ -3,6 +3,7 @@
 #include "Connection.h"
 #include "Console.h"
 #include "SampleStream.h"
+#include "SignalWatcher.h"
 #include "StopChannel.h"
 #include "VekInstrumentHandler.h"
 
@@ -44,7 +45,8 @@ int ManualCommand::run()
         Console::instance().error(refusalText(refusal));
         return Refused;
     }
-    refusal = adjust(handler, channel);
+    if (!SignalWatcher::wasInterrupted()) // else nothing is to be driven any more; the stream ends at once
+        refusal = adjust(handler, channel);
     if (refusal != VekErrorCode::Success)
         Console::instance().error(refusalText(refusal));
     const ExitCode result = refusal == VekErrorCode::Success ? stream.run() : Refused;
