@@ -3,11 +3,11 @@
 #include "handlers/GaleInstrumentHandler.h"
 #include "handlers/MainInstrumentHandler.h"
 #include "session/InstrumentInfo.h"
+#include "waiting/BoundedExec.h"
 
 #include <QDebug>
 #include <QEventLoop>
 #include <QThread>
-#include <QTimer>
 
 namespace {
 
@@ -23,9 +23,8 @@ void startUp(VekInstrumentHandlerPrivate *handler)
     QEventLoop loop;
     QObject::connect(handler, &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, &loop, &QEventLoop::quit,
                      Qt::QueuedConnection);
-    QTimer::singleShot(startUpTimeoutMs, &loop, &QEventLoop::quit);
     QMetaObject::invokeMethod(handler, &VekInstrumentHandlerPrivate::sendInitialDefaults, Qt::QueuedConnection);
-    loop.exec();
+    execBounded(loop, startUpTimeoutMs);
 }
 
 } // namespace

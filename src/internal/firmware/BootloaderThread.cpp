@@ -4,9 +4,9 @@
 #include "firmware/FirmwareImages.h"
 #include "firmware/HexLoader.h"
 #include "firmware/HidCommunicator.h"
+#include "waiting/BoundedExec.h"
 
 #include <QEventLoop>
-#include <QTimer>
 
 namespace {
 
@@ -19,14 +19,9 @@ constexpr int recordsPerBatch = 10;
 bool WaitForSignal(QObject *sender, char const *signal, unsigned long milliseconds, std::function<void()> action)
 {
     QEventLoop loop;
-    QTimer timer;
-    timer.setSingleShot(true);
     QObject::connect(sender, signal, &loop, SLOT(quit()));
-    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
     action();
-    timer.start(static_cast<int>(milliseconds));
-    loop.exec();
-    return timer.isActive() && !QThread::currentThread()->isInterruptionRequested();
+    return execBounded(loop, static_cast<int>(milliseconds)) == 0 && !QThread::currentThread()->isInterruptionRequested();
 }
 
 BootloaderThread *BootloaderThread::Instance()

@@ -1,10 +1,10 @@
 #include "firmware/HidFinderThread.h"
 
 #include "firmware/HidCommunicator.h"
+#include "waiting/BoundedExec.h"
 
 #include <QEventLoop>
 #include <QMutexLocker>
-#include <QTimer>
 
 namespace {
 
@@ -13,8 +13,7 @@ constexpr int pollMs = 1000;
 void pause()
 {
     QEventLoop loop;
-    QTimer::singleShot(pollMs, &loop, &QEventLoop::quit);
-    loop.exec(); // quit() of the thread leaves it
+    execBounded(loop, pollMs); // quit() of the thread leaves it
 }
 
 /// The entries of the first map whose path is not in the second one.

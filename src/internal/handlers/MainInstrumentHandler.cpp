@@ -6,6 +6,7 @@
 #include "hardware_models/HardwareModel.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 #include "session/InstrumentOperator.h"
+#include "waiting/BoundedExec.h"
 
 #include <QDebug>
 #include <QEventLoop>
@@ -144,8 +145,7 @@ void MainInstrumentHandler::waitForSdCard(std::set<unsigned char> pending)
     connect(_op, &InstrumentOperator::calibrationHeaderReceived, &loop, check, Qt::QueuedConnection);
     connect(_op, &InstrumentOperator::calibrationDataReceived, &loop, check, Qt::QueuedConnection);
     checks.start(checkMs);
-    QTimer::singleShot(longestMs, &loop, &QEventLoop::quit);
-    loop.exec();
+    execBounded(loop, longestMs);
 
     keepThoseBeingRead(pending);
     if (!pending.empty() && _op->isConnected())

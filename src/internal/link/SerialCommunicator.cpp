@@ -2,10 +2,10 @@
 
 #include "link/Frame.h"
 #include "link/SerialThread.h"
+#include "waiting/BoundedExec.h"
 
 #include <QEventLoop>
 #include <QPointer>
-#include <QTimer>
 
 namespace {
 
@@ -57,19 +57,15 @@ bool SerialCommunicator::Start(bool wait)
         return true;
     }
     QEventLoop loop;
-    QTimer timeout;
     bool opened = false;
     connect(this, &SerialCommunicator::portTried, &loop, [&] {
         opened = true;
         loop.quit();
     });
     connect(this, &SerialCommunicator::threadEnded, &loop, &QEventLoop::quit);
-    // Queued, hence behind the link's word if that has come: a slot of the client may have held this thread for long.
-    connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit, Qt::QueuedConnection);
     if (!_thread->post([this] { Q_EMIT OpenPort(); }))
         return false;
-    timeout.start(openTimeoutMs);
-    loop.exec();
+    execBounded(loop, openTimeoutMs);
     return opened;
 }
 

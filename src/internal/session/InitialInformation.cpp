@@ -3,11 +3,11 @@
 #include "hardware_models/HardwareModel.h"
 #include "hardware_models/HardwareModelFactory.h"
 #include "link/SerialCommunicator.h"
+#include "waiting/BoundedExec.h"
 
 #include <QDebug>
 #include <QEventLoop>
 #include <QThread>
-#include <QTimer>
 
 #include <algorithm>
 #include <cstring>
@@ -298,17 +298,7 @@ bool InitialInformation::getConfigData(SerialCommunicator &link, InstrumentInfo 
 
 bool InitialInformation::receivedInfo(QEventLoop &loop)
 {
-    QTimer timeout;
-    timeout.setSingleShot(true);
-    // Queued, hence behind the answer if the link has received it by then: a slot of the client may have held this
-    // thread in the meantime. And whoever has left the loop before has decided.
-    const auto giveUp = [&loop] {
-        if (loop.isRunning())
-            loop.exit(1);
-    };
-    QObject::connect(&timeout, &QTimer::timeout, &timeout, giveUp, Qt::QueuedConnection);
-    timeout.start(answerTimeoutMs);
-    return loop.exec() != 0;
+    return execBounded(loop, answerTimeoutMs) != 0;
 }
 
 bool InitialInformation::hasCorrectFirmware(const InstrumentInfo &info)

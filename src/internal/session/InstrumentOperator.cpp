@@ -3,10 +3,10 @@
 #include "VekCompRange.h"
 #include "link/SerialCommunicator.h"
 #include "session/WireValues.h"
+#include "waiting/BoundedExec.h"
 
 #include <QEventLoop>
 #include <QSemaphore>
-#include <QTimer>
 
 #include <algorithm>
 #include <optional>
@@ -65,13 +65,7 @@ public:
     /// Delivers events until it is woken. @return whether the time was up before that
     bool timesOut(int milliseconds)
     {
-        QTimer timer;
-        timer.setSingleShot(true);
-        timer.setTimerType(Qt::PreciseTimer); // a coarse one may cut the time short
-        QObject::connect(&timer, &QTimer::timeout, &_loop, &QEventLoop::quit);
-        timer.start(milliseconds);
-        const bool isThreadEnding = _loop.exec() < 0; // no event will wake it any more
-        return isThreadEnding || !timer.isActive();
+        return execBounded(_loop, milliseconds) != 0; // be it that the thread ends, and no event will wake it any more
     }
     /// Whether nothing more is to come: a node was acknowledged, or what may have done so has come through.
     bool isOver()
