@@ -1,7 +1,7 @@
 #include "simulator/UpdatableInstrument.h"
 
-#include "firmware/HexLoader.h"
 #include "hardware_models/HardwareModelFactory.h"
+#include "images/HexLoader.h"
 #include "simulator/OwnPaths.h"
 
 namespace {

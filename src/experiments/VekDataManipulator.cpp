@@ -3,7 +3,7 @@
 #include "VekDiffPulseVoltammetryElement.h"
 #include "VekNormalPulseVoltammetryElement.h"
 #include "VekSquareWaveVoltammetryElement.h"
-#include "private_implementations/VekDataManipulatorPrivate.h"
+#include "experiments/VekDataManipulatorPrivate.h"
 
 VekDataManipulator::VekDataManipulator() : _private(std::make_shared<VekDataManipulatorPrivate>())
 {

@@ -1,7 +1,7 @@
 #include "VekExperiment.h"
 
 #include "VekAbstractElement.h"
-#include "private_implementations/VekExperimentPrivate.h"
+#include "experiments/VekExperimentPrivate.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "firmware/FirmwareUpdateHandler.h"
 #include "firmware/HidCommunicator.h"
 #include "logging/Logger.h"
-#include "private_implementations/VekDeviceTrackerPrivate.h"
+#include "tracker/VekDeviceTrackerPrivate.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 #include "elements/NodeExpansion.h"
 #include "elements/NodePlan.h"
 #include "elements/Plausibility.h"
+#include "experiments/VekExperimentPrivate.h"
 #include "hardware_models/HardwareModelFactory.h"
 #include "hardware_models/HardwareVersion.h"
 #include "hardware_models/ModelNames.h"
-#include "private_implementations/VekExperimentPrivate.h"
 
 #include <cmath>
 #include <utility>

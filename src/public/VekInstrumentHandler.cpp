@@ -2,10 +2,10 @@
 
 #include "VekCompRange.h"
 #include "VekExperiment.h"
+#include "experiments/VekExperimentPrivate.h"
+#include "handlers/HandlerLink.h"
+#include "handlers/VekInstrumentHandlerPrivate.h"
 #include "hardware_models/RangeTypes.h"
-#include "private_implementations/HandlerLink.h"
-#include "private_implementations/VekExperimentPrivate.h"
-#include "private_implementations/VekInstrumentHandlerPrivate.h"
 
 namespace {
 

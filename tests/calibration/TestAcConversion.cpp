@@ -1,6 +1,6 @@
+#include "calibration/ComplexDataPoint.h"
 #include "calibration/Records.h"
 #include "calibration/TableFolder.h"
-#include "nimbrellelibrary/ComplexDataPoint.h"
 #include "support/TestMain.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "FakeHidApi.h"
 
-#include "firmware/CrcCalculator.h"
-#include "firmware/HexLoader.h"
+#include "images/CrcCalculator.h"
+#include "images/HexLoader.h"
 
 #include <hidapi.h>
 

@@ -1,6 +1,6 @@
 #include "VekDeviceTracker.h"
 #include "firmware/FirmwareImages.h"
-#include "firmware/HexLoader.h"
+#include "images/HexLoader.h"
 #include "support/TestMain.h"
 
 #include <QDirIterator>

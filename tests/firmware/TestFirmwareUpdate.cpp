@@ -2,7 +2,7 @@
 
 #include "firmware/BootLoaderCommunicator.h"
 #include "firmware/FirmwareUpdateHandler.h"
-#include "firmware/HexLoader.h"
+#include "images/HexLoader.h"
 #include "session/InstrumentInfo.h"
 #include "support/FakeInstrument.h"
 #include "support/TestMain.h"

@@ -3,9 +3,9 @@
 #include "VekErrorCode.h"
 #include "firmware/BootLoaderCommunicator.h"
 #include "firmware/BootloaderThread.h"
-#include "firmware/HexLoader.h"
 #include "firmware/HidCommunicator.h"
 #include "hardware_models/HardwareModelNumber.h"
+#include "images/HexLoader.h"
 #include "support/TestMain.h"
 
 #include <atomic>

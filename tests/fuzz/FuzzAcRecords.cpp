@@ -1,9 +1,9 @@
 // AC records of both lines, against decoders written down step by step.
 
 #include "FuzzTarget.h"
+#include "calibration/ComplexDataPoint.h"
 #include "calibration/Records.h"
-#include "handlers/DeltaPacket.h"
-#include "nimbrellelibrary/ComplexDataPoint.h"
+#include "channels/DeltaPacket.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include "FuzzTarget.h"
 #include "MemoryFile.h"
-#include "firmware/HexLoader.h"
+#include "images/HexLoader.h"
 
 #include <map>
 #include <optional>

@@ -87,7 +87,7 @@ bug FuzzHandshake src/internal/session/InitialInformation.cpp \
     's/, +NT_CONFIG, +sizeof\(Gale_Cfg_t\)/, NT_CONFIG/' 'a board configuration may be short'
 bug FuzzHidReports src/internal/firmware/BootloaderOperator.cpp \
     's/data.size\(\) == sizeWithTwoBytes/sizeWithTwoBytes/' 'a reply may lack its value'
-bug FuzzHexText src/internal/firmware/HexLoader.cpp \
+bug FuzzHexText src/internal/images/HexLoader.cpp \
     's/return record.size\(\) == length \+ recordOverhead;/return length >= 0;/' 'a record may be longer than it says'
 bug FuzzSerialBootloader src/internal/firmware/SerialBootloader.cpp \
     's/qBound\(0, rest, longestHardwareText\)/qMin(rest, 65535 * longestHardwareText)/' 'a hardware record may be endless'

@@ -3,7 +3,7 @@
 #include "VekInstrumentHandler.h"
 #include "calibration/RecordBytes.h"
 #include "calibration/Records.h"
-#include "private_implementations/VekInstrumentHandlerPrivate.h"
+#include "handlers/VekInstrumentHandlerPrivate.h"
 #include "session/InstrumentInfo.h"
 #include "support/FakeInstrument.h"
 #include "support/TestMain.h"

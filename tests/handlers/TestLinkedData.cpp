@@ -1,6 +1,6 @@
-#include "handlers/AcDataAverage.h"
-#include "handlers/DeltaPacket.h"
-#include "handlers/LinkedPoints.h"
+#include "channels/AcDataAverage.h"
+#include "channels/DeltaPacket.h"
+#include "channels/LinkedPoints.h"
 #include "support/TestMain.h"
 
 #include <cmath>

@@ -1,6 +1,6 @@
-#include "firmware/HexLoader.h"
 #include "hardware_models/HardwareModelFactory.h"
 #include "hardware_models/ModelNames.h"
+#include "images/HexLoader.h"
 #include "support/TestMain.h"
 
 #include <cmath>

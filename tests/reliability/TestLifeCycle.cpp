@@ -2,11 +2,11 @@
 #include "VekDeviceTracker.h"
 #include "VekExperiment.h"
 #include "VekInstrumentHandler.h"
-#include "private_implementations/VekDeviceTrackerPrivate.h"
 #include "session/AdmittedInstrument.h"
 #include "session/InitialInformation.h"
 #include "support/ProcessFigures.h"
 #include "support/TestMain.h"
+#include "tracker/VekDeviceTrackerPrivate.h"
 
 namespace {
 

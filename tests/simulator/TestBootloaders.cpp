@@ -1,4 +1,4 @@
-#include "firmware/HexLoader.h"
+#include "images/HexLoader.h"
 #include "simulator/GaleBootloader.h"
 #include "simulator/HidBootloader.h"
 #include "support/TestMain.h"

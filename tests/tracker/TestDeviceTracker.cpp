@@ -4,10 +4,10 @@
 #include "VekExperiment.h"
 #include "VekInstrumentHandler.h"
 #include "handlers/MainInstrumentHandler.h"
-#include "private_implementations/VekDeviceTrackerPrivate.h"
 #include "session/AdmittedInstrument.h"
 #include "support/ProcessFigures.h"
 #include "support/TestMain.h"
+#include "tracker/VekDeviceTrackerPrivate.h"
 
 #include <functional>
 

@@ -1,4 +1,4 @@
-#include "private_implementations/VekInstrumentHandlerFactoryPrivate.h"
+#include "tracker/VekInstrumentHandlerFactoryPrivate.h"
 
 #include "handlers/GaleInstrumentHandler.h"
 #include "handlers/MainInstrumentHandler.h"

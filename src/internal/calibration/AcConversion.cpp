@@ -1,8 +1,8 @@
 #include "calibration/CalibrationData.h"
+#include "calibration/ComplexDataPoint.h"
 #include "calibration/GaleFormulas.h"
 #include "calibration/StageNames.h"
 #include "hardware_models/HardwareModel.h"
-#include "nimbrellelibrary/ComplexDataPoint.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "elements/NodePlan.h"
 
-#include "nimbrellelibrary/NimbrelleLib.h"
+#include "elements/NodeSampling.h"
 
 #include <algorithm>
 #include <cmath>
@@ -191,7 +191,7 @@ double samplesOfStairs(double duration, double level, double interval)
 /// The samples that the instrument takes, of which the host reports the last one of each full group.
 double sampleRows(const Node &node, double duration)
 {
-    const double interval = double(NimbrelleLib::get_hwNode_sampling_interval(node.hwNode));
+    const double interval = double(hardwareSamplingInterval(node.hwNode));
     if (interval == 0.0)
         return 0.0;
     if (node.voltageDifferent > 0.0 || std::isnan(duration))
@@ -273,7 +273,7 @@ PlannedNode describe(const Node &node)
     describeSetPoints(hw, planned);
     describeLimits(hw, planned);
     planned.voltageRange = voltageRangeOf(hw);
-    planned.samplingInterval = double(NimbrelleLib::get_hwNode_sampling_interval(hw)) * node.downsampleFactor;
+    planned.samplingInterval = double(hardwareSamplingInterval(hw)) * node.downsampleFactor;
     planned.downsampleFactor = node.downsampleFactor;
     planned.repeats = hw.repeats;
     planned.expectedDuration = durationOf(hw, planned);

@@ -2,7 +2,7 @@
 
 #include "calibration/CalibrationData.h"
 #include "elements/NodeMakers.h"
-#include "nimbrellelibrary/NimbrelleLib.h"
+#include "elements/NodeSampling.h"
 
 #include <cmath>
 
@@ -21,7 +21,7 @@ Node openStep(const ExpNode_t &hwNode, const QString &name, float period)
 {
     Node node;
     node.hwNode = hwNode;
-    NimbrelleLib::NUI_Node_set_downsampling(node, period);
+    setDownsampling(node, period);
     node.setNodeMembers(name, true);
     return node;
 }

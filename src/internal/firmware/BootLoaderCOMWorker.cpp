@@ -1,8 +1,8 @@
 #include "firmware/BootLoaderCOMWorker.h"
 
 #include "firmware/FirmwareImages.h"
-#include "firmware/HexLoader.h"
 #include "firmware/SerialBootloader.h"
+#include "images/HexLoader.h"
 #include "link/Frame.h"
 
 #include <QFile>

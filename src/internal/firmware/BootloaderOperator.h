@@ -1,6 +1,6 @@
 #pragma once
 
-#include "firmware/HexLoader.h"
+#include "images/HexLoader.h"
 
 #include <QByteArray>
 #include <QMetaType>

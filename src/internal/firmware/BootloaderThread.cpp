@@ -2,8 +2,8 @@
 
 #include "firmware/BootloaderOperator.h"
 #include "firmware/FirmwareImages.h"
-#include "firmware/HexLoader.h"
 #include "firmware/HidCommunicator.h"
+#include "images/HexLoader.h"
 #include "waiting/BoundedExec.h"
 
 #include <QEventLoop>
@@ -21,7 +21,8 @@ bool WaitForSignal(QObject *sender, char const *signal, unsigned long millisecon
     QEventLoop loop;
     QObject::connect(sender, signal, &loop, SLOT(quit()));
     action();
-    return execBounded(loop, static_cast<int>(milliseconds)) == 0 && !QThread::currentThread()->isInterruptionRequested();
+    return execBounded(loop, static_cast<int>(milliseconds)) == 0 &&
+           !QThread::currentThread()->isInterruptionRequested();
 }
 
 BootloaderThread *BootloaderThread::Instance()

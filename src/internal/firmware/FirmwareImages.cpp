@@ -1,7 +1,7 @@
 #include "firmware/FirmwareImages.h"
 
-#include "firmware/HexLoader.h"
 #include "hardware_models/HardwareModelFactory.h"
+#include "images/HexLoader.h"
 
 #include <QDirIterator>
 

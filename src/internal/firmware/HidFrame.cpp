@@ -1,6 +1,6 @@
 #include "firmware/HidFrame.h"
 
-#include "firmware/CrcCalculator.h"
+#include "images/CrcCalculator.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "handlers/GaleInstrumentHandler.h"
 
 #include "calibration/RecordBytes.h"
-#include "handlers/DeltaPacket.h"
+#include "channels/DeltaPacket.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 
 #include <cstring>

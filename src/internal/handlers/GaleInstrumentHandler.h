@@ -1,6 +1,6 @@
 #pragma once
 
-#include "private_implementations/VekInstrumentHandlerPrivate.h"
+#include "handlers/VekInstrumentHandlerPrivate.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
 #include "handlers/GaleInstrumentHandler.h"
 
-#include "handlers/LinkedPoints.h"
-#include "handlers/OutputData.h"
+#include "channels/LinkedPoints.h"
+#include "channels/OutputData.h"
 
 void GaleInstrumentHandler::onExperimentDCDataReceived(unsigned char channel, const QByteArray &payload)
 {

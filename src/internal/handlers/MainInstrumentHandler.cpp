@@ -1,8 +1,8 @@
 #include "handlers/MainInstrumentHandler.h"
 
 #include "calibration/RecordBytes.h"
-#include "handlers/AcDataAverage.h"
-#include "handlers/OutputData.h"
+#include "channels/AcDataAverage.h"
+#include "channels/OutputData.h"
 #include "hardware_models/HardwareModel.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 #include "session/InstrumentOperator.h"

@@ -1,6 +1,6 @@
 #include "hardware_models/HardwareModel.h"
 
-#include "firmware/HexLoader.h"
+#include "images/HexLoader.h"
 
 #include <cmath>
 

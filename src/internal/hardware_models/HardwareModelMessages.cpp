@@ -1,6 +1,6 @@
 #include "hardware_models/HardwareModel.h"
 
-#include "nimbrellelibrary/NimbrelleLib.h"
+#include "numerics/EngineeringUnits.h"
 
 // The words are part of the interface, their odd spaces and units included: watts behind " mW", ohms behind " W",
 // volts behind "A". They are put together with operator+, since "%1" has to stay for the caller.
@@ -14,7 +14,7 @@ QString plain(double value)
 
 QString prefixed(double value)
 {
-    return NimbrelleLib::getValueString(value, 3);
+    return valueString(value, 3);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "nimbrellelibrary/ComplexDataPoint.h"
+#include "calibration/ComplexDataPoint.h"
 #include "nimbrellelibrary/FourierKernel.h"
 
 #include <complex>

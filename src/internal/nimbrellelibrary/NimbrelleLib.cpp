@@ -1,88 +1,31 @@
 #include "nimbrellelibrary/NimbrelleLib.h"
 
+#include "elements/NodeSampling.h"
 #include "hardware_models/HardwareModelFactory.h"
 #include "nimbrellelibrary/Histogram.h"
+#include "numerics/EngineeringUnits.h"
 
 #include <QtEndian>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <iterator>
 #include <limits>
 
 namespace {
 
-struct UnitRow {
-    const char *unit;
-    double factor;
-};
-
-// clang-format off
-constexpr UnitRow unitRows[] = { // to seconds, amperes, volts, ohms, grams, watts, coulombs, hertz, square and cubic metres
-    {"hr",    3600.0}, {"W",   1.0},    {"A/s",   1.0},
-    {"min",   60.0},   {"mW",  0.001},  {"mA/s",  0.001},
-    {"s",     1.0},    {"uW",  1e-6},   {"uA/s",  1e-6},
-    {"ms",    0.001},  {"nW",  1e-9},   {"nA/s",  1e-9},
-    {"A",     1.0},    {"C",   1.0},    {"V/s",   1.0},
-    {"mA",    0.001},  {"mC",  0.001},  {"mV/s",  0.001},
-    {"uA",    1e-6},   {"Ah",  3600.0}, {"uV/s",  1e-6},
-    {"nA",    1e-9},   {"mAh", 3.6},    {"kHz/s", 1000.0},
-    {"V",     1.0},    {"uAh", 0.0036}, {"Hz/s",  1.0},
-    {"mV",    0.001},  {"MHz", 1e6},    {"mHz/s", 0.001},
-    {"MOhms", 1e6},    {"kHz", 1000.0}, {"m²",    1.0},
-    {"kOhms", 1000.0}, {"Hz",  1.0},    {"cm²",   0.0001},
-    {"Ohms",  1.0},    {"mHz", 0.001},  {"m³",    1.0},
-    {"kg",    1000.0}, {"g",   1.0},    {"cm³",   1e-6},
-};
-// clang-format on
-
 constexpr int samplesPerBlock = 1024; // of one signal in a raw capture
-
-struct PrefixRow {
-    double factor;
-    const char *prefix;
-};
-
-constexpr PrefixRow prefixRows[] = {{1e9, "G"},  {1e6, "M"},  {1e3, "k"},  {1.0, ""},
-                                    {1e-3, "m"}, {1e-6, "u"}, {1e-9, "n"}, {1e-12, "p"}};
-
-const PrefixRow &prefixFor(double magnitude)
-{
-    for (const PrefixRow &row : prefixRows) {
-        if (magnitude >= row.factor)
-            return row;
-    }
-    return *std::rbegin(prefixRows);
-}
-
-int decimalsFor(double magnitude, int digits)
-{
-    int integerDigits = 1;
-    if (magnitude >= 100.0)
-        integerDigits = 3;
-    else if (magnitude >= 10.0)
-        integerDigits = 2;
-    return std::max(digits - integerDigits, 0);
-}
 
 } // namespace
 
 double NimbrelleLib::getUnitsMultiplier(const QString &unit)
 {
-    for (const UnitRow &row : unitRows) {
-        if (unit == QString::fromUtf8(row.unit))
-            return row.factor;
-    }
-    return 1.0;
+    return unitsMultiplier(unit);
 }
 
 QString NimbrelleLib::getValueString(double value, int digits)
 {
-    const PrefixRow &row = prefixFor(std::abs(value));
-    const double scaled = value / row.factor;
-    return QString::number(scaled, 'f', decimalsFor(std::abs(scaled), digits)) + QLatin1Char(' ') +
-           QLatin1String(row.prefix);
+    return valueString(value, digits);
 }
 
 QList<double> NimbrelleLib::calculateFrequencyList(double start, double end, double pointsPerDecade)
@@ -122,6 +65,36 @@ std::tuple<QByteArray, unsigned> NimbrelleLib::getManualSamplingParamsPayload(Ha
     QByteArray payload(sizeof(float), '\0');
     qToLittleEndian(hardwareInterval, payload.data());
     return {payload, factor};
+}
+
+std::tuple<float, unsigned> NimbrelleLib::calcNewSamplingAndDownSampling(float sampling, float maxPeriod)
+{
+    return splitSamplingInterval(sampling, maxPeriod);
+}
+
+std::tuple<float, float> NimbrelleLib::getOriginalSamplingAndUpdateInterval(float interval, unsigned factor)
+{
+    return joinSamplingInterval(interval, factor);
+}
+
+float NimbrelleLib::get_hwNode_sampling_interval(const ExpNode_t &node)
+{
+    return hardwareSamplingInterval(node);
+}
+
+void NimbrelleLib::set_hwNode_sampling_interval(ExpNode_t &node, float interval)
+{
+    setHardwareSamplingInterval(node, interval);
+}
+
+void NimbrelleLib::NUI_Node_set_downsampling(Node &node, float maxPeriod)
+{
+    setDownsampling(node, maxPeriod);
+}
+
+float NimbrelleLib::NUI_Node_get_original_sampling(const Node &node)
+{
+    return reportedSamplingInterval(node);
 }
 
 QStringList NimbrelleLib::getHistogramData(const QByteArray &data)

@@ -25,17 +25,15 @@ struct DataSampleOption {
 };
 
 /**
- * Static helpers that several rooms share: values in messages, frequency lists, sampling intervals; and the analysis of
- * AC records, see nimbrellelibrary/ComplexDataPoint.h for its result.
+ * Static helpers under the names that clients of the numerics know, and the analysis of AC records, see calibration/ComplexDataPoint.h for its result.
  *
  * @thread Pure functions, hence free of any thread; but setDataSampleOptions() is for one thread at a time.
  */
 class NimbrelleLib
 {
 public:
-    /// Factor from a unit such as "mAh" to its base unit (coulombs, square metres, grams, ...); 1.0 if it is unknown.
+    // See numerics/EngineeringUnits.h.
     static double getUnitsMultiplier(const QString &unit);
-    /// Engineering notation with that many digits, a blank and a metric prefix, ready for a unit behind it.
     static QString getValueString(double value, int digits);
 
     /**
@@ -53,16 +51,13 @@ public:
     static std::tuple<QByteArray, unsigned> getManualSamplingParamsPayload(HardwareModel_t model, double interval,
                                                                            double longestPeriod);
 
-    /**
-     * Splits a wanted interval into what the hardware runs at and how many of its samples make one reported sample.
-     *
-     * @param sampling  seconds between two reported samples; at least 1e-5 is taken
-     * @param maxPeriod longest interval in seconds that the hardware may run at; at least 1e-5 is taken
-     * @return hardware interval in seconds, and the factor
-     */
+    // See elements/NodeSampling.h.
     static std::tuple<float, unsigned> calcNewSamplingAndDownSampling(float sampling, float maxPeriod);
-    /// The way back: the reported interval and the hardware's own, in seconds, each at least 1e-5.
     static std::tuple<float, float> getOriginalSamplingAndUpdateInterval(float interval, unsigned factor);
+    static float get_hwNode_sampling_interval(const ExpNode_t &node);
+    static void set_hwNode_sampling_interval(ExpNode_t &node, float interval);
+    static void NUI_Node_set_downsampling(Node &node, float maxPeriod);
+    static float NUI_Node_get_original_sampling(const Node &node);
 
     /**
      * The code spread of a raw capture: the text of Histogram::getTotalCount() for its first and its second signal.
@@ -71,14 +66,6 @@ public:
      *             at the end is ignored
      */
     static QStringList getHistogramData(const QByteArray &data);
-
-    // Nodes; see elements/ExpNode.h. Node types without a sampling interval read as 0.0 and are not written to.
-    static float get_hwNode_sampling_interval(const ExpNode_t &node);
-    static void set_hwNode_sampling_interval(ExpNode_t &node, float interval);
-    /// Makes the hardware sample at least every maxPeriod seconds and notes the factor in the node.
-    static void NUI_Node_set_downsampling(Node &node, float maxPeriod);
-    /// The interval between two reported samples in seconds; 0.0 if the node has none.
-    static float NUI_Node_get_original_sampling(const Node &node);
 
     /**
      * One impedance point from a mainline AC record, payload of NT_AC_DATA. Model and path take no part.

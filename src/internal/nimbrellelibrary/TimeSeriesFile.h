@@ -1,7 +1,7 @@
 #pragma once
 
+#include "calibration/ComplexDataPoint.h"
 #include "calibration/DataRecords.h"
-#include "nimbrellelibrary/ComplexDataPoint.h"
 
 #include <QString>
 

@@ -1,8 +1,0 @@
-#include "private_implementations/VekExperimentPrivate.h"
-
-#include <utility>
-
-VekExperimentPrivate::VekExperimentPrivate(std::shared_ptr<CustomExperimentRunner> runner)
-    : _runner(std::move(runner)), _experiment(_runner)
-{
-}
