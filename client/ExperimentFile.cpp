@@ -15,8 +15,6 @@ namespace client {
 
 namespace {
 
-constexpr int largestRepeatCount = 65535;
-
 /// What may stand in an object that is not an element: its name, the kind of its value, whether it has to be there.
 struct MemberRow {
     const char *name;

@@ -13,6 +13,8 @@
 
 namespace client {
 
+constexpr int largestRepeatCount = 65535; ///< of an element or a group
+
 /// One element of an experiment file. Its step number in the run is its position in the file, counted from 1.
 struct FileElement {
     int line = 0;

@@ -10,7 +10,7 @@ namespace {
 constexpr float wordsFrom = 100.0f;   ///< hertz; below it the records carry floats
 constexpr double strongEnough = 2000; ///< raw counts of amplitude that the rounding to words does not hurt
 constexpr double usableSpan = 28000;
-constexpr double converterSpan = 32767;
+constexpr double acConverterSpan = 32767;
 constexpr int gainCount = 10;
 constexpr quint8 floatFlag = 1;
 constexpr quint8 externalConverterFlag = 2;
@@ -91,8 +91,8 @@ std::vector<double> AcFrontEnd::samples(const AcPlan &plan, const Signal &signal
         for (auto harmonic = harmonics.begin(); harmonic != harmonics.end(); ++harmonic)
             values[n] += harmonic.value() * amplitude * std::cos(harmonic.key() * angle);
         if (_noise > 0.0)
-            values[n] += _noise * converterSpan * random.normal();
-        values[n] = std::clamp(values[n], -converterSpan - 1.0, converterSpan);
+            values[n] += _noise * acConverterSpan * random.normal();
+        values[n] = std::clamp(values[n], -acConverterSpan - 1.0, acConverterSpan);
     }
     return values;
 }

@@ -14,8 +14,8 @@ constexpr int existingCurrentRanges = 4;
 constexpr int existingVoltageRanges = 4;
 constexpr double largestCurrent = 5.0;
 constexpr double largestVoltage = 10.0;
-constexpr double converterSpan = 7680000.0; ///< steps at the headroom, of reading and of setting
-constexpr double headroom = 1.08;           ///< what a range reads beyond its full scale
+constexpr double galeSpan = 7680000.0; ///< steps at the headroom, of reading and of setting
+constexpr double headroom = 1.08;      ///< what a range reads beyond its full scale
 constexpr qint16 voltageReference = 731;
 constexpr qint16 currentReference = -417;
 constexpr double referenceOfSetting = 728.0;
@@ -39,7 +39,7 @@ double polynomial(const float (&coefficients)[5], double x)
 
 double existingCode(int code)
 {
-    return std::clamp(double(code), -converterSpan, converterSpan);
+    return std::clamp(double(code), -galeSpan, galeSpan);
 }
 
 /// So many samples of the same value, which lies between two steps and within the converter's words.
@@ -139,7 +139,7 @@ void GaleFrontEnd::makeRecord(quint64 seed)
     _record.calMagic = CalMagic::vc07;
     for (int i = 0; i < existingCurrentRanges; ++i) {
         const double scale = fullScale(currentRange_t(i));
-        _record.iGain[i] = off(scale * headroom / converterSpan);
+        _record.iGain[i] = off(scale * headroom / galeSpan);
         _record.iRefCoeff[i] = off(scale * 1e-5);
         _record.iOffset[i] = some(scale * 2e-3);
         _record.iQuadratic[i] = some(2e-3 / scale);
@@ -152,7 +152,7 @@ void GaleFrontEnd::makeRecord(quint64 seed)
     }
     for (int i = 0; i < existingVoltageRanges; ++i) {
         const double scale = fullScale(voltageRange_t(i));
-        _record.vGain[i] = off(scale * headroom / converterSpan);
+        _record.vGain[i] = off(scale * headroom / galeSpan);
         _record.vRefCoeff[i] = off(scale * 1e-5);
         _record.vOffset[i] = some(scale * 2e-3);
         _record.acVMag[i][0] = off(1.0);
@@ -376,8 +376,8 @@ QVector<qint32> GaleFrontEnd::words(const AcPlan &plan, const CellReading &means
             voltage += std::abs(tone.voltage) * std::cos(angle + std::arg(tone.voltage));
         }
         if (_noise > 0.0) {
-            current += _noise * converterSpan * random.normal();
-            voltage += _noise * converterSpan * random.normal();
+            current += _noise * galeSpan * random.normal();
+            voltage += _noise * galeSpan * random.normal();
         }
         pairs.append(sumOfWords(current));
         pairs.append(sumOfWords(voltage));

@@ -1,8 +1,9 @@
 #include "simulator/ImpedanceSweep.h"
 
+#include "simulator/NodeFields.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace {
 
@@ -13,13 +14,6 @@ const std::vector<int> multiTones = {2, 3, 4, 5, 6, 8};
 constexpr int leastCyclesAboveOneHertz = 8;
 constexpr int mostFrequencies = 10000;
 constexpr double roundingOfRatio = 1e-4;
-
-double at(const ExpNode_t &node, int offset)
-{
-    float value = 0.0f;
-    std::memcpy(&value, reinterpret_cast<const char *>(&node) + offset, sizeof value);
-    return double(value);
-}
 
 std::vector<float> frequencies(double start, double end, double ratio)
 {

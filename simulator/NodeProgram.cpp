@@ -1,21 +1,15 @@
 #include "simulator/NodeProgram.h"
 
+#include "simulator/NodeFields.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace {
 
 constexpr double roundingOfSteps = 1e-5; ///< what single precision may take off a whole number of steps
 
 /// The float at an offset of the record.
-double at(const ExpNode_t &node, int offset)
-{
-    float value = 0.0f;
-    std::memcpy(&value, reinterpret_cast<const char *>(&node) + offset, sizeof value);
-    return double(value);
-}
-
 bool bitAt(const ExpNode_t &node, int offset)
 {
     return reinterpret_cast<const quint8 *>(&node)[offset] & 1u;

@@ -1,5 +1,7 @@
 #include "simulator/NodeRunner.h"
 
+#include "simulator/NodeFields.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -12,20 +14,6 @@ constexpr double givesWay = 1e-3;  ///< of an interval or step: what comes so cl
 constexpr quint64 leastTicks = 2;  ///< between samples: closer ones bear one time by the cyclers' coarser clock
 constexpr int panelsOfAverage = 8; ///< even, for Simpson's rule
 constexpr int bisections = 40;
-
-qint16 wordAt(const ExpNode_t &node, int offset)
-{
-    qint16 value = 0;
-    std::memcpy(&value, reinterpret_cast<const char *>(&node) + offset, sizeof value);
-    return value;
-}
-
-float floatAt(const ExpNode_t &node, int offset)
-{
-    float value = 0.0f;
-    std::memcpy(&value, reinterpret_cast<const char *>(&node) + offset, sizeof value);
-    return value;
-}
 
 bool hasTimeLimit(const ExpNode_t &node)
 {
@@ -135,7 +123,7 @@ int NodeRunner::branch(int index) const
     const double voltage = _regulator.cell().openCircuitVoltage();
     const ExpNode_t &node = _nodes[index];
     const bool isInside = voltage >= double(node.vLimitMin) && voltage <= double(node.vLimitMax);
-    return index + (isInside ? node.jump : wordAt(node, 16));
+    return index + (isInside ? node.jump : fieldAt<qint16>(node, 16));
 }
 
 /**
@@ -145,16 +133,16 @@ int NodeRunner::branch(int index) const
 int NodeRunner::modify(int index)
 {
     const ExpNode_t &node = _nodes[index];
-    const float last = floatAt(node, 12);
-    const float step = floatAt(node, 16);
-    const int target = index + wordAt(node, 20);
+    const float last = fieldAt<float>(node, 12);
+    const float step = fieldAt<float>(node, 16);
+    const int target = index + fieldAt<qint16>(node, 20);
     if (target < 0 || target >= _nodes.size())
         return -1;
     float &value = _modifiedValue[index];
     if (std::isnan(value))
-        value = floatAt(node, 8);
+        value = fieldAt<float>(node, 8);
     const bool wasLast = value == last;
-    value = wasLast ? floatAt(node, 8) : steppedTowards(last, value, step);
+    value = wasLast ? fieldAt<float>(node, 8) : steppedTowards(last, value, step);
     constexpr quint8 biasOfImpedance = 21;
     const int offset = node.parameters[22 - 8] == biasOfImpedance ? 8 : 12;
     std::memcpy(reinterpret_cast<char *>(&_nodes[target]) + offset, &value, sizeof value);

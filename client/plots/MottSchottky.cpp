@@ -14,7 +14,7 @@ namespace client {
 
 namespace {
 
-constexpr std::size_t mostNamed = 6;
+constexpr std::size_t mostNamedFrequencies = 6;
 constexpr double pi = 3.14159265358979323846;
 
 using CurvesByFrequency = std::map<double, QVector<QPointF>, std::greater<>>;
@@ -68,7 +68,7 @@ bool drawElement(const RunData &run, int step, const QString &path)
     panel.setVerticalScale(
         {std::pow(10.0, exponent),
          QStringLiteral("<i>C</i><sup>&minus;2</sup> / 10<sup>%1</sup> F<sup>&minus;2</sup>").arg(exponent)});
-    const bool isNamed = curves.size() <= mostNamed;
+    const bool isNamed = curves.size() <= mostNamedFrequencies;
     int index = 0;
     for (const auto &[frequency, points] : curves)
         panel.addCurve(isNamed ? formatQuantity(frequency, Dimension::Frequency) : QString(), points,

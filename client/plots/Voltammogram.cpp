@@ -17,7 +17,7 @@ namespace client {
 
 namespace {
 
-constexpr std::size_t mostNamed = 8;
+constexpr std::size_t mostNamedSweeps = 8;
 
 /// The levels of a complete pulse as a point of the picture.
 using PulsePoint = QPointF (*)(const VekDataManipulator &);
@@ -147,7 +147,7 @@ bool drawElement(const RunData &run, int step, const CourseRow &course, const QS
         prefixedScale(QStringLiteral("Potential"), QStringLiteral("V"), largestOf(curves, &QPointF::x)));
     panel.setVerticalScale(
         prefixedScale(QString::fromLatin1(course.quantity), QStringLiteral("A"), largestOf(curves, &QPointF::y)));
-    const bool isNamed = curves.size() > 1 && curves.size() <= mostNamed;
+    const bool isNamed = curves.size() > 1 && curves.size() <= mostNamedSweeps;
     for (const auto &[cycle, points] : curves)
         panel.addCurve(isNamed ? QStringLiteral("Cycle %1").arg(cycle) : QString(), points, curveColour(cycle - 1),
                        course.makeManipulator ? Panel::Style::LineAndPoints : Panel::Style::Line);

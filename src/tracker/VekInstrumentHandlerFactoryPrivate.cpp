@@ -13,11 +13,6 @@ namespace {
 
 constexpr int startUpTimeoutMs = 5000;
 
-bool isGale(const InstrumentInfo &info)
-{
-    return instrumentLineOf(info.hardware.hwModel) == InstrumentLine::Gale;
-}
-
 void startUp(VekInstrumentHandlerPrivate *handler)
 {
     QEventLoop loop;

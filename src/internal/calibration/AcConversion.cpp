@@ -4,13 +4,12 @@
 #include "calibration/StageNames.h"
 #include "hardware_models/HardwareModel.h"
 
+#include "numerics/Constants.h"
+
 #include <algorithm>
 #include <limits>
 
 namespace {
-
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// The settings of the two transimpedance stages in a low-side range.
 struct StageSettings {

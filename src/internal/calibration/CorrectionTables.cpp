@@ -1,6 +1,7 @@
 #include "calibration/CorrectionTables.h"
 
 #include "calibration/CsvFile.h"
+#include "numerics/Constants.h"
 
 #include <QFile>
 #include <QtDebug>
@@ -12,11 +13,9 @@
 namespace {
 
 constexpr int converterCodes = 4096;
-constexpr double pi = 3.141592653589793;
 constexpr double referenceCode = 2048.0;
 constexpr double sourceResistance = 1000.0; // ohms
 constexpr double picofarad = 1e-12;
-constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr int cableRanges = 11; // one more than there are current ranges: deliberate
 
 template <typename Sample>

@@ -13,6 +13,10 @@ enum class ADC_src_t : quint8 {
     External16Bit = 1,
 };
 
+// The clocks of the two lines.
+constexpr double mainlineTicksPerSecond = 1e8;
+constexpr double galeTicksPerSecond = 8.75e7;
+
 #pragma pack(push, 1)
 /// One raw DC sample of the mainline: 44 bytes, little-endian; payload of NT_DC_DATA.
 struct MainDcRecord_t {
@@ -21,7 +25,7 @@ struct MainDcRecord_t {
     float rawCurrent;
     float secondRaw;     ///< counter electrode
     double charge;       ///< cumulative, coulombs
-    quint64 tick;        ///< 1e8 a second
+    quint64 tick;        ///< mainlineTicksPerSecond
     qint16 voltageRef;   ///< reference word of the voltage reading
     qint16 currentRef;   ///< reference word of the current reading
     quint32 temperature; ///< word of the thermocouple converter
@@ -33,7 +37,7 @@ struct MainDcRecord_t {
 
 /// One raw DC sample of a battery cycler: 36 bytes, little-endian; payload of NT_DC_DATA.
 struct GaleDcRecord_t {
-    quint64 tick; ///< 8.75e7 a second
+    quint64 tick; ///< galeTicksPerSecond
     float rawCurrent;
     float rawVoltage;
     float temperature; ///< reading of the thermistor's divider
@@ -51,7 +55,7 @@ struct GaleDcRecord_t {
  * then all voltage samples.
  */
 struct P24ExperimentalAcData {
-    quint64 tick;       ///< 1e8 a second
+    quint64 tick;       ///< mainlineTicksPerSecond
     float frequency;    ///< hertz, of the signal
     float samplePeriod; ///< seconds
     qint32 samplesPerSignal;
@@ -69,7 +73,7 @@ struct P24ExperimentalAcData {
 
 /// Head of a battery cycler's AC batch: 34 bytes, little-endian; payload of NT_AC_DATA_INVALID.
 struct Gale_AC_Header_t {
-    quint64 tick; ///< 8.75e7 a second
+    quint64 tick; ///< galeTicksPerSecond
     quint32 samplesPerSignal;
     float frequency; ///< hertz, of the signal; of a multi-tone drive its base
     quint32 reserved16;

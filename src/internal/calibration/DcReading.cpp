@@ -2,14 +2,13 @@
 #include "calibration/GaleFormulas.h"
 #include "hardware_models/HardwareModel.h"
 
+#include "numerics/Constants.h"
+
 #include <limits>
 
 namespace {
 
-constexpr double mainlineTicksPerSecond = 1e8;
-constexpr double galeTicksPerSecond = 8.75e7;
 constexpr double thermistorFullScale = 32500.0;
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 } // namespace
 

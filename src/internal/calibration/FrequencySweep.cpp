@@ -1,6 +1,7 @@
 #include "calibration/FrequencySweep.h"
 
 #include "calibration/CsvFile.h"
+#include "numerics/Constants.h"
 
 #include <QFile>
 #include <QtDebug>
@@ -10,9 +11,6 @@
 #include <limits>
 
 namespace {
-
-constexpr double pi = 3.141592653589793;
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 std::complex<double> fromPolar(double magnitude, double degrees)
 {

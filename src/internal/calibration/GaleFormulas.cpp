@@ -1,11 +1,11 @@
 #include "calibration/GaleFormulas.h"
 
+#include "numerics/Constants.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace {
-
-constexpr double pi = 3.141592653589793;
 
 /// The coefficient of a range; a range that the record does not have reads as 0.
 template <int Count>

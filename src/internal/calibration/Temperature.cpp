@@ -8,7 +8,7 @@ namespace {
 constexpr double absoluteZero = -273.15; // degrees Celsius
 constexpr float lowestTemperature = -60.0f;
 constexpr float highestTemperature = 135.0f;
-constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float noTemperature = std::numeric_limits<float>::quiet_NaN();
 
 constexpr unsigned faultBit = 1u << 16;
 constexpr int readingShift = 18; // the reading fills bits 31 to 18
@@ -27,7 +27,7 @@ float Thermistor::getTemp(float ratio) const
     const double reciprocal = A + B * x + C * x * x + D * x * x * x;
     const float degrees = float(1.0 / reciprocal + absoluteZero);
     if (degrees < lowestTemperature || degrees > highestTemperature)
-        return notANumber;
+        return noTemperature;
     return degrees;
 }
 
@@ -35,7 +35,7 @@ float Thermistor::getRatio(float degrees) const
 {
     const double kelvin = degrees - absoluteZero;
     if (kelvin <= 0.0)
-        return notANumber;
+        return noTemperature;
     const double resistance = nominalResistance * std::exp(logResistance(1.0 / kelvin));
     return float(resistance / (seriesResistance + resistance));
 }
@@ -58,6 +58,6 @@ double Thermistor::logResistance(double reciprocalTemperature) const
 float TemperatureParser::getTemp(unsigned word) const
 {
     if (word & faultBit)
-        return notANumber;
+        return noTemperature;
     return float(static_cast<int>(word) >> readingShift) * degreesPerCount;
 }

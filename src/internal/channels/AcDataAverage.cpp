@@ -1,10 +1,10 @@
 #include "channels/AcDataAverage.h"
 
+#include "numerics/Constants.h"
+
 #include <cmath>
 
 namespace {
-
-constexpr double pi = 3.141592653589793;
 
 /// Mean of what @p valueOf takes out of each point. By name: a reference to a field of a packed point is not aligned.
 template <typename ValueOf>

@@ -4,13 +4,13 @@
 #include "elements/NodeMakers.h"
 #include "elements/StepNodes.h"
 #include "hardware_models/HardwareVersion.h"
+#include "numerics/Constants.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr float beyondAnyCell = 300.0f; // volts
 
 bool isFinite(double duration)

@@ -2,11 +2,11 @@
 
 #include "hardware_models/HardwareModelFactory.h"
 #include "hardware_models/HardwareVersion.h"
+#include "numerics/Constants.h"
 
 #include <limits>
 
 namespace {
-constexpr double infinity = std::numeric_limits<double>::infinity();
 }
 
 InputCheck::InputCheck(const HardwareVersion &hardware)

@@ -19,14 +19,13 @@
 #include "elements/StaircasePotentialVoltammetryElement.h"
 #include "elements/SteppedCurrent.h"
 #include "elements/SteppedVoltage.h"
+#include "numerics/Constants.h"
 
 #include <cmath>
 #include <typeindex>
 #include <unordered_map>
 
 namespace {
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 template <class Pointer>
 struct ClassOf;

@@ -46,7 +46,7 @@ struct Rule {
     const char *atLeast = nullptr;   ///< the property that must not lie above this one
     ElementValue opposite = nullptr; ///< below 0: this one points the other way than the span that it divides
 
-    Rule orNone(double infinity) const { return with(&Rule::none, infinity); }
+    Rule orNone(double bound) const { return with(&Rule::none, bound); }
     Rule vsOcp(ElementValue flag) const { return with(&Rule::isVsOcp, flag); }
     Rule where(ElementValue other) const { return with(&Rule::counts, other); }
     Rule unless(ElementValue flag) const { return with(&Rule::isIdle, flag); }

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr unsigned long resetMs = 100;
+constexpr unsigned long softResetMs = 100;
 
 /// For as long as a port is questioned.
 struct Hold {
@@ -19,11 +19,6 @@ struct Hold {
     ~Hold() { BootLoaderCommunicator::Instance()->goOn(); }
     Q_DISABLE_COPY_MOVE(Hold)
 };
-
-bool isGale(const InstrumentInfo &info)
-{
-    return info.hardware.hwModel == HardwareModel_t::Gale;
-}
 
 /// Whether the instrument that was questioned is the one that answers now.
 bool isSameInstrument(SerialCommunicator &link, const InstrumentInfo &questioned)
@@ -61,7 +56,7 @@ VekErrorCode restart(const InstrumentInfo &info)
             QStringLiteral("The instrument did not take the command to restart into its bootloader, so "
                            "that nothing was written. If it does not answer any more, please update all "
                            "available devices."));
-    QThread::msleep(resetMs);
+    QThread::msleep(softResetMs);
     link.Stop();
     return VekErrorCode::Success;
 }

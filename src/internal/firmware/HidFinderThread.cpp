@@ -8,12 +8,12 @@
 
 namespace {
 
-constexpr int pollMs = 1000;
+constexpr int searchPeriodMs = 1000;
 
 void pause()
 {
     QEventLoop loop;
-    execBounded(loop, pollMs); // quit() of the thread leaves it
+    execBounded(loop, searchPeriodMs); // quit() of the thread leaves it
 }
 
 /// The entries of the first map whose path is not in the second one.

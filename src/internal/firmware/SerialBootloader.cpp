@@ -12,7 +12,7 @@ namespace {
 
 constexpr int openTimeoutMs = 10000;
 constexpr unsigned long openPauseMs = 5;
-constexpr int replyTimeoutMs = 5000;
+constexpr int serialReplyTimeoutMs = 5000;
 constexpr int readSliceMs = 5;
 constexpr int channelPosition = 3;
 constexpr int channelsPerBoard = 2;
@@ -50,7 +50,7 @@ bool SerialBootloader::tryOpen(QSerialPort &port)
 
 QByteArray SerialBootloader::waitForResponse(QSerialPort &port, int size)
 {
-    const QDeadlineTimer deadline(replyTimeoutMs);
+    const QDeadlineTimer deadline(serialReplyTimeoutMs);
     port.waitForReadyRead(readSliceMs);
     QByteArray response = port.read(size);
     while (response.size() < size && mayGoOn(deadline)) {

@@ -2,6 +2,7 @@
 
 #include "calibration/RecordBytes.h"
 #include "elements/AbstractExperiment.h"
+#include "numerics/Constants.h"
 #include "session/InstrumentOperator.h"
 
 #include <QDebug>
@@ -12,10 +13,8 @@
 
 namespace {
 
-constexpr double ticksPerSecond = 8.75e7;
 constexpr NodeRules galeRules{InstrumentLine::Gale, false, 10};
 constexpr float largestLoadImpedance = 10000.0f; // ohms
-constexpr int automaticCurrentRange = index(currentRange_t::Auto);
 
 #pragma pack(push, 1)
 struct TareRecord_t {
@@ -191,7 +190,7 @@ void GaleInstrumentHandler::onExperimentDataBeginning(unsigned char channel, con
         }
         member->setDataStatus(ChannelHandler::DATA_STARTED);
     }
-    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / ticksPerSecond);
+    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / galeTicksPerSecond);
 }
 
 void GaleInstrumentHandler::onExperimentCompleted(unsigned char channel, const QByteArray &payload)
@@ -283,7 +282,6 @@ VekInstrumentHandlerPrivate::RangeList GaleInstrumentHandler::getDCCurrentRangeL
     const int onBoard = channel % getNumberofChannelperBoard();
     const double lowest = double(config.currentMin[onBoard]);
     const double highest = double(config.currentMax[onBoard]);
-    constexpr double infinity = std::numeric_limits<double>::infinity();
     const auto second = ranges.size() > 1 ? ranges[1] : std::make_pair(-infinity, infinity);
     const bool isSecondTooSmall = second.first > lowest && highest > second.second;
 

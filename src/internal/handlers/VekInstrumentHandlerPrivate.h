@@ -256,6 +256,7 @@ protected:
         if (hasCalibration(channel))
             change(_info.calibration[channel]);
     }
+    static constexpr int automaticCurrentRange = index(currentRange_t::Auto);
     HardwareModel_t modelNumber() const { return _info.hardware.hwModel; }
     InstrumentLine line() const { return instrumentLineOf(modelNumber()); }
     std::shared_ptr<const HardwareModel> model() const;

@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr double ticksPerSecond = 1e8;
-
 #pragma pack(push, 1)
 struct NodeBeginRecord_t {
     quint64 tick;      // not used
@@ -95,7 +93,7 @@ void VekInstrumentHandlerPrivate::onExperimentDataBeginning(unsigned char channe
     if (!handler)
         return;
     handler->setDataStatus(ChannelHandler::DATA_STARTED);
-    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / ticksPerSecond);
+    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / mainlineTicksPerSecond);
 }
 
 void VekInstrumentHandlerPrivate::onExperimentCompleted(unsigned char channel, const QByteArray &payload)

@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr int automaticCurrentRange = index(currentRange_t::Auto);
 constexpr int automaticVoltageRange = index(voltageRange_t::Auto);
 constexpr unsigned char highestPresetIndex = 10;
 constexpr double longestManualInterval = 1.0; // seconds; the host thins what is wanted more rarely

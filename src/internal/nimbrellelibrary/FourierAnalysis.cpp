@@ -1,13 +1,12 @@
 #include "nimbrellelibrary/FourierAnalysis.h"
 
 #include "nimbrellelibrary/NimbrelleLib.h"
+#include "numerics/Constants.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
-
-constexpr double pi = 3.141592653589793;
 
 /// The part of a record that is integrated: an exact number of periods, with a partial step at the end.
 struct Window {

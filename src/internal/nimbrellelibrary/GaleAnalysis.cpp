@@ -3,6 +3,7 @@
 #include "calibration/CalibrationData.h"
 #include "nimbrellelibrary/FourierAnalysis.h"
 #include "nimbrellelibrary/TimeSeriesFile.h"
+#include "numerics/Constants.h"
 
 #include <QtDebug>
 
@@ -12,7 +13,6 @@
 
 namespace {
 
-constexpr double pi = 3.141592653589793;
 constexpr quint16 multiTone = 2;
 constexpr float toneMultiples[] = {2.0f, 3.0f, 4.0f,
                                    5.0f, 6.0f, 8.0f}; ///< of the base frequency, in a multi-tone drive

@@ -1,10 +1,11 @@
 #include "nimbrellelibrary/LowPass.h"
 
+#include "numerics/Constants.h"
+
 #include <cmath>
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
 constexpr int inputsKept = 3;
 constexpr int outputsKept = 2;
 

@@ -2,6 +2,7 @@
 
 #include "calibration/CalibrationData.h"
 #include "nimbrellelibrary/FourierAnalysis.h"
+#include "numerics/Constants.h"
 
 #include <QtDebug>
 
@@ -12,7 +13,6 @@
 
 namespace {
 
-constexpr double ticksPerSecond = 1e8;
 constexpr int headSize = int(sizeof(P24ExperimentalAcData));
 
 /// What the transform gives of a record: the means and the fundamentals, all raw.
@@ -66,7 +66,7 @@ std::vector<float> samplesOfBlock(const QByteArray &packet, const P24Experimenta
 ComplexDataPoint_t pointOfHead(const P24ExperimentalAcData &head)
 {
     ComplexDataPoint_t point;
-    point.timestamp = double(head.tick) / ticksPerSecond;
+    point.timestamp = double(head.tick) / mainlineTicksPerSecond;
     point.frequency = double(head.frequency);
     point.currentRange = head.currentRange;
     point.voltageRange = head.voltageRange;
@@ -79,7 +79,6 @@ ComplexDataPoint_t pointOfHead(const P24ExperimentalAcData &head)
 void setMeasurement(ComplexDataPoint_t &point, const RawFundamentals &raw, const P24ExperimentalAcData &head,
                     const CalibrationData &calibration)
 {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
     const double frequency = point.frequency;
     point.rawDCvoltage = raw.voltageMean;
     point.rawDCcurrent = raw.currentMean;

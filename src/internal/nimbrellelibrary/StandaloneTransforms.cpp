@@ -2,13 +2,12 @@
 
 #include "calibration/DataRecords.h"
 #include "nimbrellelibrary/FourierAnalysis.h"
+#include "numerics/Constants.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
-
-constexpr double pi = 3.141592653589793;
 
 /// Lowest and highest reading of a converter.
 struct ConverterSpan {

@@ -129,11 +129,6 @@ bool askChannels(SerialCommunicator &link, const InstrumentInfo &info, const Que
     return anyFailed;
 }
 
-bool isGale(const InstrumentInfo &info)
-{
-    return info.hardware.hwModel == HardwareModel_t::Gale;
-}
-
 VekErrorCode notConnected(QLatin1String message)
 {
     return VekErrorCode(VekErrorCode::ConnectionFailed, message);

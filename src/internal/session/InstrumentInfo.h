@@ -22,6 +22,9 @@ struct InstrumentInfo {
     quint8 groundFloatState = 0;
 };
 
+/// Whether an instrument is of the line of battery cyclers, which speaks another dialect.
+bool isGale(const InstrumentInfo &info);
+
 /// The device name in a hardware record: what stands between the model byte and the first line feed, or the last byte.
 QString deviceNameIn(const HardwareVersion &hardware);
 

@@ -1,0 +1,7 @@
+#pragma once
+
+#include <limits>
+
+constexpr double pi = 3.14159265358979323846;
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
