@@ -9,15 +9,30 @@ namespace client {
 
 namespace {
 
-constexpr int largestRepeatCount = 65535;
+/// "rate-of-voltage": the name of a dimension without its article, as a key.
+std::string keyOf(Dimension dimension)
+{
+    return dimensionName(dimension)
+        .section(QLatin1Char(' '), 1)
+        .replace(QLatin1Char(' '), QLatin1Char('-'))
+        .toStdString();
+}
+
+Json quantityDefinition(Dimension dimension)
+{
+    const QString unit = baseUnit(dimension);
+    const QString plain = unit.isEmpty() ? QStringLiteral("a number") : QStringLiteral("a number in %1").arg(unit);
+    return {{"type", {"number", "string"}},
+            {"pattern", text(quantityPattern(dimension))},
+            {"description", text(QStringLiteral("%1, or a text with a number and a unit").arg(plain))}};
+}
 
 Json quantitySchema(const PropertyRow &property)
 {
-    const QString unit = baseUnit(property.dimension);
-    const QString plain = unit.isEmpty() ? QStringLiteral("a number") : QStringLiteral("a number in %1").arg(unit);
-    const QString wording = QStringLiteral("%1, or a text with a number and a unit").arg(plain);
-    return {{"type", {"number", "string"}},
-            {"description", text(property.mayBeNone() ? wording + QStringLiteral(", or \"none\"") : wording)}};
+    const Json quantity = {{"$ref", "#/$defs/" + keyOf(property.dimension)}};
+    if (!property.mayBeNone())
+        return quantity;
+    return {{"anyOf", {quantity, {{"const", "none"}}}}};
 }
 
 Json propertySchema(const PropertyRow &property)
@@ -79,6 +94,10 @@ Json experimentSchema()
     Json definitions = {{"group", groupSchema()}};
     for (const ElementRow &row : elementCatalogue()) {
         definitions[row.name] = elementSchema(row);
+        for (const PropertyRow &property : row.properties) {
+            if (property.kind == PropertyKind::Quantity)
+                definitions[keyOf(property.dimension)] = quantityDefinition(property.dimension);
+        }
         alternatives.push_back({{"$ref", std::string("#/$defs/") + row.name}});
     }
     definitions["item"] = {{"oneOf", alternatives}};

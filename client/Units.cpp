@@ -182,6 +182,22 @@ ParsedQuantity parseQuantity(const QString &text, Dimension dimension)
     return {number * factor.times / factor.over, {}};
 }
 
+QString quantityPattern(Dimension dimension)
+{
+    QStringList prefixes;
+    for (const PrefixRow &prefix : prefixRows)
+        prefixes.append(QString::fromUtf8(prefix.symbol));
+    prefixes.removeAll(QString());
+    QStringList units;
+    for (const UnitRow &unit : unitRows) {
+        if (unit.dimension == dimension)
+            units.append((unit.takesPrefix ? QStringLiteral("(%1)?").arg(prefixes.join(QLatin1Char('|'))) : QString()) +
+                         QString::fromUtf8(unit.symbol));
+    }
+    const QString unit = units.isEmpty() ? QString() : QStringLiteral("(%1)?\\s*").arg(units.join(QLatin1Char('|')));
+    return QStringLiteral("^\\s*-?(\\d+\\.?\\d*|\\.\\d+)([eE][-+]?\\d+)?\\s*%1$").arg(unit);
+}
+
 QString baseUnit(Dimension dimension)
 {
     return QString::fromUtf8(rowOf(dimension).baseUnit);

@@ -24,6 +24,9 @@ struct ParsedQuantity {
  */
 ParsedQuantity parseQuantity(const QString &text, Dimension dimension);
 
+/// A regular expression, as JSON Schema has them, for the texts that parseQuantity() takes.
+QString quantityPattern(Dimension dimension);
+
 /// The symbol of the unit that bare numbers are in: "A", "V/s", "Ohm"; empty for bare numbers.
 QString baseUnit(Dimension dimension);
 

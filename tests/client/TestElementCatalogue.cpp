@@ -1,9 +1,12 @@
 #include "ElementCatalogue.h"
 #include "ExperimentFile.h"
 #include "Schema.h"
+#include "Units.h"
 #include "VekAbstractElement.h"
 
 #include "support/TestMain.h"
+
+#include <QRegularExpression>
 
 #include <set>
 
@@ -42,6 +45,8 @@ private Q_SLOTS:
     void eachPropertyReachesItsOwnValue();
     void namesAreUnique();
     void partnersAreThere();
+    void schemaTakesWhatIsRead_data();
+    void schemaTakesWhatIsRead();
     void documentsAreUpToDate();
 };
 
@@ -91,6 +96,32 @@ void TestElementCatalogue::partnersAreThere()
                 QVERIFY2(row.find(property.partner) < row.find(property.name), property.name); // set before it
             if (property.excludes)
                 QVERIFY2(row.find(property.excludes), property.name);
+        }
+    }
+}
+
+void TestElementCatalogue::schemaTakesWhatIsRead_data()
+{
+    QTest::addColumn<int>("dimension");
+    for (const Dimension each : {Dimension::Number, Dimension::Percent, Dimension::Time, Dimension::Voltage,
+                                 Dimension::Current, Dimension::Resistance, Dimension::Charge, Dimension::VoltageRate})
+        QTest::newRow(qPrintable(dimensionName(each))) << int(each);
+}
+
+/// An editor that knows the schema marks the same texts as the program refuses.
+void TestElementCatalogue::schemaTakesWhatIsRead()
+{
+    QFETCH(int, dimension);
+    const auto kind = Dimension(dimension);
+    const QRegularExpression pattern(quantityPattern(kind));
+    QVERIFY2(pattern.isValid(), qPrintable(pattern.errorString()));
+    for (const char *number : {"1", "-2.5", ".5", "3.", "1e-3", " 4E+2", "+1", "1,5", "", "e3", "inf", "nan", "0x1"}) {
+        for (const char *unit :
+             {"",           "s", " ms", "min", "mmin", "h ",     "V",  "uV", "mA",  "GOhm", u8"k\u03a9",
+              u8"\u00b5Ah", "C", "%",   "m%",  "V/s",  "mV/min", "V/", "kg", "A/h", "Mh"}) {
+            const QString text = QString::fromUtf8(number) + QString::fromUtf8(unit);
+            QCOMPARE(qPrintable(text + ' ' + QString::number(pattern.match(text).hasMatch())),
+                     qPrintable(text + ' ' + QString::number(parseQuantity(text, kind).isValid())));
         }
     }
 }
