@@ -1,5 +1,7 @@
 #include "Console.h"
 
+#include "TerminalText.h"
+
 #include <QByteArray>
 #include <QtGlobal>
 
@@ -13,12 +15,17 @@ namespace {
 
 constexpr int progressPeriodMs = 200;
 
-/// What fits on one line of the terminal, so that the line can be replaced.
-QString cutToTerminal(const QString &text)
+struct TerminalSize {
+    int rows = 1;
+    int columns = 80;
+};
+
+TerminalSize terminalSize()
 {
     winsize size = {};
-    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
-    return isKnown ? text.left(size.ws_col - 1) : text;
+    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col < 2)
+        return {};
+    return {qMax(1, int(size.ws_row)), int(size.ws_col)};
 }
 
 void dropDiagnostics(QtMsgType type, const QMessageLogContext &, const QString &text)
@@ -61,18 +68,17 @@ void Console::note(const QString &text)
         write(text);
 }
 
-void Console::progress(const std::function<QString()> &makeText)
+void Console::progress(const std::function<QStringList(int room)> &makeLines)
 {
     if (!_isTerminal || _verbosity == Verbosity::Quiet)
         return;
     if (_sinceProgress.isValid() && _sinceProgress.elapsed() < progressPeriodMs)
         return;
     _sinceProgress.restart();
+    constexpr int rowsOfOthers = 2; // the prompt's, and that of a message above
+    const QStringList lines = makeLines(qMax(1, terminalSize().rows - rowsOfOthers));
     clearProgress();
-    const QString text = cutToTerminal(makeText());
-    std::fputs(text.toLocal8Bit().constData(), stderr);
-    std::fflush(stderr);
-    _progress = text;
+    showProgress(lines);
 }
 
 void Console::endProgress()
@@ -85,20 +91,31 @@ void Console::endProgress()
 
 void Console::write(const QString &text)
 {
-    const QString standing = _progress;
+    const QStringList standing = _progress;
     clearProgress();
     std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
-    if (standing.isEmpty())
-        return;
-    std::fputs(standing.toLocal8Bit().constData(), stderr);
-    _progress = standing;
+    showProgress(standing);
 }
 
+/// Cut to what fits in front of the cursor, so that no line is broken and all can be replaced.
+void Console::showProgress(const QStringList &lines)
+{
+    const int columns = terminalSize().columns - 1;
+    for (const QString &line : lines)
+        _progress.append(cutToColumns(line, columns));
+    std::fputs(_progress.join(QLatin1Char('\n')).toLocal8Bit().constData(), stderr);
+    std::fflush(stderr);
+}
+
+/// A terminal that has become narrower meanwhile has broken the lines, which then take more of its rows.
 void Console::clearProgress()
 {
     if (_progress.isEmpty())
         return;
+    const int rows = rowsOf(_progress, terminalSize().columns);
     std::fputs("\r\033[K", stderr);
+    for (int row = 1; row < rows; ++row)
+        std::fputs("\033[A\033[K", stderr);
     _progress.clear();
 }
 

@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -32,21 +33,26 @@ public:
     void complaint(const QString &text);
     /// What a user wants to know; silent when quiet.
     void note(const QString &text);
-    /// Replaces the line of progress, at most five times a second; nothing without a terminal or when quiet. The text is
-    /// only made when it will be shown.
-    void progress(const std::function<QString()> &makeText);
-    /// Leaves the last line of progress standing and goes on below it.
+    /**
+     * Replaces the lines of progress, at most five times a second; nothing without a terminal or when quiet.
+     *
+     * No line gets wider than the terminal, however it is resized.
+     * @param makeLines only called when they will be shown, with how many lines the terminal has room for, at least one
+     */
+    void progress(const std::function<QStringList(int room)> &makeLines);
+    /// Leaves the last lines of progress standing and goes on below them.
     void endProgress();
 
 private:
     Console();
 
     void write(const QString &text);
+    void showProgress(const QStringList &lines);
     void clearProgress();
 
     Verbosity _verbosity = Verbosity::Normal;
     bool _isTerminal;
-    QString _progress; // what stands on the line now
+    QStringList _progress; // what stands on the last lines now
     QElapsedTimer _sinceProgress;
 };
 

@@ -18,8 +18,8 @@ constexpr double nothingYet = std::numeric_limits<double>::quiet_NaN();
 } // namespace
 
 ExperimentRun::ExperimentRun(const VekInstrumentHandler &handler, unsigned char channel, RunRecorder &recorder,
-                             WhenUnrecorded whenUnrecorded)
-    : _handler(handler), _channel(channel), _recorder(recorder), _whenUnrecorded(whenUnrecorded),
+                             const RunProgress &progress, WhenUnrecorded whenUnrecorded)
+    : _handler(handler), _channel(channel), _recorder(recorder), _progress(progress), _whenUnrecorded(whenUnrecorded),
       _lastVoltage(nothingYet), _lastCurrent(nothingYet), _lastFrequency(nothingYet)
 {
     _overdue.setSingleShot(true);
@@ -58,9 +58,13 @@ void ExperimentRun::askForEnd()
 
 QString ExperimentRun::progressText() const
 {
+    if (_state != RunState::Running)
+        return runStateName(_state);
     const VekExperimentNode &node = _recorder.node();
-    QStringList parts{QStringLiteral("step %1").arg(node.stepNumber) + QLatin1Char(' ') + node.stepName};
-    if (node.cycleNumber > 1)
+    QStringList parts{planWords(), QStringLiteral("step %1").arg(node.stepNumber) + QLatin1Char(' ') + node.stepName};
+    if (_progress.cycleCount() > 1)
+        parts.append(QStringLiteral("cycle %1 of %2").arg(node.cycleNumber).arg(_progress.cycleCount()));
+    else if (node.cycleNumber > 1)
         parts.append(QStringLiteral("cycle %1").arg(node.cycleNumber));
     parts.append(formatQuantity(_lastTime, Dimension::Time));
     if (_recorder.acRowCount() > 0)
@@ -68,7 +72,18 @@ QString ExperimentRun::progressText() const
     parts.append(formatQuantity(_lastVoltage, Dimension::Voltage));
     parts.append(formatQuantity(_lastCurrent, Dimension::Current));
     parts.append(QStringLiteral("%1 points").arg(_recorder.dcRowCount() + _recorder.acRowCount()));
+    parts.removeAll(QString());
     return parts.join(QLatin1String(" | "));
+}
+
+QString ExperimentRun::planWords() const
+{
+    const std::optional<double> share = _progress.shareDone(_lastTime);
+    if (!share || !_sinceStart.isValid())
+        return {};
+    // A simulated instrument may run faster than the clock on the wall, no instrument runs slower.
+    const double pace = qMax(1.0, _lastTime / qMax(1.0, double(_sinceStart.elapsed()) * 1e-3));
+    return progressWords(*share, *_progress.secondsLeft(_lastTime) / pace);
 }
 
 void ExperimentRun::connectSignals()
@@ -88,6 +103,7 @@ void ExperimentRun::onExperimentStarting(unsigned char channel)
     if (channel != _channel || _hasStarted)
         return;
     _hasStarted = true;
+    _sinceStart.start();
     noteSignOfLife();
     const double seconds = _handler.getExperimentUTCStartTime(_channel);
     _recorder.setStart(seconds > 0.0 ? QDateTime::fromMSecsSinceEpoch(qRound64(seconds * 1000.0), Qt::UTC)
@@ -99,6 +115,7 @@ void ExperimentRun::onElementStarting(unsigned char channel, const VekExperiment
     if (channel != _channel)
         return;
     noteSignOfLife();
+    _progress.begin(node, _lastTime);
     _recorder.beginElement(node);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ExitCode.h"
+#include "RunProgress.h"
 #include "RunRecorder.h"
 #include "VekErrorCode.h"
 
@@ -29,14 +30,14 @@ public:
 
     /// @p handler is borrowed and outlives the run; so does @p recorder, whose files are there.
     ExperimentRun(const VekInstrumentHandler &handler, unsigned char channel, RunRecorder &recorder,
-                  WhenUnrecorded whenUnrecorded);
+                  const RunProgress &progress, WhenUnrecorded whenUnrecorded);
 
     /// Starts what was uploaded to the channel. @return the library's refusal; finished() then does not come
     VekErrorCode start();
     /// Stops the experiment on the instrument and waits for its end, 10 s at most.
     void interrupt();
 
-    /// Element, step, elapsed time, last voltage and current, points: the line of progress.
+    /// Share done and time left where the plan knows them, element, step, last voltage and current, points.
     QString progressText() const;
     unsigned char channel() const { return _channel; }
     ExitCode exitCode() const { return _exitCode; }
@@ -61,12 +62,14 @@ private Q_SLOTS:
 private:
     void connectSignals();
     void askForEnd();
+    QString planWords() const;
     void noteSignOfLife();
     void finish(RunState state, const QString &message, ExitCode exitCode);
 
     const VekInstrumentHandler &_handler;
     const unsigned char _channel;
     RunRecorder &_recorder;
+    RunProgress _progress;
     const WhenUnrecorded _whenUnrecorded;
     RunState _state = RunState::Running;
     ExitCode _exitCode = Done;
@@ -77,6 +80,7 @@ private:
     bool _hasStarted = false;
     bool _hasToldWriteError = false;
     double _lastTime = 0.0;
+    QElapsedTimer _sinceStart;
     double _lastVoltage;
     double _lastCurrent;
     double _lastFrequency;

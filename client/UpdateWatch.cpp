@@ -63,7 +63,7 @@ void UpdateWatch::onNotification(const QString &text)
     const int percent = progressIn(text);
     if (percent >= 0)
         return Console::instance().progress(
-            [&] { return progressBar(text.left(text.lastIndexOf(progressMark)), percent); });
+            [&](int) { return QStringList(progressBar(text.left(text.lastIndexOf(progressMark)), percent)); });
     const bool hasFailed = text == unknownModel || text.endsWith(QLatin1String(": Firmware update failed."));
     const bool isStandIn = text.endsWith(VekErrorCode(VekErrorCode::StandInFirmware).message());
     if (hasFailed || isStandIn)

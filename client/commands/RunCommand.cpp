@@ -244,7 +244,8 @@ ExitCode RunCommand::start(const Connection &connection, Task &task) const
         return LocalFailure;
     }
     const auto channel = static_cast<unsigned char>(task.channel);
-    task.run = std::make_unique<ExperimentRun>(connection.handler(), channel, *task.recorder,
+    const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
+    task.run = std::make_unique<ExperimentRun>(connection.handler(), channel, *task.recorder, RunProgress(plan),
                                                _keepsGoing ? ExperimentRun::WhenUnrecorded::KeepGoing
                                                            : ExperimentRun::WhenUnrecorded::Stop);
     const VekErrorCode result = task.run->start();
@@ -274,8 +275,9 @@ void RunCommand::wait()
         if (!task.run)
             continue;
         const ExperimentRun &run = *task.run;
-        QObject::connect(&run, &ExperimentRun::progressed, &loop,
-                         [this, &run] { Console::instance().progress([&] { return progressText(run); }); });
+        QObject::connect(&run, &ExperimentRun::progressed, &loop, [this, &run] {
+            Console::instance().progress([&](int room) { return progressLines(run, room); });
+        });
         QObject::connect(&run, &ExperimentRun::finished, &loop, [this, &loop] {
             if (isOver())
                 loop.quit();
@@ -365,21 +367,26 @@ QString RunCommand::folderOf(const Task &task) const
     return QDir(folder).filePath(QStringLiteral("channel-%1").arg(task.channel));
 }
 
-QString RunCommand::progressText(const ExperimentRun &latest) const
+/// A line for each channel where there is room, else one for all with the latest word of one.
+QStringList RunCommand::progressLines(const ExperimentRun &latest, int room) const
 {
-    if (_tasks.size() == 1)
-        return latest.progressText();
+    QStringList lines;
     int running = 0;
     qint64 points = 0;
     for (const Task &task : _tasks) {
         if (!task.run)
             continue;
+        lines.append(QStringLiteral("channel %1: %2").arg(QString::number(task.channel), task.run->progressText()));
         running += task.run->state() == RunState::Running ? 1 : 0;
         points += task.recorder->dcRowCount() + task.recorder->acRowCount();
     }
-    return QStringLiteral("%1 of %2 channels running | %3 points | channel %4: %5")
-        .arg(QString::number(running), QString::number(_tasks.size()), QString::number(points),
-             QString::number(latest.channel()), latest.progressText());
+    if (_tasks.size() == 1)
+        return {latest.progressText()};
+    if (lines.size() <= room)
+        return lines;
+    return {QStringLiteral("%1 of %2 channels running | %3 points | channel %4: %5")
+                .arg(QString::number(running), QString::number(_tasks.size()), QString::number(points),
+                     QString::number(latest.channel()), latest.progressText())};
 }
 
 } // namespace client

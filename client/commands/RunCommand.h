@@ -51,7 +51,7 @@ private:
     static void tellEnd(const Task &task, bool hasToldLoss);
     static Json summaryOf(const Task &task);
     QString folderOf(const Task &task) const;
-    QString progressText(const ExperimentRun &latest) const;
+    QStringList progressLines(const ExperimentRun &latest, int room) const;
 
     std::vector<std::string> _paths;
     std::string _port;
