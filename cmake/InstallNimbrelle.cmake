@@ -25,3 +25,11 @@ install(FILES ${CMAKE_BINARY_DIR}/nimbrelle.pc DESTINATION ${CMAKE_INSTALL_LIBDI
 
 # Not the library folder of the architecture: udev looks in this one alone.
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/71-nimbrelle.rules DESTINATION lib/udev/rules.d)
+
+# What people read and begin with; the schema where editors can be pointed to it.
+install(FILES ${CMAKE_SOURCE_DIR}/docs/experiment.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/nimbrelle)
+install(FILES ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/LICENSE ${CMAKE_SOURCE_DIR}/THIRD_PARTY.md
+        ${CMAKE_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "man" EXCLUDE)
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

@@ -24,6 +24,17 @@ for program in nimbrelle nimbrelle-sim; do
     [ -s "$root/usr/share/man/man1/$program.1" ] || { echo "no manual of $program"; exit 1; }
 done
 
+echo "== documentation, schema and examples are installed, and an example runs from there"
+for file in nimbrelle/experiment.schema.json doc/Nimbrelle/README.md doc/Nimbrelle/docs/first-aid.md \
+    doc/Nimbrelle/docs/gallery/first-light-time.png doc/Nimbrelle/examples/CMakeLists.txt; do
+    [ -s "$root/usr/share/$file" ] || { echo "no share/$file"; exit 1; }
+done
+for experiment in "$root"/usr/share/doc/Nimbrelle/examples/experiments/*.json; do
+    model=Alder_2_5
+    case $experiment in *linked*) model=Gale ;; esac
+    "$root/usr/bin/nimbrelle" plan "$experiment" --model $model >/dev/null
+done
+
 echo "== consumer by CMake"
 cmake -S "$source/tests/packaging/consumer" -B "$root/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" \
     -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
