@@ -28,6 +28,20 @@ TerminalSize terminalSize()
     return {qMax(1, int(size.ws_row)), int(size.ws_col)};
 }
 
+/// A message may have several lines of its own.
+QByteArray shownLines(const QString &text)
+{
+    QStringList lines = text.split(QLatin1Char('\n'));
+    for (QString &line : lines)
+        line = printable(line);
+    return lines.join(QLatin1Char('\n')).toLocal8Bit();
+}
+
+void showDiagnostics(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    std::fprintf(stderr, "%s\n", shownLines(text).constData());
+}
+
 void dropDiagnostics(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     if (type == QtFatalMsg)
@@ -49,7 +63,7 @@ Console::Console() : _isTerminal(isatty(STDERR_FILENO) == 1)
 void Console::setVerbosity(Verbosity verbosity)
 {
     _verbosity = verbosity;
-    qInstallMessageHandler(verbosity == Verbosity::Verbose ? nullptr : dropDiagnostics);
+    qInstallMessageHandler(verbosity == Verbosity::Verbose ? showDiagnostics : dropDiagnostics);
 }
 
 void Console::error(const QString &text)
@@ -93,7 +107,7 @@ void Console::write(const QString &text)
 {
     const QStringList standing = _progress;
     clearProgress();
-    std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
+    std::fprintf(stderr, "%s\n", shownLines(text).constData());
     showProgress(standing);
 }
 
@@ -102,7 +116,7 @@ void Console::showProgress(const QStringList &lines)
 {
     const int columns = terminalSize().columns - 1;
     for (const QString &line : lines)
-        _progress.append(cutToColumns(line, columns));
+        _progress.append(cutToColumns(printable(line), columns));
     std::fputs(_progress.join(QLatin1Char('\n')).toLocal8Bit().constData(), stderr);
     std::fflush(stderr);
 }

@@ -482,4 +482,34 @@ QStringList elementNames()
     return names;
 }
 
+QStringList elementsAbbreviated(const QString &abbreviation)
+{
+    struct Row {
+        const char *abbreviation;
+        QStringList elements;
+    };
+    static const Row rows[] = {
+        {"CV", {QStringLiteral("CyclicVoltammetry")}},
+        {"LSV", {QStringLiteral("DCPotentialSweep")}},
+        {"CA", {QStringLiteral("ConstantPot")}},
+        {"CP", {QStringLiteral("ConstantCurrent")}},
+        {"CC", {QStringLiteral("ConstantCurrent")}},
+        {"OCP", {QStringLiteral("OpenCircuit")}},
+        {"OCV", {QStringLiteral("OpenCircuit")}},
+        {"EIS", {QStringLiteral("EISPotentiostatic"), QStringLiteral("EISGalvanostatic")}},
+        {"PEIS", {QStringLiteral("EISPotentiostatic")}},
+        {"GEIS", {QStringLiteral("EISGalvanostatic")}},
+        {"DPV", {QStringLiteral("DiffPulseVoltammetry")}},
+        {"SWV", {QStringLiteral("SquareWaveVoltammetry")}},
+        {"NPV", {QStringLiteral("NormalPulseVoltammetry")}},
+        {"CCCV", {QStringLiteral("ConstantCurrent"), QStringLiteral("ConstantPot")}},
+        {"MS", {QStringLiteral("MottSchottky")}},
+    };
+    for (const Row &row : rows) {
+        if (abbreviation.toUpper() == QLatin1String(row.abbreviation))
+            return row.elements;
+    }
+    return {};
+}
+
 } // namespace client

@@ -74,4 +74,7 @@ const ElementRow *findElement(const QString &name);
 
 QStringList elementNames();
 
+/// The elements that an abbreviation of the laboratory stands for ("CV", "GEIS"), whatever its case; empty for others.
+QStringList elementsAbbreviated(const QString &abbreviation);
+
 } // namespace client

@@ -4,6 +4,9 @@
 #include "ExperimentFile.h"
 #include "VekExperimentPlan.h"
 
+#include <algorithm>
+#include <set>
+
 namespace client {
 
 namespace {
@@ -18,13 +21,32 @@ int lineOf(const ExperimentFile &file, const VekPlanComplaint &complaint)
     return property == element.propertyLines.end() ? element.line : property->second;
 }
 
+/// Whether a complaint says something that others do not: those that name a value say it better than those that do not.
+bool isNews(const ExperimentFile &file, const VekPlanComplaint &complaint, const std::set<int> &stepsWithNames)
+{
+    if (complaint.stepNumber() == 0)
+        return file.isUsable(); // what is wrong with the whole may come from what could not be read
+    const bool isNamed = !complaint.property().isEmpty() || stepsWithNames.count(complaint.stepNumber()) == 0;
+    return isNamed && file.elements.at(std::size_t(complaint.stepNumber()) - 1).isWhole;
+}
+
 } // namespace
 
 Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &plan)
 {
-    Complaints complaints;
-    for (const VekPlanComplaint &each : plan.complaints())
-        complaints.push_back({lineOf(file, each), each.text()});
+    const std::vector<VekPlanComplaint> ofModel = plan.complaints();
+    std::set<int> stepsWithNames;
+    for (const VekPlanComplaint &each : ofModel) {
+        if (!each.property().isEmpty())
+            stepsWithNames.insert(each.stepNumber());
+    }
+    Complaints complaints = file.complaints;
+    for (const VekPlanComplaint &each : ofModel) {
+        if (isNews(file, each, stepsWithNames))
+            complaints.push_back({lineOf(file, each), each.text()});
+    }
+    std::stable_sort(complaints.begin(), complaints.end(),
+                     [](const Complaint &left, const Complaint &right) { return left.line < right.line; });
     return complaints;
 }
 

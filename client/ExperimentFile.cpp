@@ -177,14 +177,29 @@ private:
             return complainOfKind(name, kindName(JsonValue::Kind::Text));
         const ElementRow *row = findElement(name.value.text);
         if (!row)
-            return complain(name.value.line, QStringLiteral("there is no element \"%1\"%2")
-                                                 .arg(name.value.text, didYouMean(name.value.text, elementNames())));
+            return complain(
+                name.value.line,
+                QStringLiteral("there is no element \"%1\"%2").arg(name.value.text, elementMeant(name.value.text)));
+        const std::size_t complaintsBefore = _file.complaints.size();
         checkElementNames(item, *row);
         const std::shared_ptr<VekAbstractElement> element = row->make();
         for (const PropertyRow &property : row->properties)
             readProperty(item, *row, property, *element);
         experiment.appendElement(*element, readRepeats(item));
-        _file.elements.push_back({item.line, name.value.text, element, linesOf(item)});
+        const bool isWhole = _file.complaints.size() == complaintsBefore;
+        _file.elements.push_back({item.line, name.value.text, element, linesOf(item), isWhole});
+    }
+
+    /// "; did you mean \"CyclicVoltammetry\"?" for a word that is no element, or nothing.
+    static QString elementMeant(const QString &word)
+    {
+        const QStringList elements = elementsAbbreviated(word);
+        if (elements.isEmpty())
+            return didYouMean(word, elementNames());
+        const bool isSequence = word.toUpper() == QLatin1String("CCCV");
+        return isSequence ? QStringLiteral("; write \"%1\" with \"maxVoltage\", and a \"%2\" behind it")
+                                .arg(elements[0], elements[1])
+                          : QStringLiteral("; did you mean \"%1\"?").arg(elements.join(QLatin1String("\" or \"")));
     }
 
     static std::map<QString, int> linesOf(const JsonValue &item)
@@ -215,7 +230,7 @@ private:
             return;
         }
         checkCompany(item, property, *member);
-        if (const std::optional<double> value = valueOf(*member, property))
+        if (const std::optional<double> value = valueOf(*member, row, property))
             property.set(element, *value);
     }
 
@@ -231,11 +246,11 @@ private:
                                       .arg(member.name, QString::fromLatin1(property.partner)));
     }
 
-    std::optional<double> valueOf(const JsonMember &member, const PropertyRow &property)
+    std::optional<double> valueOf(const JsonMember &member, const ElementRow &row, const PropertyRow &property)
     {
         switch (property.kind) {
         case PropertyKind::Quantity:
-            return quantityOf(member, property);
+            return quantityOf(member, row, property);
         case PropertyKind::Flag:
         case PropertyKind::Automatic:
             return flagOf(member);
@@ -247,7 +262,17 @@ private:
         return std::nullopt;
     }
 
-    std::optional<double> quantityOf(const JsonMember &member, const PropertyRow &property)
+    /// The properties by which an element says that its voltages count from the open circuit.
+    static QString flagsOf(const ElementRow &row, const PropertyRow &property)
+    {
+        QStringList flags = row.propertyNames().filter(QStringLiteral("VsOCP"));
+        const QString own = QLatin1String(property.name) + QStringLiteral("VsOCP");
+        if (flags.contains(own))
+            flags = QStringList(own);
+        return flags.join(QLatin1String("\" or \""));
+    }
+
+    std::optional<double> quantityOf(const JsonMember &member, const ElementRow &row, const PropertyRow &property)
     {
         if (member.value.kind == JsonValue::Kind::Number)
             return member.value.number;
@@ -260,7 +285,9 @@ private:
         const ParsedQuantity quantity = parseQuantity(member.value.text, property.dimension);
         if (quantity.isValid())
             return quantity.value;
-        complain(member.value.line, QStringLiteral("\"%1\": %2").arg(member.name, quantity.complaint));
+        const QString flags =
+            quantity.isAgainstAnother ? QStringLiteral(": \"%1\"").arg(flagsOf(row, property)) : QString();
+        complain(member.value.line, QStringLiteral("\"%1\": %2").arg(member.name, quantity.complaint + flags));
         return std::nullopt;
     }
 

@@ -21,6 +21,7 @@ struct FileElement {
     QString className; ///< as the file names it: "ConstantCurrent"
     std::shared_ptr<VekAbstractElement> element;
     std::map<QString, int> propertyLines; ///< of the properties that stand in the file
+    bool isWhole = true;                  ///< false where there is a complaint: not all its values are the file's
 };
 
 /// What was read from an experiment file.

@@ -144,7 +144,68 @@ private:
     std::vector<JsonValue *> _open; // from the root to the innermost; only the last one grows, so none of them moves
 };
 
+/// The position behind a comment that begins here; the same position where none does, or one without an end.
+int behindComment(const QByteArray &text, int begin)
+{
+    if (text.mid(begin, 2) == "//") {
+        const int end = text.indexOf('\n', begin);
+        return end < 0 ? text.size() : end;
+    }
+    if (text.mid(begin, 2) == "/*") {
+        const int end = text.indexOf("*/", begin + 2);
+        return end < 0 ? begin : end + 2;
+    }
+    return begin;
+}
+
+/// The position behind a text in quotes that begins here.
+int behindQuotes(const QByteArray &text, int begin)
+{
+    int at = begin + 1;
+    while (at < text.size() && text[at] != '"')
+        at += text[at] == '\\' ? 2 : 1;
+    return qMin(at + 1, text.size());
+}
+
+void blank(QByteArray &text, int begin, int end)
+{
+    for (int at = begin; at < end; ++at) {
+        if (text[at] != '\n')
+            text[at] = ' ';
+    }
+}
+
+bool isBlank(char character)
+{
+    return character == ' ' || character == '\t' || character == '\n' || character == '\r';
+}
+
 } // namespace
+
+QByteArray plainJson(const QByteArray &text)
+{
+    QByteArray plain = text;
+    int comma = -1; // the last thing before, if it is a comma behind an item
+    char before = '[';
+    for (int at = 0; at < plain.size();) {
+        const int behind = behindComment(plain, at);
+        const char character = plain[at];
+        if (behind > at) {
+            blank(plain, at, behind);
+            at = behind;
+            continue;
+        }
+        if (!isBlank(character)) {
+            if ((character == ']' || character == '}') && comma >= 0)
+                plain[comma] = ' ';
+            const bool isBehindItem = before != '[' && before != '{' && before != ',';
+            comma = character == ',' && isBehindItem ? at : -1;
+            before = character;
+        }
+        at = character == '"' ? behindQuotes(plain, at) : at + 1;
+    }
+    return plain;
+}
 
 const JsonMember *JsonValue::find(const QString &name) const
 {
@@ -178,8 +239,9 @@ std::optional<JsonValue> parseJson(const QByteArray &text, Complaints &complaint
 {
     Position position;
     TreeBuilder builder(position, complaints);
-    const CountingIterator begin(text.constData(), &position);
-    const CountingIterator end(text.constData() + text.size(), &position);
+    const QByteArray plain = plainJson(text);
+    const CountingIterator begin(plain.constData(), &position);
+    const CountingIterator end(plain.constData() + plain.size(), &position);
     if (!nlohmann::json::sax_parse(begin, end, &builder))
         return std::nullopt;
     return builder.takeRoot();

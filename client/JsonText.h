@@ -37,7 +37,13 @@ struct JsonMember {
 /// "a text", "a list" and so on, for complaints.
 QString kindName(JsonValue::Kind kind);
 
-/// Reads a JSON text strictly. @return nothing, and one complaint, when it is no JSON
+/**
+ * The same text in plain JSON: comments (to the end of a line behind two slashes, and between slashes with stars) and
+ * commas behind the last item become blanks, so that every line and column stays where it is.
+ */
+QByteArray plainJson(const QByteArray &text);
+
+/// Reads a JSON text, with comments and commas as plainJson() has them. @return nothing, and one complaint, when it is no JSON
 std::optional<JsonValue> parseJson(const QByteArray &text, Complaints &complaints);
 
 } // namespace client

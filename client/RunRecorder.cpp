@@ -1,6 +1,7 @@
 #include "RunRecorder.h"
 
 #include "JsonOutput.h"
+#include "JsonText.h"
 #include "VekVersion.h"
 
 #include <QCryptographicHash>
@@ -42,12 +43,13 @@ const QStringList acHeadings{
 
 Json experimentJson(const RunSetup &setup)
 {
+    const QByteArray content = plainJson(setup.experimentText);
     const QByteArray digest = QCryptographicHash::hash(setup.experimentText, QCryptographicHash::Sha256).toHex();
     return {{"file", text(setup.experimentPath)},
             {"name", text(setup.experimentName)},
             {"description", text(setup.experimentDescription)},
             {"sha256", digest.toStdString()},
-            {"content", Json::parse(setup.experimentText.begin(), setup.experimentText.end(), nullptr, false)}};
+            {"content", Json::parse(content.begin(), content.end(), nullptr, false)}};
 }
 
 Json utcText(const QDateTime &utc)

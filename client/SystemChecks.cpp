@@ -62,6 +62,26 @@ QStringList openFiles(const QString &processFolder)
     return targets;
 }
 
+/// The folder of the table of samples among the open files of a process.
+QString runFolderAmong(const QStringList &files)
+{
+    for (const QString &file : files) {
+        const QFileInfo info(file);
+        if (info.fileName() == QLatin1String("dc.csv"))
+            return info.path();
+    }
+    return {};
+}
+
+constexpr const char *udevRule = "71-nimbrelle.rules";
+
+QString installRuleCommand()
+{
+    return QStringLiteral(
+               "sudo cp packaging/%1 /etc/udev/rules.d/ && sudo udevadm control --reload && sudo udevadm trigger")
+        .arg(QString::fromLatin1(udevRule));
+}
+
 bool holds(const QStringList &files, const QString &device)
 {
     const bool isFarEnd = device.startsWith(QLatin1String("/dev/pts/")) && files.contains(QLatin1String("/dev/ptmx"));
@@ -75,6 +95,12 @@ QString devicePath(const QString &port)
     const QString path = port.startsWith(QLatin1Char('/')) ? port : QStringLiteral("/dev/") + port;
     const QString canonical = QFileInfo(path).canonicalFilePath();
     return canonical.isEmpty() ? path : canonical;
+}
+
+bool looksLikeInstrument(int usbVendor, const QString &manufacturer)
+{
+    constexpr int vendorOfController = 0x04d8; // and of many other devices with the same controller
+    return usbVendor == vendorOfController && manufacturer == QLatin1String("Brenmoor Apparatus");
 }
 
 Finding checkPresence(const QString &port)
@@ -100,13 +126,46 @@ Finding checkRights(const QString &port)
     if (!owner)
         return {Finding::Level::Bad, QStringLiteral("This user may not read and write it."),
                 QStringLiteral("ls -l %1").arg(path)};
-    const QString group = QString::fromLocal8Bit(owner->gr_name);
-    if (isListedIn(*owner, userName()))
+    constexpr gid_t nobodysGroup = 65534;
+    return missingRights({path, QString::fromLocal8Bit(owner->gr_name),
+                          owner->gr_gid == 0 || owner->gr_gid == nobodysGroup, isListedIn(*owner, userName())},
+                         userName());
+}
+
+Finding missingRights(const PortOwner &owner, const QString &user)
+{
+    if (owner.isSystemGroup) // whose members may do much more than use a port
+        return {
+            Finding::Level::Bad,
+            QStringLiteral("This user may not use it: it belongs to \"%1\" alone, as no udev rule gives it to users.")
+                .arg(owner.group),
+            installRuleCommand()};
+    if (owner.isMember)
         return {Finding::Level::Bad,
-                QStringLiteral("This user is in the group \"%1\", but has logged in before that.").arg(group),
-                QStringLiteral("newgrp %1").arg(group)};
-    return {Finding::Level::Bad, QStringLiteral("This user may not use it: it belongs to the group \"%1\".").arg(group),
-            QStringLiteral("sudo usermod -aG %1 %2 && newgrp %1").arg(group, userName())};
+                QStringLiteral("This user is in the group \"%1\", but has logged in before that.").arg(owner.group),
+                QStringLiteral("newgrp %1").arg(owner.group)};
+    return {Finding::Level::Bad,
+            QStringLiteral("This user may not use it: it belongs to the group \"%1\".").arg(owner.group),
+            QStringLiteral("sudo usermod -aG %1 %2 && newgrp %1").arg(owner.group, user)};
+}
+
+QStringList udevRuleFolders()
+{
+    return {QStringLiteral("/etc/udev/rules.d"), QStringLiteral("/run/udev/rules.d"),
+            QStringLiteral("/usr/local/lib/udev/rules.d"), QStringLiteral("/usr/lib/udev/rules.d"),
+            QStringLiteral("/lib/udev/rules.d")};
+}
+
+Finding checkUdevRule(const QStringList &folders)
+{
+    for (const QString &folder : folders) {
+        const QString path = QDir(folder).filePath(QString::fromLatin1(udevRule));
+        if (QFileInfo::exists(path))
+            return {Finding::Level::Good, QStringLiteral("The udev rule is installed: %1.").arg(path), {}};
+    }
+    return {Finding::Level::Doubtful,
+            QStringLiteral("No udev rule gives instruments to users and keeps ModemManager away from them."),
+            installRuleCommand()};
 }
 
 std::vector<Holder> holdersOf(const QString &device, const QString &procRoot)
@@ -114,10 +173,25 @@ std::vector<Holder> holdersOf(const QString &device, const QString &procRoot)
     std::vector<Holder> holders;
     for (const QString &id : processIds(procRoot)) {
         const QString folder = QStringLiteral("%1/%2").arg(procRoot, id);
-        if (id.toInt() != getpid() && holds(openFiles(folder), device))
-            holders.push_back({id.toInt(), readLine(folder + QLatin1String("/comm"))});
+        const QStringList files = openFiles(folder);
+        if (id.toInt() != getpid() && holds(files, device))
+            holders.push_back({id.toInt(), readLine(folder + QLatin1String("/comm")), runFolderAmong(files)});
     }
     return holders;
+}
+
+/// No advice to end a process: what it does with the instrument is not known from outside.
+static Finding holderFinding(const Holder &holder)
+{
+    const QString who = QStringLiteral("Process %1 (%2)").arg(QString::number(holder.processId), holder.name);
+    if (holder.runFolder.isEmpty())
+        return {Finding::Level::Bad, QStringLiteral("%1 has it open; close that program.").arg(who),
+                QStringLiteral("ps -fp %1").arg(holder.processId)};
+    return {
+        Finding::Level::Bad,
+        QStringLiteral("%1 has it open and records an experiment in %2; wait for its end, or end it there by Ctrl-C.")
+            .arg(who, holder.runFolder),
+        QStringLiteral("tail -f %1/dc.csv").arg(holder.runFolder)};
 }
 
 Finding checkHolders(const QString &port, const QString &procRoot)
@@ -125,9 +199,7 @@ Finding checkHolders(const QString &port, const QString &procRoot)
     const QString path = devicePath(port);
     const std::vector<Holder> holders = holdersOf(path, procRoot);
     if (!holders.empty())
-        return {Finding::Level::Bad,
-                QStringLiteral("Process %1 (%2) has it open.").arg(holders.front().processId).arg(holders.front().name),
-                QStringLiteral("kill %1").arg(holders.front().processId)};
+        return holderFinding(holders.front());
     if (geteuid() != 0)
         return {Finding::Level::Good,
                 QStringLiteral("No process of this user has it open (others: sudo fuser %1).").arg(path),

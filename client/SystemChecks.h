@@ -24,7 +24,19 @@ using Findings = std::vector<Finding>;
 struct Holder {
     int processId;
     QString name;
+    QString runFolder; ///< of the run that it records; empty where it records none
 };
+
+/// What the port belongs to that a user may not use.
+struct PortOwner {
+    QString path;
+    QString group;
+    bool isSystemGroup; ///< root's own, or nobody's: nobody joins it
+    bool isMember;      ///< the user, by the list of the group
+};
+
+/// Whether a port is that of an instrument by what USB says of it; other serial devices may act on a question.
+bool looksLikeInstrument(int usbVendor, const QString &manufacturer);
 
 // None of these opens a port. Roots other than the default are for tests.
 
@@ -34,6 +46,12 @@ QString devicePath(const QString &port);
 Finding checkPresence(const QString &port);
 /// Whether this user may read and write it, and which group would allow that.
 Finding checkRights(const QString &port);
+/// What to do about rights that are missing.
+Finding missingRights(const PortOwner &owner, const QString &user);
+/// The folders that udev reads its rules from.
+QStringList udevRuleFolders();
+/// Whether the rule is installed there that gives ports and bootloaders to users.
+Finding checkUdevRule(const QStringList &folders = udevRuleFolders());
 /// Which other processes have the port open, as far as this user may see.
 Finding checkHolders(const QString &port, const QString &procRoot = QStringLiteral("/proc"));
 /// Whether ModemManager runs, which writes to every new serial port.

@@ -44,4 +44,19 @@ int rowsOf(const QStringList &texts, int columns)
     return rows;
 }
 
+QString printable(const QString &text)
+{
+    QString shown = text;
+    for (QChar &character : shown) {
+        const QChar::Category category = character.category();
+        const bool breaksLine = character == QLatin1Char('\n') || category == QChar::Separator_Line ||
+                                category == QChar::Separator_Paragraph;
+        if (breaksLine)
+            character = QLatin1Char(' ');
+        else if (category == QChar::Other_Control || category == QChar::Other_Format)
+            character = QLatin1Char('?');
+    }
+    return shown;
+}
+
 } // namespace client

@@ -3,9 +3,11 @@
 #include "Suggestion.h"
 
 #include <QByteArray>
+#include <QRegularExpression>
 
 #include <charconv>
 #include <cmath>
+#include <optional>
 
 namespace client {
 
@@ -66,6 +68,20 @@ constexpr PrefixRow prefixRows[] = {
     {"n", 1, 1e9}, {"p", 1, 1e12}, {"k", 1e3, 1}, {"M", 1e6, 1},   {"G", 1e9, 1},
 };
 
+/// What people write in place of a unit. Refused all the same: one spelling of each is what others can read.
+struct SpellingRow {
+    const char *written; ///< in lower case
+    const char *unit;
+};
+
+constexpr SpellingRow spellingRows[] = {
+    {"hour", "h"},     {"hours", "h"},  {"hr", "h"},      {"hrs", "h"},        {"minute", "min"}, {"minutes", "min"},
+    {"mins", "min"},   {"second", "s"}, {"seconds", "s"}, {"sec", "s"},        {"secs", "s"},     {"day", "d"},
+    {"days", "d"},     {"volt", "V"},   {"volts", "V"},   {"ampere", "A"},     {"amperes", "A"},  {"amp", "A"},
+    {"amps", "A"},     {"ohms", "Ohm"}, {"ohm", "Ohm"},   {"watt", "W"},       {"watts", "W"},    {"coulomb", "C"},
+    {"coulombs", "C"}, {"hertz", "Hz"}, {"percent", "%"}, {"celsius", "degC"}, {"mah", "mAh"},    {"ah", "Ah"},
+};
+
 struct Factor {
     double times;
     double over;
@@ -116,9 +132,61 @@ bool findUnit(Dimension dimension, const QString &unit, Factor &found)
     return isKnown;
 }
 
+/// The unit that a spelling out stands for, if it is one of the dimension; else empty.
+QString unitSpelled(Dimension dimension, const QString &written)
+{
+    for (const SpellingRow &row : spellingRows) {
+        const QString unit = QString::fromUtf8(row.unit);
+        if (written.toLower() == QLatin1String(row.written) && unitsOf(dimension).contains(unit))
+            return unit;
+    }
+    return {};
+}
+
+/// "C/5", "1C", "0.5 C": a current by the capacity of a cell, which no experiment names. @return it in amperes for 1 Ah
+std::optional<double> rateIn(const QString &text)
+{
+    static const QRegularExpression rate(
+        QStringLiteral("^\\s*(\\d*\\.?\\d*)\\s*[cC]\\s*(?:/\\s*(\\d+\\.?\\d*))?\\s*$"));
+    const QRegularExpressionMatch match = rate.match(text);
+    if (!match.hasMatch())
+        return {};
+    const double times = match.captured(1).isEmpty() ? 1.0 : match.captured(1).toDouble();
+    const double over = match.captured(2).isEmpty() ? 1.0 : match.captured(2).toDouble();
+    return times / over;
+}
+
+/// "0.1 V vs OCP"
+bool isAgainstAnother(const QString &text, Dimension dimension)
+{
+    return dimension == Dimension::Voltage && text.contains(QStringLiteral(" vs"), Qt::CaseInsensitive);
+}
+
+/// What is wrong with a text that is no quantity for a reason that people are often caught by; empty for others.
+QString commonMistake(const QString &text, Dimension dimension)
+{
+    static const QRegularExpression decimalComma(QStringLiteral("^(\\s*-?\\d+),(\\d+.*)$"));
+    const QRegularExpressionMatch comma = decimalComma.match(text);
+    if (comma.hasMatch())
+        return QStringLiteral("\"%1\" has a comma; the decimal sign is a point: \"%2.%3\"")
+            .arg(text, comma.captured(1), comma.captured(2));
+    const std::optional<double> rate = dimension == Dimension::Current ? rateIn(text) : std::nullopt;
+    if (rate)
+        return QStringLiteral("\"%1\" goes by the capacity of the cell, which is not known here; write the current, "
+                              "of a cell of 1 Ah \"%2\"")
+            .arg(text, formatQuantity(*rate, Dimension::Current));
+    if (isAgainstAnother(text, dimension))
+        return QStringLiteral("write \"%1\"; what a voltage counts from is said by a property of its own")
+            .arg(text.left(text.indexOf(QStringLiteral(" vs"), 0, Qt::CaseInsensitive)).trimmed());
+    return {};
+}
+
 ParsedQuantity refuseUnit(Dimension dimension, const QString &unit)
 {
     const DimensionRow &row = rowOf(dimension);
+    const QString meant = unitSpelled(dimension, unit);
+    if (!meant.isEmpty())
+        return {0.0, QStringLiteral("the unit \"%1\" is written \"%2\"").arg(unit, meant)};
     if (dimension == Dimension::Number)
         return {0.0, QStringLiteral("\"%1\" behind a number that has no unit").arg(unit)};
     return {0.0, QStringLiteral("\"%1\" is not a unit of %2, whose base unit is %3%4")
@@ -168,6 +236,9 @@ QString withPrefix(double value, const QString &unit)
 
 ParsedQuantity parseQuantity(const QString &text, Dimension dimension)
 {
+    const QString mistake = commonMistake(text, dimension);
+    if (!mistake.isEmpty())
+        return {0.0, mistake, isAgainstAnother(text, dimension)};
     const QByteArray bytes = text.trimmed().toUtf8();
     double number = 0.0;
     const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), number);

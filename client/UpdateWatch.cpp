@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "SignalWatcher.h"
+#include "TerminalText.h"
 #include "VekDeviceTracker.h"
 
 #include <QEventLoop>
@@ -57,8 +58,9 @@ ExitCode UpdateWatch::waitForEnds(int count)
     return !_isSilent && _failed == 0 ? Done : Refused;
 }
 
-void UpdateWatch::onNotification(const QString &text)
+void UpdateWatch::onNotification(const QString &notification)
 {
+    const QString text = printable(notification); // begins with the name that the instrument has
     _silence.start();
     const int percent = progressIn(text);
     if (percent >= 0)

@@ -43,7 +43,7 @@ Q_SIGNALS:
     void changed();
 
 private Q_SLOTS:
-    void onNotification(const QString &text);
+    void onNotification(const QString &notification);
     void onInterrupted();
     void onSilence();
 

@@ -18,7 +18,8 @@ public:
 
     /**
      * The code with which an upload would fail: InvalidParameters for a broken limit, ImplausibleParameters for a value
-     * that cannot be meant, ExperimentTooLarge. One plan has complaints of one code.
+     * that cannot be meant, ExperimentTooLarge. A value that breaks a limit may have one of each of the first two; an
+     * upload fails with the code of the first.
      */
     VekErrorCode::ErrorCode code() const;
     /// Number of the element in the experiment, from 1, as VekExperimentNode has it; 0 for the experiment as a whole.

@@ -32,6 +32,42 @@ bool isBad(const Finding &finding)
     return finding.level == Finding::Level::Bad;
 }
 
+/// What helps against a refusal; the first row that is in the text of the refusal counts, %1 is the port.
+struct CureRow {
+    VekErrorCode::ErrorCode code;
+    const char *part;
+    const char *cure;
+};
+
+constexpr CureRow cureRows[] = {
+    {VekErrorCode::ConnectionInProgress, "", "nimbrelle info %1"},
+    {VekErrorCode::DeviceNotFound, "", "nimbrelle list"},
+    {VekErrorCode::ConnectionFailed, "hardware version is invalid",
+     "nimbrelle --version (this version may not know the model: ask for a newer one)"},
+    {VekErrorCode::ConnectionFailed, "did not become ready",
+     "unplug the instrument, count to ten, plug it in again, then: nimbrelle info %1"},
+    {VekErrorCode::ConnectionFailed, "was lost", "another cable or port, without a hub, then: nimbrelle info %1"},
+    {VekErrorCode::ConnectionFailed, "calibration data",
+     "unplug the instrument, count to ten, plug it in again; if that does not help, it needs service"},
+    {VekErrorCode::ConnectionFailed, "configuration data",
+     "switch the instrument off and on; if that does not help, a board of it needs service"},
+    {VekErrorCode::ConnectionFailed, "was not received",
+     "another cable or port, without a hub, then: nimbrelle info %1"},
+    {VekErrorCode::ConnectionFailed, "",
+     "unplug the instrument, count to ten, plug it in again; one that was left in its bootloader: nimbrelle update "
+     "--all"},
+    {VekErrorCode::Unknown, "", "nimbrelle list (the port sends back what it is sent: no instrument is on it)"},
+};
+
+QString cureOf(const VekErrorCode &refusal, const QString &port)
+{
+    for (const CureRow &row : cureRows) {
+        if (refusal.value() == row.code && refusal.message().contains(QLatin1String(row.part)))
+            return QString::fromLatin1(row.cure).replace(QLatin1String("%1"), port);
+    }
+    return QStringLiteral("switch the instrument off and on, then: nimbrelle info %1").arg(port);
+}
+
 Findings connectionFindings(const QString &port)
 {
     Connection connection(port);
@@ -47,7 +83,7 @@ Findings connectionFindings(const QString &port)
                  areUpdatesRefused() ? realImagesCommand() : QStringLiteral("nimbrelle update %1").arg(port)}};
     default:
         return {{Finding::Level::Bad, QStringLiteral("No instrument could be reached, %1").arg(refusalText(result)),
-                 QStringLiteral("switch the instrument off and on, then: nimbrelle info %1").arg(port)}};
+                 cureOf(result, port)}};
     }
     for (const int channel : connection.runningChannels())
         findings.push_back({Finding::Level::Doubtful, connection.runningText(channel), {}});
@@ -68,6 +104,7 @@ Findings examinePort(const QString &port)
         return findings;
     findings.push_back(checkRights(port));
     findings.push_back(checkHolders(port));
+    findings.push_back(checkUdevRule());
     findings.push_back(checkModemManager());
     findings.push_back(imagesFinding());
     if (std::none_of(findings.begin(), findings.end(), isBad)) {
@@ -81,14 +118,17 @@ Findings examineMachine()
 {
     Findings findings;
     for (const QSerialPortInfo &info : QSerialPortInfo::availablePorts()) {
+        if (!looksLikeInstrument(info.vendorIdentifier(), info.manufacturer()))
+            continue; // its rights are nobody's concern here
         const QString port = info.systemLocation();
         findings.push_back(checkPresence(port));
         findings.push_back(checkRights(port));
         findings.push_back(checkHolders(port));
     }
     if (findings.empty())
-        findings.push_back({Finding::Level::Bad, QStringLiteral("This machine has no serial port."),
+        findings.push_back({Finding::Level::Bad, QStringLiteral("No instrument found on any port."),
                             QStringLiteral("plug the instrument in, switch it on, then: sudo dmesg | tail")});
+    findings.push_back(checkUdevRule());
     findings.push_back(checkModemManager());
     findings.push_back(imagesFinding());
     return findings;

@@ -2,6 +2,7 @@
 
 #include "Connection.h"
 #include "JsonOutput.h"
+#include "TerminalText.h"
 
 #include <cstdio>
 
@@ -29,10 +30,10 @@ int InfoCommand::run()
         printJson(json);
         return Done;
     }
-    std::printf("Name:      %s\n", qPrintable(instrument.deviceName));
-    std::printf("Model:     %s (%s, number %d)\n", qPrintable(instrument.vanityName),
-                qPrintable(instrument.modelName), instrument.modelNumber);
-    std::printf("Firmware:  %s, checksum %s\n", qPrintable(instrument.firmwareVersion),
+    std::printf("Name:      %s\n", qPrintable(printable(instrument.deviceName)));
+    std::printf("Model:     %s (%s, number %d)\n", qPrintable(instrument.vanityName), qPrintable(instrument.modelName),
+                instrument.modelNumber);
+    std::printf("Firmware:  %s, checksum %s\n", qPrintable(printable(instrument.firmwareVersion)),
                 qPrintable(instrument.firmwareChecksum));
     std::printf("Port:      %s\n", qPrintable(instrument.portName));
     std::printf("Channels:  %d\n", instrument.channelCount);

@@ -3,9 +3,12 @@
 #include "Connection.h"
 #include "Console.h"
 #include "JsonOutput.h"
+#include "SystemChecks.h"
+#include "TerminalText.h"
 
 #include <QSerialPortInfo>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace client {
@@ -13,7 +16,12 @@ namespace client {
 namespace {
 
 struct ListedPort {
-    QSerialPortInfo port;
+    QSerialPortInfo port; // null for one that the system does not list
+    QString location;
+    bool mayBeAsked;
+
+    QString name() const { return port.isNull() ? location : port.portName(); }
+
     VekInstrumentDescription instrument; // default where nobody was asked or nobody answered
     std::vector<int> runningChannels;    // with experiments that this program did not start
 };
@@ -34,9 +42,12 @@ QString orDash(const QString &text)
 
 Json portJson(const ListedPort &listed)
 {
-    Json json = {{"port", text(listed.port.portName())},           {"location", text(listed.port.systemLocation())},
-                 {"usb", text(usbIdentity(listed.port))},          {"manufacturer", text(listed.port.manufacturer())},
-                 {"description", text(listed.port.description())}, {"serialNumber", text(listed.port.serialNumber())}};
+    Json json = {{"port", text(listed.name())},
+                 {"location", text(listed.location)},
+                 {"usb", text(usbIdentity(listed.port))},
+                 {"manufacturer", text(listed.port.manufacturer())},
+                 {"description", text(listed.port.description())},
+                 {"serialNumber", text(listed.port.serialNumber())}};
     if (!listed.instrument.deviceName.isEmpty()) {
         json["instrument"] = descriptionJson(listed.instrument);
         json["instrument"]["running"] = listed.runningChannels;
@@ -54,7 +65,8 @@ QString instrumentText(const ListedPort &listed)
 {
     if (listed.instrument.deviceName.isEmpty())
         return QStringLiteral("-");
-    const QString text = QStringLiteral("%1 (%2)").arg(listed.instrument.deviceName, listed.instrument.vanityName);
+    const QString text =
+        QStringLiteral("%1 (%2)").arg(printable(listed.instrument.deviceName), listed.instrument.vanityName);
     if (listed.runningChannels.empty())
         return text;
     return QStringLiteral("%1, runs an experiment on channel %2").arg(text, listOf(listed.runningChannels));
@@ -66,7 +78,7 @@ void printTable(const std::vector<ListedPort> &ports, bool hasAsked)
               hasAsked ? QStringLiteral("INSTRUMENT") : QString());
     for (const ListedPort &listed : ports) {
         const QString description = listed.port.manufacturer() + QLatin1Char(' ') + listed.port.description();
-        printLine(listed.port.portName(), usbIdentity(listed.port), orDash(description.trimmed()),
+        printLine(listed.name(), usbIdentity(listed.port), orDash(printable(description).trimmed()),
                   hasAsked ? instrumentText(listed) : QString());
     }
 }
@@ -74,29 +86,51 @@ void printTable(const std::vector<ListedPort> &ports, bool hasAsked)
 } // namespace
 
 ListCommand::ListCommand(CLI::App &parent)
-    : Command(parent, "list", "List the serial ports of this machine",
-              "  nimbrelle list\n"
-              "  nimbrelle list --ask      # opens every port and asks who is there")
+    : Command(
+          parent, "list", "List the serial ports of this machine",
+          "  nimbrelle list\n"
+          "  nimbrelle list --ask              # opens the ports that look like an instrument and asks who is there\n"
+          "  nimbrelle list --ask /dev/ttyS0   # and this one, whatever it looks like")
 {
-    app().add_flag("--ask", _asks, "Open every port and ask for an instrument (each takes a second or more)");
+    CLI::Option *ask = app().add_flag(
+        "--ask", _asks, "Open each port that looks like an instrument and ask it (each takes a second or more)");
+    app().add_option("PORT", _named, "Ports to ask besides, for example ttyUSB0")->needs(ask);
     addJson(_wantsJson);
+}
+
+bool ListCommand::isNamed(const QString &location) const
+{
+    return std::any_of(_named.begin(), _named.end(), [&location](const std::string &name) {
+        return devicePath(QString::fromStdString(name)) == devicePath(location);
+    });
 }
 
 int ListCommand::run()
 {
     std::vector<ListedPort> ports;
-    for (const QSerialPortInfo &port : QSerialPortInfo::availablePorts()) {
-        ports.push_back({port, {}, {}});
-        Connection connection(port.systemLocation());
-        if (!_asks)
+    for (const QSerialPortInfo &info : QSerialPortInfo::availablePorts()) {
+        const bool isLikely = looksLikeInstrument(info.vendorIdentifier(), info.manufacturer());
+        ports.push_back({info, info.systemLocation(), isLikely || isNamed(info.systemLocation()), {}, {}});
+    }
+    for (const std::string &name : _named) {
+        const QString location = devicePath(QString::fromStdString(name));
+        const bool isListed = std::any_of(ports.begin(), ports.end(), [&location](const ListedPort &each) {
+            return devicePath(each.location) == location;
+        });
+        if (!isListed) // no serial port by the system's list, such as a pseudo-terminal
+            ports.push_back({QSerialPortInfo(), location, true, {}, {}});
+    }
+    for (ListedPort &listed : ports) {
+        if (!_asks || !listed.mayBeAsked)
             continue;
+        Connection connection(listed.location);
         const ExitCode result = connection.open();
         if (result == Interrupted)
             return result;
         if (result != Done)
             continue;
-        ports.back().instrument = connection.description();
-        ports.back().runningChannels = connection.runningChannels();
+        listed.instrument = connection.description();
+        listed.runningChannels = connection.runningChannels();
     }
     if (_wantsJson) {
         Json list = Json::array();

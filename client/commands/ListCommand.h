@@ -4,7 +4,7 @@
 
 namespace client {
 
-/// Lists the serial ports, without opening any unless it is asked to.
+/// Lists the serial ports, without opening any unless it is asked to, and then those of instruments alone, or named ones.
 class ListCommand : public Command
 {
 public:
@@ -12,6 +12,9 @@ public:
     int run() override;
 
 private:
+    bool isNamed(const QString &location) const;
+
+    std::vector<std::string> _named;
     bool _asks = false;
     bool _wantsJson = false;
 };

@@ -136,6 +136,15 @@ void printTable(const VekExperimentPlan &plan)
                 qPrintable(rowsText(plan.expectedRows())));
 }
 
+QString listOfModels()
+{
+    QStringList lines;
+    QStringList names = VekExperimentPlan::modelNames();
+    for (int number = 0; number < names.size(); ++number)
+        lines.append(QStringLiteral("%1 %2").arg(number, 4).arg(names[number]));
+    return QStringLiteral("\nThe models are, by number and name:\n") + lines.join(QLatin1Char('\n'));
+}
+
 /// What may help behind the refusal of a model; a name that several models share has its list already.
 QString furtherWords(const QString &model)
 {
@@ -144,7 +153,7 @@ QString furtherWords(const QString &model)
         return {};
     const QString nearest = nearestWord(model, models);
     const QString question = nearest.isEmpty() ? QString() : QStringLiteral(" Did you mean \"%1\"?").arg(nearest);
-    return QStringLiteral("%1\nThe models are: %2").arg(question, models.join(QLatin1String(", ")));
+    return question + listOfModels();
 }
 
 } // namespace
@@ -155,12 +164,16 @@ PlanCommand::PlanCommand(CLI::App &parent)
               "  nimbrelle plan cycle.json --model Gale --json")
 {
     app().add_option("FILE", _file, "Experiment file")->required();
-    app().add_option("-m,--model", _model, "Model of instrument, for example Alder_2_5")->required();
+    app().add_option("-m,--model", _model, "Model of instrument by name or number, for example Alder_2_5 or 35");
     addJson(_wantsJson);
 }
 
 int PlanCommand::run()
 {
+    if (_model.empty()) {
+        Console::instance().error(QStringLiteral("plan needs --model, since limits differ.") + listOfModels());
+        return BadInput;
+    }
     QString refusal;
     const int model = VekExperimentPlan::modelNumber(QString::fromStdString(_model), &refusal);
     if (model < 0) {
@@ -168,9 +181,9 @@ int PlanCommand::run()
         return BadInput;
     }
     const ExperimentFile file = readExperimentFile(QString::fromStdString(_file));
-    const VekExperimentPlan plan =
-        file.isUsable() ? VekExperimentPlan::forModel(file.experiment, model) : VekExperimentPlan();
-    const Complaints complaints = file.isUsable() ? complaintsOf(file, plan) : file.complaints;
+    const bool isRead = file.isUsable() || !file.elements.empty();
+    const VekExperimentPlan plan = isRead ? VekExperimentPlan::forModel(file.experiment, model) : VekExperimentPlan();
+    const Complaints complaints = complaintsOf(file, plan);
     if (_wantsJson)
         printJson(planJson(file, VekExperimentPlan::modelName(model), complaints, plan));
     else

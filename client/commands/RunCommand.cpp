@@ -8,6 +8,7 @@
 #include "JsonOutput.h"
 #include "RunRecorder.h"
 #include "SignalWatcher.h"
+#include "TerminalText.h"
 #include "VekExperimentPlan.h"
 #include "VekInstrumentHandler.h"
 #include "plots/RunPlots.h"
@@ -338,7 +339,8 @@ ExitCode RunCommand::report() const
 void RunCommand::tellEnd(const Task &task, bool hasToldLoss)
 {
     const ExitCode exitCode = task.run->exitCode();
-    const QString message = QStringLiteral("channel %1: %2").arg(QString::number(task.channel), task.run->endMessage());
+    const QString message =
+        QStringLiteral("channel %1: %2").arg(QString::number(task.channel), printable(task.run->endMessage()));
     if (task.run->state() == RunState::DeviceLost) {
         if (!hasToldLoss) // a lost device ends all of its channels
             Console::instance().error(task.run->endMessage());

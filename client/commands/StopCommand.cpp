@@ -3,6 +3,7 @@
 #include "Connection.h"
 #include "Console.h"
 #include "StopChannel.h"
+#include "TerminalText.h"
 #include "VekInstrumentHandler.h"
 
 #include <algorithm>
@@ -77,7 +78,7 @@ int StopCommand::run()
     for (const int channel : channels) {
         const auto end = results.ends.find(channel);
         if (end != results.ends.end()) {
-            std::printf("channel %d: %s\n", channel, qPrintable(end->second));
+            std::printf("channel %d: %s\n", channel, qPrintable(printable(end->second)));
         } else if (contains(running, channel) || (contains(untold, channel) && !_stopsAll)) {
             Console::instance().error(QStringLiteral("channel %1: the instrument did not confirm an end; "
                                                      "if its cell may still be driven, ask again or disconnect it")

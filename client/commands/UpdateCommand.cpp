@@ -3,8 +3,12 @@
 #include "BuildFirmware.h"
 #include "Connection.h"
 #include "Console.h"
+#include "SignalWatcher.h"
 #include "UpdateWatch.h"
 #include "VekDeviceTracker.h"
+
+#include <QElapsedTimer>
+#include <QThread>
 
 namespace client {
 
@@ -15,6 +19,23 @@ ExitCode refuseStandIn()
     Console::instance().error(QStringLiteral("To update it, build with the folder DIR of its real images: ") +
                               realImagesCommand());
     return Refused;
+}
+
+/// An instrument starts its new firmware now; who asks it at once would hear that it does not answer.
+void waitForRestart(const QString &port)
+{
+    constexpr int longestMs = 15000;
+    constexpr unsigned long pauseMs = 200;
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < longestMs && !SignalWatcher::wasInterrupted()) {
+        if (Connection(port).connect() == VekErrorCode::Success)
+            return;
+        QThread::msleep(pauseMs);
+    }
+    Console::instance().note(
+        QStringLiteral("%1: the instrument has not come back yet; it may have another port now (nimbrelle list).")
+            .arg(port));
 }
 
 } // namespace
@@ -43,7 +64,10 @@ ExitCode UpdateCommand::updateOne()
     const QString told = QStringLiteral("%1: %2").arg(QString::fromStdString(_port), refusalText(result));
     switch (result.value()) {
     case VekErrorCode::Success:
-        return watch.waitForEnds(1);
+        if (const ExitCode failure = watch.waitForEnds(1))
+            return failure;
+        waitForRestart(QString::fromStdString(_port));
+        return Done;
     case VekErrorCode::FirmwareUpToDate:
         Console::instance().note(told);
         return Done;

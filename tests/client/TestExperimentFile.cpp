@@ -1,4 +1,5 @@
 #include "ExperimentFile.h"
+#include "JsonText.h"
 #include "VekConstantCurrentElement.h"
 #include "VekConstantPotElement.h"
 #include "VekExperimentPlan.h"
@@ -37,6 +38,7 @@ private Q_SLOTS:
     void numbersElementsAsTheRunWill();
     void refusesWithLineAndSuggestion_data();
     void refusesWithLineAndSuggestion();
+    void readsCommentsAndTrailingCommas();
     void collectsEveryComplaint();
     void tellsWhyAFileCannotBeRead();
     void readsTheExamples_data();
@@ -102,6 +104,28 @@ void TestExperimentFile::refusesWithLineAndSuggestion_data()
     QTest::newRow("unknown element") << fileOf("{\"element\": \"ConstantCurent\"}")
                                      << "file:2: there is no element \"ConstantCurent\"; did you mean "
                                         "\"ConstantCurrent\"?";
+    QTest::newRow("abbreviation") << fileOf("{\"element\": \"cv\"}")
+                                  << "file:2: there is no element \"cv\"; did you mean \"CyclicVoltammetry\"?";
+    QTest::newRow("abbreviation of two")
+        << fileOf("{\"element\": \"EIS\"}")
+        << "file:2: there is no element \"EIS\"; did you mean \"EISPotentiostatic\" or \"EISGalvanostatic\"?";
+    QTest::newRow("abbreviation of a sequence")
+        << fileOf("{\"element\": \"CCCV\"}")
+        << "file:2: there is no element \"CCCV\"; write \"ConstantCurrent\" with \"maxVoltage\", and a "
+           "\"ConstantPot\" behind it";
+    QTest::newRow("voltage against the open circuit")
+        << fileOf("{\"element\": \"ConstantPot\", \"samplingInterval\": 1, \"maxDuration\": 1,\n"
+                  "\"potential\": \"0.1 V vs OCP\"}")
+        << "file:3: \"potential\": write \"0.1 V\"; what a voltage counts from is said by a property of its own: "
+           "\"voltageVsOCP\"";
+    QTest::newRow("behind comments") << fileOf("// a comment with \"quotes\n/* and\n a long one */ {\"element\": 5}")
+                                     << "file:4: \"element\" takes a text, not a number";
+    QTest::newRow("comment without an end")
+        << QByteArray("\n/* {\"element\": 5}")
+        << "file:2: syntax error while parsing value - invalid literal; last read: '/'";
+    QTest::newRow("comma without an item")
+        << fileOf("{\"group\": [,]}")
+        << "file:2: syntax error while parsing value - unexpected ','; expected '[', '{', or a literal";
     QTest::newRow("unknown unit")
         << fileOf(head + "\"current\":\n\"9 mV\", \"maxDuration\": 1}")
         << "file:4: \"current\": \"mV\" is not a unit of a current, whose base unit is A; did you mean \"mA\"?";
@@ -156,6 +180,20 @@ void TestExperimentFile::refusesWithLineAndSuggestion()
     const ExperimentFile file = parseExperiment(text, "file");
     QVERIFY(!file.isUsable());
     QCOMPARE(withPlace(file.path, file.complaints.front()), complaint);
+}
+
+void TestExperimentFile::readsCommentsAndTrailingCommas()
+{
+    const QByteArray text = "{\"schemaVersion\": 1, // the only one\n\"name\": \"a // b, /* c */ \\\" ,]\",\n"
+                            "\"elements\": [{\"element\": \"OpenCircuit\", \"maxDuration\": 1, /* , */ "
+                            "\"samplingInterval\": 1, /* } */ },\n ],\n}\n// behind";
+    const ExperimentFile file = parseExperiment(text, "file");
+    QVERIFY2(file.isUsable(), file.isUsable() ? "" : qPrintable(withPlace("file", file.complaints.front())));
+    QCOMPARE(file.name, QString("a // b, /* c */ \" ,]"));
+    QCOMPARE(file.elements.size(), std::size_t(1));
+    QCOMPARE(file.elements.front().line, 3);
+    QCOMPARE(plainJson(text).size(), text.size());
+    QCOMPARE(plainJson(text).count('\n'), text.count('\n'));
 }
 
 void TestExperimentFile::collectsEveryComplaint()

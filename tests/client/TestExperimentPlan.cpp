@@ -54,6 +54,7 @@ private Q_SLOTS:
     void refusesWhatCannotBeMeant_data();
     void refusesWhatCannotBeMeant();
     void placesComplaintsInTheFile();
+    void complainsOfFileAndModelTogether();
     void placesComplaintsAtTheirProperty();
     void knowsModelsByNameAndNumber_data();
     void knowsModelsByNameAndNumber();
@@ -195,14 +196,16 @@ void TestExperimentPlan::tellsRangesAndLimits()
 
 void TestExperimentPlan::complainsOfEveryBrokenLimit()
 {
-    VekConstantCurrentElement element(5.0, 1e-6, -1.0); // the time is looked at only when the limits hold
+    VekConstantCurrentElement element(5.0, 1e-6, -1.0);
     VekConstantPotElement harmless(0.5, 1.0, 5.0);
     VekExperiment experiment;
     experiment.appendElement(harmless, 1);
     experiment.appendElement(element, 1);
     const VekExperimentPlan plan = VekExperimentPlan::forModel(experiment, model);
     const auto complaints = plan.complaints();
-    QCOMPARE(complaints.size(), std::size_t(2)); // interval and current
+    // Interval and current break limits of the model, and the second check then names them, and the time.
+    QCOMPARE(complaints.size(), std::size_t(5));
+    QCOMPARE(complaints[2].code(), VekErrorCode::ImplausibleParameters);
     QVERIFY(complaints[0].text().startsWith("Constant Current, Advanced::"));
     QVERIFY(complaints[0].text().contains("Alder"));
     QCOMPARE(complaints[1].stepNumber(), 2);
@@ -287,6 +290,26 @@ void TestExperimentPlan::placesComplaintsInTheFile()
         client::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, model));
     QCOMPARE(complaints.size(), std::size_t(1));
     QCOMPARE(complaints.front().line, 4);
+    QVERIFY(complaints.front().text.contains("current is 2 A; the Alder takes values from -1 A to 1 A"));
+}
+
+/// What is wrong with the file and with what its other elements ask for comes at once.
+void TestExperimentPlan::complainsOfFileAndModelTogether()
+{
+    const client::ExperimentFile file = client::parseExperiment(
+        "{\"schemaVersion\": 1, \"elements\": [\n"
+        "{\"element\": \"ConstantPower\", \"power\": -5e7, \"samplingInterval\": 1, \"maxDuration\": 1},\n"
+        "{\"element\": \"ConstantPower\", \"power\": 5e7, \"samplingInterval\": 1, \"maxDuration\": \"1 V\"}]}",
+        "file");
+    QVERIFY(!file.isUsable());
+    const client::Complaints complaints =
+        client::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, model));
+    QCOMPARE(complaints.size(), std::size_t(2));
+    QCOMPARE(complaints[0].line, 2);
+    QVERIFY2(complaints[0].text.contains("power is -5e+07 W; the Alder takes values from"),
+             qPrintable(complaints[0].text));
+    QCOMPARE(complaints[1].line, 3); // of the second element what the file has is not known as a whole
+    QVERIFY(complaints[1].text.contains("is not a unit of a time"));
 }
 
 void TestExperimentPlan::placesComplaintsAtTheirProperty()

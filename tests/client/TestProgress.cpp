@@ -14,6 +14,8 @@ using namespace client;
 
 namespace {
 
+constexpr int hangMs = 20000; // what is written reaches the other end of a terminal in its own time
+
 QByteArray withElements(const QByteArray &elements)
 {
     return "{\"schemaVersion\": 1, \"elements\": [" + elements + "]}";
@@ -132,6 +134,7 @@ private Q_SLOTS:
     void saysNothingThatThePlanDoesNotKnow();
     void cutsByColumns_data();
     void cutsByColumns();
+    void showsNoControlCharacters();
     void keepsItsLinesOnTheTerminal();
 
 private:
@@ -209,6 +212,13 @@ void TestProgress::cutsByColumns()
     QTEST(cutToColumns(text, columns), "cut");
 }
 
+void TestProgress::showsNoControlCharacters()
+{
+    const QString name = QString::fromUtf8("A\033[2J\x07\r\nB\u202eC\u009b1mé");
+    QCOMPARE(printable(name), QString::fromUtf8("A?[2J?? B?C?1mé"));
+    QCOMPARE(printable(QString::fromUtf8("電池 µΩ")), QString::fromUtf8("電池 µΩ"));
+}
+
 void TestProgress::keepsItsLinesOnTheTerminal()
 {
     Screen screen(20, 40);
@@ -225,20 +235,23 @@ void TestProgress::keepsItsLinesOnTheTerminal()
     const QString longLine(60, 'x');
     show({"channel 0: a", longLine});
     QCOMPARE(room, 18);
-    QCOMPARE(screen.lines(), QStringList({"channel 0: a", QString(39, 'x')}));
+    QTRY_COMPARE_WITH_TIMEOUT(screen.lines(), QStringList({"channel 0: a", QString(39, 'x')}), hangMs);
     show({"channel 0: b", "channel 1: b"});
-    QCOMPARE(screen.lines(), QStringList({"channel 0: b", "channel 1: b"}));
+    QTRY_COMPARE_WITH_TIMEOUT(screen.lines(), QStringList({"channel 0: b", "channel 1: b"}), hangMs);
     console.note("a message");
-    QCOMPARE(screen.lines(), QStringList({"a message", "channel 0: b", "channel 1: b"}));
+    QTRY_COMPARE_WITH_TIMEOUT(screen.lines(), QStringList({"a message", "channel 0: b", "channel 1: b"}), hangMs);
     show({longLine, longLine});
+    QTRY_COMPARE_WITH_TIMEOUT(screen.lines(), QStringList({"a message", longLine.left(39), longLine.left(39)}), hangMs);
     screen.narrowTo(20); // each line takes two rows now
     show({"channel 0: c", "channel 1: c"});
-    QCOMPARE(screen.lines().filter(QRegularExpression("^.")),
-             QStringList({"a message", "channel 0: c", "channel 1: c"}));
+    QTRY_COMPARE_WITH_TIMEOUT(screen.lines().filter(QRegularExpression("^.")),
+                              QStringList({"a message", "channel 0: c", "channel 1: c"}), hangMs);
+    console.note("from an instrument: \033[2J");
     console.endProgress();
     console.note("behind");
-    QCOMPARE(screen.lines().filter(QRegularExpression("^.")),
-             QStringList({"a message", "channel 0: c", "channel 1: c", "behind"}));
+    QTRY_COMPARE_WITH_TIMEOUT(
+        screen.lines().filter(QRegularExpression("^.")),
+        QStringList({"a message", "from an instrument: ?[2J", "channel 0: c", "channel 1: c", "behind"}), hangMs);
 }
 
 NIMBRELLE_TEST_MAIN(TestProgress)

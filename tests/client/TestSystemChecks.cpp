@@ -40,6 +40,11 @@ private Q_SLOTS:
     void tellsWhatIsNoPort();
     void findsTheProcessThatHoldsAPort();
     void theFarEndOfAPseudoTerminalHoldsNothing();
+    void leavesAloneWhatRecords();
+    void curesMissingRights_data();
+    void curesMissingRights();
+    void looksForTheUdevRule();
+    void asksInstrumentsAlone();
     void noticesModemManager();
 };
 
@@ -64,8 +69,54 @@ void TestSystemChecks::findsTheProcessThatHoldsAPort()
     QCOMPARE(holders.size(), std::size_t(1));
     QCOMPARE(holders.front().processId, 4711);
     const Finding finding = checkHolders("ttyNowhere", proc.root());
-    QCOMPARE(finding.text, QStringLiteral("Process 4711 (screen) has it open."));
-    QCOMPARE(finding.command, QStringLiteral("kill 4711"));
+    QCOMPARE(finding.text, QStringLiteral("Process 4711 (screen) has it open; close that program."));
+    QCOMPARE(finding.command, QStringLiteral("ps -fp 4711"));
+}
+
+void TestSystemChecks::leavesAloneWhatRecords()
+{
+    FakeProc proc;
+    proc.addProcess(4711, "nimbrelle", {"/data/cell 17/dc.csv", "/dev/ttyNowhere"});
+    const Finding finding = checkHolders("ttyNowhere", proc.root());
+    QCOMPARE(finding.level, Finding::Level::Bad);
+    QVERIFY(finding.text.contains("records an experiment in /data/cell 17;"));
+    QVERIFY(!finding.command.contains("kill"));
+}
+
+void TestSystemChecks::curesMissingRights_data()
+{
+    QTest::addColumn<bool>("isSystemGroup");
+    QTest::addColumn<bool>("isMember");
+    QTest::addColumn<QString>("command");
+    QTest::newRow("a group for ports") << false << false << "sudo usermod -aG dialout ann && newgrp dialout";
+    QTest::newRow("joined after the login") << false << true << "newgrp dialout";
+    QTest::newRow("root's group") << true << false << "sudo cp packaging/71-nimbrelle.rules";
+}
+
+void TestSystemChecks::curesMissingRights()
+{
+    QFETCH(bool, isSystemGroup);
+    QFETCH(bool, isMember);
+    QFETCH(QString, command);
+    const Finding finding = missingRights({"/dev/ttyNowhere", "dialout", isSystemGroup, isMember}, "ann");
+    QCOMPARE(finding.level, Finding::Level::Bad);
+    QVERIFY2(finding.command.startsWith(command), qPrintable(finding.command));
+}
+
+void TestSystemChecks::looksForTheUdevRule()
+{
+    QTemporaryDir folder;
+    QCOMPARE(checkUdevRule({"/nowhere", folder.path()}).level, Finding::Level::Doubtful);
+    QFile rule(folder.filePath("71-nimbrelle.rules"));
+    QVERIFY(rule.open(QIODevice::WriteOnly));
+    QCOMPARE(checkUdevRule({"/nowhere", folder.path()}).level, Finding::Level::Good);
+}
+
+void TestSystemChecks::asksInstrumentsAlone()
+{
+    QVERIFY(looksLikeInstrument(0x04d8, "Brenmoor Apparatus"));
+    QVERIFY(!looksLikeInstrument(0x04d8, "Microchip"));
+    QVERIFY(!looksLikeInstrument(0, QString())); // a port on the mainboard
 }
 
 void TestSystemChecks::theFarEndOfAPseudoTerminalHoldsNothing()

@@ -79,8 +79,10 @@ ExperimentComplaints CustomExperimentRunner::findComplaints(const HardwareVersio
     const ExperimentComplaints size = ExperimentSize::complaintsOf(root);
     if (!size.empty())
         return size;
-    const ExperimentComplaints limits = brokenLimits(root, hardware);
-    return limits.empty() ? implausibleValues(root, hardware) : limits;
+    ExperimentComplaints complaints = brokenLimits(root, hardware);
+    const ExperimentComplaints further = implausibleValues(root, hardware); // names the values, too, that broke a limit
+    complaints.insert(complaints.end(), further.begin(), further.end());
+    return complaints;
 }
 
 bool CustomExperimentRunner::addElement(const std::shared_ptr<AbstractBuilderElement> &element, quint32 repeats)

@@ -14,8 +14,8 @@ struct ExperimentComplaint {
     QString text;       ///< for people, with the name of the model filled in
 };
 
-/// All reasons at once; of one code, since a check runs only when those before it have nothing to say.
+/// All reasons at once, by the checks that found them: size, limits of the model, values that cannot be meant.
 using ExperimentComplaints = std::vector<ExperimentComplaint>;
 
-/// The result of a request: Success without complaints, else their code with all texts, one a line.
+/// The result of a request: Success without complaints, else the code of the first with all texts of that code, a line each.
 VekErrorCode resultOf(const ExperimentComplaints &complaints);

@@ -6,9 +6,6 @@
 
 #include <limits>
 
-namespace {
-}
-
 InputCheck::InputCheck(const HardwareVersion &hardware)
     : _model(HardwareModelFactory::getHardwareModel(hardware.hwModel)),
       _isKnown(_model->getVanityName() != QLatin1String("Invalid"))
