@@ -121,8 +121,8 @@ void TestExperimentFile::refusesWithLineAndSuggestion_data()
     QTest::newRow("behind comments") << fileOf("// a comment with \"quotes\n/* and\n a long one */ {\"element\": 5}")
                                      << "file:4: \"element\" takes a text, not a number";
     QTest::newRow("comment without an end")
-        << QByteArray("\n/* {\"element\": 5}")
-        << "file:2: syntax error while parsing value - invalid literal; last read: '/'";
+        << QByteArray("/* {\"element\": 5}")
+        << "file:1: syntax error while parsing value - invalid literal; last read: '/'";
     QTest::newRow("comma without an item")
         << fileOf("{\"group\": [,]}")
         << "file:2: syntax error while parsing value - unexpected ','; expected '[', '{', or a literal";

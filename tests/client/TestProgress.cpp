@@ -246,12 +246,12 @@ void TestProgress::keepsItsLinesOnTheTerminal()
     show({"channel 0: c", "channel 1: c"});
     QTRY_COMPARE_WITH_TIMEOUT(screen.lines().filter(QRegularExpression("^.")),
                               QStringList({"a message", "channel 0: c", "channel 1: c"}), hangMs);
-    console.note("from an instrument: \033[2J");
+    console.note("from it: \033[2J");
     console.endProgress();
     console.note("behind");
-    QTRY_COMPARE_WITH_TIMEOUT(
-        screen.lines().filter(QRegularExpression("^.")),
-        QStringList({"a message", "from an instrument: ?[2J", "channel 0: c", "channel 1: c", "behind"}), hangMs);
+    QTRY_COMPARE_WITH_TIMEOUT(screen.lines().filter(QRegularExpression("^.")),
+                              QStringList({"a message", "from it: ?[2J", "channel 0: c", "channel 1: c", "behind"}),
+                              hangMs);
 }
 
 NIMBRELLE_TEST_MAIN(TestProgress)
