@@ -7,7 +7,8 @@ packages=(
     g++ cmake ninja-build ccache pkg-config
     qtbase5-dev libqt5serialport5-dev libhidapi-dev      # the library
     libcli11-dev nlohmann-json3-dev                      # the client
-    libqwt-qt5-dev libqt5svg5-dev fonts-dejavu-core      # its pictures
+    libqwt-qt5-dev libqt5svg5-dev                        # its pictures
+    fonts-dejavu-core fonts-wqy-microhei fonts-unifont   # their texts; the last has almost every script
     clang libclang-rt-14-dev                             # the sanitizer build
     libumockdev-dev umockdev libudev-dev                 # fake ports for the tests
     libbenchmark-dev doxygen python3
