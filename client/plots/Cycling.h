@@ -14,14 +14,17 @@ struct CycleCharge {
     double discharged = 0.0;
 };
 
-/// By cycle number, from 1; from the net charge of all rows of the cycle.
+/// By cycle number, from 1.
 std::map<int, CycleCharge> chargeByCycle(const RunData &run);
 
 /**
  * Capacity and coulombic efficiency against the cycle number, as "cycling", for runs of two cycles and more that both
- * charge and discharge by elements of constant current, power or resistance.
+ * charge and discharge by elements of constant current, power or resistance; what HalfCycles.h draws besides.
  *
- * @return false when the picture could not be written; other runs have none
+ * A last cycle that the run did not complete has no efficiency, and one that lies far from the others is marked at the
+ * end of the axis with its value.
+ *
+ * @return false when a picture could not be written; other runs have none
  */
 bool drawCycling(const RunData &run, const QString &folder);
 

@@ -1,5 +1,7 @@
 #include "plots/Figure.h"
 
+#include "plots/Fonts.h"
+
 #include <qwt_painter.h>
 #include <qwt_plot_renderer.h>
 #include <qwt_scale_draw.h>
@@ -40,7 +42,7 @@ bool Figure::save(const QString &path)
     svg.setSize(size());
     svg.setViewBox(QRect(QPoint(), size()));
     svg.setResolution(_panels.front()->logicalDpiX());
-    svg.setTitle(_title);
+    svg.setTitle(_title.toHtmlEscaped()); // which is written as it is
     QPainter vectorPainter;
     const bool isVectorReady = vectorPainter.begin(&svg);
     if (isVectorReady)
@@ -63,17 +65,18 @@ QSize Figure::size() const
     return {_panelSize.width() + 2 * margin, _panelSize.height() * count + panelGap * (count - 1) + 2 * margin + title};
 }
 
-/// Gives all vertical axes the width of the widest.
+/// Gives all coordinate systems the left edge of the one that lies farthest to the right.
 void Figure::align()
 {
-    double widest = 0.0;
-    for (const auto &panel : _panels) {
-        panel->updateAxes();
-        const QwtScaleDraw *draw = panel->axisScaleDraw(QwtPlot::yLeft);
-        widest = std::max(widest, draw->extent(panel->axisFont(QwtPlot::yLeft)));
-    }
+    double farthest = 0.0;
     for (const auto &panel : _panels)
-        panel->axisScaleDraw(QwtPlot::yLeft)->setMinimumExtent(widest);
+        farthest = std::max(farthest, panel->canvasArea().left());
+    for (const auto &panel : _panels) {
+        QwtScaleDraw *draw = panel->axisScaleDraw(QwtPlot::yLeft);
+        const double extent = draw->extent(panel->axisFont(QwtPlot::yLeft));
+        draw->setMinimumExtent(extent + farthest - panel->canvasArea().left());
+        panel->canvasArea(); // the axes know their new lengths before they are drawn
+    }
 }
 
 void Figure::draw(QPainter &painter) const
@@ -82,8 +85,9 @@ void Figure::draw(QPainter &painter) const
     QRectF area(margin, margin, _panelSize.width(), _panelSize.height());
     if (!_title.isEmpty()) {
         painter.setPen(Qt::black);
-        painter.setFont(QFont(QStringLiteral("DejaVu Sans"), 11, QFont::DemiBold));
-        painter.drawText(QRectF(margin, margin / 2.0, _panelSize.width(), titleHeight), Qt::AlignCenter, _title);
+        painter.setFont(pictureFont(11, QFont::DemiBold));
+        const QString title = painter.fontMetrics().elidedText(_title.simplified(), Qt::ElideRight, _panelSize.width());
+        painter.drawText(QRectF(margin, margin / 2.0, _panelSize.width(), titleHeight), Qt::AlignCenter, title);
         area.translate(0, titleHeight);
     }
     QwtPainter::setRoundingAlignment(false); // whole pixels of a screen would turn slopes into stairs

@@ -1,18 +1,23 @@
 #include "plots/Impedance.h"
 
+#include "Units.h"
 #include "plots/Figure.h"
 #include "plots/RunData.h"
 #include "plots/Series.h"
 
 #include <QDir>
+#include <QHash>
 
 #include <algorithm>
+#include <cmath>
+#include <map>
 
 namespace client {
 
 namespace {
 
 constexpr std::size_t mostNamed = 8;
+constexpr double nearDecade = 0.03; ///< of a decade: a point that close stands for it
 
 /// The points of one sweep over the frequencies.
 struct Sweep {
@@ -22,23 +27,56 @@ struct Sweep {
     QVector<QPointF> phase;     ///< over frequency
 };
 
-std::vector<Sweep> sweepsOf(const Table &ac)
+std::vector<Sweep> sweepsOf(const std::vector<ImpedancePoint> &points)
 {
-    const Column &frequency = ac.column("Frequency / Hz");
-    const Column &step = ac.column("Step Count / 1");
-    const Column &cycle = ac.column("Cycle Count / 1");
     std::vector<Sweep> sweeps;
-    for (std::size_t row = 0; row < frequency.size(); ++row) {
-        if (row == 0 || step[row] != step[row - 1] || cycle[row] != cycle[row - 1]) {
-            const double bias = ac.column("Voltage Bias / V")[row];
-            sweeps.push_back({QStringLiteral("%1 V").arg(QString::number(bias, 'g', 3)), {}, {}, {}});
-        }
+    for (const ImpedancePoint &point : points) {
+        if (point.opensSweep)
+            sweeps.push_back({QStringLiteral("%1 V").arg(QString::number(point.bias, 'g', 3)), {}, {}, {}});
         Sweep &sweep = sweeps.back();
-        sweep.nyquist.append({ac.column("Real Impedance / Ohm")[row], -ac.column("Imaginary Impedance / Ohm")[row]});
-        sweep.magnitude.append({frequency[row], ac.column("Absolute Impedance / Ohm")[row]});
-        sweep.phase.append({frequency[row], ac.column("Phase / deg")[row]});
+        sweep.nyquist.append({point.real, -point.imaginary});
+        sweep.magnitude.append({point.frequency, point.magnitude});
+        sweep.phase.append({point.frequency, point.phaseDeg});
     }
     return sweeps;
+}
+
+/// Sweeps at one potential are told apart by their numbers.
+void numberSweeps(std::vector<Sweep> &sweeps)
+{
+    QHash<QString, int> counts;
+    for (const Sweep &sweep : sweeps)
+        ++counts[sweep.name];
+    QHash<QString, int> numbers;
+    for (Sweep &sweep : sweeps) {
+        if (counts[sweep.name] > 1)
+            sweep.name += QStringLiteral(", sweep %1").arg(++numbers[sweep.name]);
+    }
+}
+
+/// The points of a sweep that are nearest to a whole power of ten of the frequency.
+std::map<int, int> decadesOf(const Sweep &sweep)
+{
+    std::map<int, int> decades;
+    const auto distance = [&](int index, int decade) { return std::abs(std::log10(sweep.phase[index].x()) - decade); };
+    for (int index = 0; index < sweep.phase.size(); ++index) {
+        if (!(sweep.phase[index].x() > 0.0))
+            continue;
+        const int decade = static_cast<int>(std::lround(std::log10(sweep.phase[index].x())));
+        const auto [nearest, isNew] = decades.emplace(decade, index);
+        if (!isNew && distance(index, decade) < distance(nearest->second, decade))
+            nearest->second = index;
+    }
+    return decades;
+}
+
+void labelDecades(Panel &panel, const Sweep &sweep)
+{
+    for (const auto &[decade, index] : decadesOf(sweep)) {
+        const double frequency = sweep.phase[index].x();
+        if (std::abs(std::log10(frequency) - decade) < nearDecade)
+            panel.labelPoint(sweep.nyquist[index], formatQuantity(frequency, Dimension::Frequency));
+    }
 }
 
 void addCurves(Panel &panel, const std::vector<Sweep> &sweeps, QVector<QPointF> Sweep::*points, bool isNamed)
@@ -61,12 +99,15 @@ bool drawNyquist(const RunData &run, const std::vector<Sweep> &sweeps, const QSt
     Figure figure(QSize(640, 420));
     figure.setTitle(run.title);
     Panel &panel = figure.addPanel();
-    const double largest = std::max(largestMagnitude(run.ac.column("Real Impedance / Ohm")),
-                                    largestMagnitude(run.ac.column("Imaginary Impedance / Ohm")));
+    double largest = 0.0;
+    for (const Sweep &sweep : sweeps)
+        largest = std::max(
+            {largest, largestMagnitude(sweep.nyquist, &QPointF::x), largestMagnitude(sweep.nyquist, &QPointF::y)});
     panel.setHorizontalScale(prefixedScale(QStringLiteral("Re Z"), QString::fromUtf8(u8"Ω"), largest));
     panel.setVerticalScale(prefixedScale(QString::fromUtf8(u8"−Im Z"), QString::fromUtf8(u8"Ω"), largest));
     addCurves(panel, sweeps, &Sweep::nyquist, isLegible(sweeps));
     panel.makeAxesEqual();
+    labelDecades(panel, sweeps.front());
     return figure.save(path);
 }
 
@@ -93,9 +134,10 @@ bool drawBode(const RunData &run, const std::vector<Sweep> &sweeps, const QStrin
 
 bool drawImpedance(const RunData &run, const QString &folder)
 {
-    const std::vector<Sweep> sweeps = sweepsOf(run.ac);
+    std::vector<Sweep> sweeps = sweepsOf(run.ac);
     if (sweeps.empty())
         return true;
+    numberSweeps(sweeps);
     const QDir directory(folder);
     const bool isNyquistDrawn = drawNyquist(run, sweeps, directory.filePath(QStringLiteral("nyquist")));
     return drawBode(run, sweeps, directory.filePath(QStringLiteral("bode"))) && isNyquistDrawn;

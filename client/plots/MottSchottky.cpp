@@ -30,16 +30,12 @@ double inverseSquareCapacitance(double frequency, double imaginaryPart)
     return inverse * inverse;
 }
 
-CurvesByFrequency curvesOf(const Table &ac, int step)
+CurvesByFrequency curvesOf(const std::vector<ImpedancePoint> &points, int step)
 {
-    const Column &steps = ac.column("Step Count / 1");
-    const Column &frequency = ac.column("Frequency / Hz");
-    const Column &imaginary = ac.column("Imaginary Impedance / Ohm");
-    const Column &bias = ac.column("Voltage Bias / V");
     CurvesByFrequency curves;
-    for (std::size_t row = 0; row < steps.size(); ++row) {
-        if (static_cast<int>(steps[row]) == step)
-            curves[frequency[row]].append({bias[row], inverseSquareCapacitance(frequency[row], imaginary[row])});
+    for (const ImpedancePoint &point : points) {
+        if (point.step == step)
+            curves[point.frequency].append({point.bias, inverseSquareCapacitance(point.frequency, point.imaginary)});
     }
     return curves;
 }

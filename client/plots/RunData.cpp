@@ -1,128 +1,118 @@
 #include "plots/RunData.h"
 
-#include "JsonOutput.h"
+#include "plots/ElementTraits.h"
+#include "plots/RunSummary.h"
+#include "plots/SampleReader.h"
+#include "plots/TableReader.h"
 
 #include <QDir>
 #include <QFile>
 
-#include <algorithm>
-#include <charconv>
-#include <cstring>
-#include <limits>
+#include <cmath>
+#include <map>
 
 namespace client {
 
 namespace {
 
-const QStringList dcColumns{
-    QStringLiteral("Test Time / s"),  QStringLiteral("Voltage / V"),    QStringLiteral("Current / A"),
-    QStringLiteral("Net Charge / C"), QStringLiteral("Step Count / 1"), QStringLiteral("Cycle Count / 1"),
+enum Quantity { Frequency, Real, Imaginary, Magnitude, Phase, Bias, Step, Cycle };
+
+const std::vector<HeadingRow> impedanceHeadings{
+    // The first heading of a quantity that the table has counts; the others are those of records of version 1.
+    {Frequency, "Frequency / Hz"},
+    {Real, "Real Impedance / ohm"},
+    {Real, "Real Impedance / Ohm"},
+    {Imaginary, "Imaginary Impedance / ohm"},
+    {Imaginary, "Imaginary Impedance / Ohm"},
+    {Magnitude, "Absolute Impedance / ohm"},
+    {Magnitude, "Absolute Impedance / Ohm"},
+    {Phase, "Phase / deg"},
+    {Bias, "Voltage / V"},
+    {Bias, "Voltage Bias / V"},
+    {Step, "Step / 1"},
+    {Step, "Step Count / 1"},
+    {Cycle, "Cycle Count / 1"},
 };
 
-const QStringList acColumns{
-    QStringLiteral("Frequency / Hz"),       QStringLiteral("Absolute Impedance / Ohm"),
-    QStringLiteral("Real Impedance / Ohm"), QStringLiteral("Imaginary Impedance / Ohm"),
-    QStringLiteral("Phase / deg"),          QStringLiteral("Voltage Bias / V"),
-    QStringLiteral("Step Count / 1"),       QStringLiteral("Cycle Count / 1"),
+/// Divides the points into sweeps, which run up or down through the frequencies.
+class SweepDivider
+{
+public:
+    explicit SweepDivider(const std::vector<ElementMark> &marks) : _marks(marks) {}
+
+    bool opensSweep(std::size_t row, double frequency, double step, double cycle)
+    {
+        bool opens = step != _step || cycle != _cycle;
+        while (_next < _marks.size() && _marks[_next].acRow <= row) {
+            opens = true;
+            ++_next;
+        }
+        const double direction = frequency - _frequency;
+        opens = opens || direction == 0.0 || direction * _direction < 0.0;
+        _direction = opens ? 0.0 : direction;
+        _frequency = frequency;
+        _step = step;
+        _cycle = cycle;
+        return opens;
+    }
+
+private:
+    const std::vector<ElementMark> &_marks;
+    std::size_t _next = 0;
+    double _frequency = std::nan("");
+    double _direction = 0.0; // of the sweep; 0 at its first point
+    double _step = std::nan("");
+    double _cycle = std::nan("");
 };
 
-double numberIn(const char *begin, const char *end)
+void readImpedance(const QString &path, const RunSummary &summary, RunData &run)
 {
-    double value = 0.0;
-    const auto result = std::from_chars(begin, end, value);
-    return result.ec == std::errc() ? value : std::numeric_limits<double>::quiet_NaN();
-}
-
-/// The wanted columns in the order of the file; null where a column is not wanted.
-std::vector<Column *> chooseColumns(Table &table, const QByteArray &headingLine, const QStringList &headings)
-{
-    std::vector<Column *> chosen;
-    for (const QString &heading : QString::fromUtf8(headingLine.trimmed()).split(QLatin1Char(',')))
-        chosen.push_back(headings.contains(heading) ? &table.columns[heading] : nullptr);
-    return chosen;
-}
-
-void readLine(const QByteArray &line, const std::vector<Column *> &columns)
-{
-    const char *begin = line.constData();
-    const char *const lineEnd = begin + line.size() - 1; // without the line feed
-    for (Column *column : columns) {
-        const void *comma = std::memchr(begin, ',', static_cast<std::size_t>(lineEnd - begin));
-        const char *end = comma ? static_cast<const char *>(comma) : lineEnd;
-        if (column)
-            column->push_back(numberIn(begin, end));
-        begin = comma ? end + 1 : lineEnd;
+    TableReader table(path, impedanceHeadings);
+    SweepDivider divider(summary.marks);
+    while (table.next()) {
+        const double frequency = table.number(Frequency);
+        const double step = table.number(Step);
+        const bool opens = divider.opensSweep(table.row(), frequency, step, table.number(Cycle));
+        run.ac.push_back({frequency, table.number(Real), table.number(Imaginary), table.number(Magnitude),
+                          table.number(Phase), table.number(Bias), std::abs(step) < 1e9 ? int(step) : 0, opens});
     }
+    if (table.damagedRows() > 0)
+        run.oddities.append(
+            QStringLiteral("ac.csv: %1 of %2 rows are damaged and left out").arg(table.damagedRows()).arg(table.row()));
 }
 
-/// From the announcements that the record kept.
-std::vector<Segment> announcedSegments(const Json &marks, std::size_t rowCount)
+double durationOf(const RunData &run, const Segment &segment)
 {
-    std::vector<Segment> segments;
-    for (const Json &mark : marks) {
-        const auto begin = std::min(mark.value("firstDcRow", std::size_t(0)), rowCount);
-        if (!segments.empty())
-            segments.back().end = begin;
-        segments.push_back({QString::fromStdString(mark.value("stepName", std::string())), mark.value("stepNumber", 0),
-                            mark.value("cycleNumber", 0), mark.value("substepNumber", 0), begin, rowCount});
+    return run.dc[segment.end - 1].time - run.dc[segment.begin].time;
+}
+
+/// By its name; in a record without names it is what precedes the rest of its element, for so long as the file says.
+bool isQuiet(const RunData &run, std::size_t index)
+{
+    const Segment &segment = run.segments[index];
+    if (!segment.stepName.isEmpty())
+        return segment.stepName == QLatin1String("Quiet Time");
+    const FileElement *element = run.element(segment.step);
+    const bool isFollowed = index + 1 < run.segments.size() && run.segments[index + 1].step == segment.step;
+    return element && isFollowed && durationOf(run, segment) <= propertyOf(*element, "quietTime");
+}
+
+/// An element that runs again begins with its quiet time, or enters its step anew.
+void countRepeats(RunData &run)
+{
+    std::map<int, int> repeats; // by step
+    const Segment *before = nullptr;
+    for (std::size_t index = 0; index < run.segments.size(); ++index) {
+        Segment &segment = run.segments[index];
+        segment.isQuiet = isQuiet(run, index);
+        const bool goesOn = before && before->step == segment.step &&
+                            (segment.isQuiet ? before->isQuiet : before->isQuiet || before->entry == segment.entry);
+        segment.repeat = repeats[segment.step] += goesOn ? 0 : 1;
+        before = &segment;
     }
-    segments.erase(
-        std::remove_if(segments.begin(), segments.end(), [](const Segment &each) { return each.begin >= each.end; }),
-        segments.end());
-    return segments;
-}
-
-/// From the rows alone, for the record of a run that was cut off.
-std::vector<Segment> countedSegments(const Table &dc)
-{
-    const Column &step = dc.column("Step Count / 1");
-    const Column &cycle = dc.column("Cycle Count / 1");
-    std::vector<Segment> segments;
-    for (std::size_t row = 0; row < step.size(); ++row) {
-        if (row == 0 || step[row] != step[row - 1] || cycle[row] != cycle[row - 1])
-            segments.push_back({QString(), static_cast<int>(step[row]), static_cast<int>(cycle[row]), 0, row, row});
-        segments.back().end = row + 1;
-    }
-    return segments;
-}
-
-std::optional<Json> readSummary(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QByteArray bytes = file.readAll();
-    Json summary = Json::parse(bytes.begin(), bytes.end(), nullptr, false);
-    if (!summary.is_object() || !summary.contains("experiment"))
-        return std::nullopt;
-    return summary;
 }
 
 } // namespace
-
-bool Table::isEmpty() const
-{
-    return columns.isEmpty() || columns.begin()->empty();
-}
-
-const Column &Table::column(const char *heading) const
-{
-    static const Column none;
-    const auto found = columns.constFind(QString::fromUtf8(heading));
-    return found == columns.constEnd() ? none : *found;
-}
-
-std::optional<Table> readTable(const QString &path, const QStringList &headings)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    Table table;
-    const std::vector<Column *> columns = chooseColumns(table, file.readLine(), headings);
-    for (QByteArray line = file.readLine(); line.endsWith('\n'); line = file.readLine())
-        readLine(line, columns);
-    return table;
-}
 
 const FileElement *RunData::element(int step) const
 {
@@ -133,19 +123,16 @@ const FileElement *RunData::element(int step) const
 std::optional<RunData> readRun(const QString &folder)
 {
     const QDir directory(folder);
-    const std::optional<Table> dc = readTable(directory.filePath(QStringLiteral("dc.csv")), dcColumns);
-    const std::optional<Json> summary = readSummary(directory.filePath(QStringLiteral("run.json")));
-    if (!dc || !summary)
+    if (!directory.exists(QStringLiteral("dc.csv")) && !directory.exists(QStringLiteral("run.json")))
         return std::nullopt;
     RunData run;
-    run.dc = *dc;
-    run.ac = readTable(directory.filePath(QStringLiteral("ac.csv")), acColumns).value_or(Table());
-    const Json &experiment = (*summary)["experiment"];
-    run.title = QString::fromStdString(experiment.value("name", std::string()));
-    run.experiment = parseExperiment(QByteArray::fromStdString(experiment.value("content", Json()).dump()), folder);
-    run.segments = announcedSegments(summary->value("elements", Json::array()), run.dc.column("Test Time / s").size());
-    if (run.segments.empty())
-        run.segments = countedSegments(run.dc);
+    const RunSummary summary = readSummary(directory.filePath(QStringLiteral("run.json")), run.oddities);
+    run.title = summary.title;
+    run.experiment = summary.experiment;
+    run.isCompleted = summary.isCompleted;
+    readSamples(directory.filePath(QStringLiteral("dc.csv")), summary, run);
+    readImpedance(directory.filePath(QStringLiteral("ac.csv")), summary, run);
+    countRepeats(run);
     return run;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ExperimentFile.h"
+#include "plots/Sample.h"
 
-#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -11,44 +11,39 @@
 
 namespace client {
 
-using Column = std::vector<double>;
-
-/// The columns of a table of numbers, by heading.
-struct Table {
-    QHash<QString, Column> columns;
-
-    bool isEmpty() const;
-    /// Empty for a heading that the table does not have.
-    const Column &column(const char *heading) const;
-};
-
-/**
- * Reads a CSV file with one line of headings.
- *
- * A last line without its end, as a killed program leaves it, is left out; a field that is no number counts as NaN.
- *
- * @param headings the columns that are wanted
- * @return nothing when the file cannot be read
- */
-std::optional<Table> readTable(const QString &path, const QStringList &headings);
-
 /// A stretch of samples between two announcements of the instrument.
 struct Segment {
     QString stepName; ///< empty where the record does not have it
     int step = 0;     ///< number of the element, from 1
-    int cycle = 0;
-    int substep = 0;
-    std::size_t begin = 0; ///< first row among the DC samples
-    std::size_t end = 0;   ///< the row behind the last one
+    int cycle = 0;    ///< as the table counts
+    int entry = 0;    ///< differs from that of the segment before when the step was entered anew
+    int repeat = 1;   ///< how many times the element has run, this time included
+    bool isQuiet = false;
+    std::size_t begin = 0; ///< first of its samples
+    std::size_t end = 0;   ///< the one behind its last
+};
+
+/// One row of ac.csv, as far as pictures need it.
+struct ImpedancePoint {
+    double frequency; ///< hertz
+    double real;      ///< ohms, like the next two
+    double imaginary;
+    double magnitude;
+    double phaseDeg;
+    double bias; ///< volts
+    int step;
+    bool opensSweep; ///< not measured in one sweep with the point before
 };
 
 /// What pictures are drawn from: the record of one run.
 struct RunData {
     QString title; ///< the experiment's name
     ExperimentFile experiment;
-    Table dc;
-    Table ac;
+    bool isCompleted = false; ///< the experiment came to its own end
+    std::vector<Sample> dc;   ///< thinned where there are very many
+    std::vector<ImpedancePoint> ac;
     std::vector<Segment> segments; ///< of the DC samples, in their order; none is empty
+    QStringList oddities;          ///< what is not as a record has it, a sentence each
 
     /// The element of a step number, from 1; null without one.
     const FileElement *element(int step) const;

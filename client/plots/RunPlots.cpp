@@ -1,6 +1,8 @@
 #include "plots/RunPlots.h"
 
+#include "Console.h"
 #include "plots/Cycling.h"
+#include "plots/Fonts.h"
 #include "plots/Impedance.h"
 #include "plots/MottSchottky.h"
 #include "plots/RunData.h"
@@ -18,12 +20,31 @@ std::unique_ptr<QCoreApplication> makeDrawingApplication(int &argc, char **argv)
     return std::make_unique<QApplication>(argc, argv);
 }
 
+namespace {
+
+void tellMissingLetters(const QString &title)
+{
+    const QString letters = lettersWithoutGlyph(title);
+    if (!letters.isEmpty())
+        Console::instance().note(
+            QStringLiteral("no font of this computer has the letters \"%1\" of the experiment's name; "
+                           "the Debian package fonts-unifont has almost all there are")
+                .arg(letters));
+}
+
+} // namespace
+
 bool drawRun(const QString &folder)
 {
     const std::optional<RunData> run = readRun(folder);
-    if (!run || (run->dc.isEmpty() && run->ac.isEmpty()))
+    if (!run)
         return false;
-    bool isDrawn = run->dc.isEmpty() || drawTimePlot(*run, QDir(folder).filePath(QStringLiteral("time")));
+    for (const QString &oddity : run->oddities)
+        Console::instance().note(QStringLiteral("%1: %2").arg(folder, oddity));
+    if (run->dc.empty() && run->ac.empty())
+        return false;
+    tellMissingLetters(run->title);
+    bool isDrawn = run->dc.empty() || drawTimePlot(*run, QDir(folder).filePath(QStringLiteral("time")));
     for (const auto &draw : {drawVoltammograms, drawImpedance, drawMottSchottky, drawCycling})
         isDrawn = draw(*run, folder) && isDrawn;
     return isDrawn;

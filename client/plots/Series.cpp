@@ -5,24 +5,31 @@
 
 namespace client {
 
-double largestMagnitude(const Column &values)
+void appendPoint(QVector<QPointF> &curve, const QPointF &point, bool opensStretch)
 {
-    double largest = 0.0;
-    for (const double value : values) {
-        if (std::isfinite(value))
-            largest = std::max(largest, std::abs(value));
-    }
-    return largest;
+    if (opensStretch && !curve.isEmpty())
+        curve.append(lineBreak());
+    curve.append(point);
 }
 
-QVector<QPointF> pointsOf(const Column &horizontal, const Column &vertical)
+QVector<QPointF> againstTime(const std::vector<Sample> &samples, double Sample::*value)
 {
-    QVector<QPointF> points;
-    const std::size_t count = std::min(horizontal.size(), vertical.size());
-    points.reserve(static_cast<int>(count));
-    for (std::size_t row = 0; row < count; ++row)
-        points.append({horizontal[row], vertical[row]});
-    return points;
+    QVector<QPointF> curve;
+    curve.reserve(static_cast<int>(samples.size()));
+    for (const Sample &sample : samples)
+        appendPoint(curve, {sample.time, sample.*value}, sample.opensStretch);
+    return curve;
+}
+
+double largestMagnitude(const QVector<QPointF> &points, double (QPointF::*coordinate)() const)
+{
+    double largest = 0.0;
+    for (const QPointF &point : points) {
+        const double magnitude = std::abs((point.*coordinate)());
+        if (std::isfinite(magnitude))
+            largest = std::max(largest, magnitude);
+    }
+    return largest;
 }
 
 } // namespace client

@@ -5,12 +5,24 @@
 #include <QPointF>
 #include <QVector>
 
+#include <limits>
+
 namespace client {
 
-/// The largest magnitude among the finite numbers; 0 without any.
-double largestMagnitude(const Column &values);
+/// A point of a curve at which its line breaks off.
+inline QPointF lineBreak()
+{
+    constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    return {none, none};
+}
 
-/// Two columns as the points of a curve; the longer one is cut.
-QVector<QPointF> pointsOf(const Column &horizontal, const Column &vertical);
+/// Adds a point, behind a break where no line leads to it.
+void appendPoint(QVector<QPointF> &curve, const QPointF &point, bool opensStretch);
+
+/// A member of all samples against time, broken off where time is.
+QVector<QPointF> againstTime(const std::vector<Sample> &samples, double Sample::*value);
+
+/// The largest magnitude among the finite coordinates; 0 without any.
+double largestMagnitude(const QVector<QPointF> &points, double (QPointF::*coordinate)() const);
 
 } // namespace client
