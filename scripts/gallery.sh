@@ -64,7 +64,7 @@ run square-wave          redox:Rs=5;                   keep square-wave voltammo
 run impedance            warburg:Rs=20,Rct=200,C=2e-05,W=50; keep impedance nyquist bode
 run mott-schottky        semiconductor;                keep mott-schottky mott-schottky
 run battery-cycling      battery:Q=3600,soc=0,Rs=0.1,R=0.05,C=80,efficiency=0.99
-keep battery-cycling time cycling
+keep battery-cycling time cycling voltage-capacity differential-capacity
 
 simulated=(--model Gale --channels 4) linked=(--link 0,1,2,3)
 run linked-cycling       battery:Q=14400,soc=0,Rs=0.025,R=0.0125,C=320,efficiency=0.99

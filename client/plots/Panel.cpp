@@ -132,6 +132,11 @@ class Band : public QwtPlotZoneItem
 public:
     explicit Band(const QString &name) { setTitle(name); }
     QwtGraphic legendIcon(int, const QSizeF &size) const override { return defaultIcon(brush(), size); }
+    /// Leaves the frame free.
+    void draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap, const QRectF &canvas) const override
+    {
+        QwtPlotZoneItem::draw(painter, xMap, yMap, canvas.adjusted(0, 1, 0, -1));
+    }
 };
 
 QwtText titleText(const QString &title)
@@ -206,7 +211,7 @@ void Panel::addCurve(const QString &name, const QVector<QPointF> &points, const 
     curve->setSamples(stretches.points);
     curve->setRenderHint(QwtPlotItem::RenderAntialiased);
     curve->setPen(colour, curveWidth);
-    curve->setLegendAttribute(QwtPlotCurve::LegendShowLine);
+    curve->setLegendAttribute(QwtPlotCurve::LegendShowLine, style != Style::Points);
     if (style == Style::Points)
         curve->setStyle(QwtPlotCurve::NoCurve);
     if (style != Style::Line) {
