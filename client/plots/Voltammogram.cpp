@@ -21,6 +21,7 @@ namespace client {
 namespace {
 
 constexpr std::size_t mostNamed = 8;
+constexpr double timingTolerance = 0.25; ///< of the width of a pulse
 
 /// The levels of a complete pulse as a point of the picture.
 using PulsePoint = QPointF (*)(const VekDataManipulator &);
@@ -144,7 +145,7 @@ QVector<QPointF> everyPulse(const Course &course, VekDataManipulator &manipulato
             firstLevelTime = sample.time;
             continue;
         }
-        if (!(std::abs(sample.time - firstLevelTime - width) < width / 2.0))
+        if (!(std::abs(sample.time - firstLevelTime - width) < timingTolerance * width))
             continue;
         if (firstLevelTime == drawnLevelTime) // a later sample of the same level
             points.removeLast();

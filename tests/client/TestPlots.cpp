@@ -117,6 +117,7 @@ private Q_SLOTS:
     void impedanceIsDrawnWithItsSigns();
     void sweepsAreNotJoinedAndNamedOnce();
     void aShortLogarithmicAxisCanBeRead();
+    void capacitanceOfMottSchottky_data();
     void capacitanceOfMottSchottky();
     void cyclesShowChargeAndEfficiency_data();
     void cyclesShowChargeAndEfficiency();
@@ -372,6 +373,8 @@ void TestPlots::pulsesBecomePoints_data()
     QTest::newRow("differential") << pulseElement << 0.25 << -1 << 0.25 << differences << difference;
     QTest::newRow("differential, last pulse not finished")
         << pulseElement << 0.25 << -1 << 0.05 << differences.mid(0, 2) << difference;
+    QTest::newRow("differential, last pulse nearly finished")
+        << pulseElement << 0.25 << -1 << 0.15 << differences.mid(0, 2) << difference;
     QTest::newRow("differential, without its first level")
         << pulseElement << 0.25 << 2 << 0.25 << QVector<QPointF>{{0, 2}, {100, 4}} << difference;
     QTest::newRow("differential, without its second level")
@@ -517,13 +520,20 @@ void TestPlots::aShortLogarithmicAxisCanBeRead()
     }
 }
 
+void TestPlots::capacitanceOfMottSchottky_data()
+{
+    timeIsDrawnToScale_data();
+}
+
 // 1 uF and 0.5 uF, whatever the frequency: 1e12 and 4e12 for each square farad.
 void TestPlots::capacitanceOfMottSchottky()
 {
+    QFETCH(int, version);
     QTemporaryDir home;
     RunFolder folder(home.filePath("run"), R"({"element": "MottSchottky", "startingPotential": 0,
         "endingPotential": 1, "voltageStep": 1, "startFrequency": 1000, "endFrequency": 100, "stepsPerDecade": 1,
-        "amplitude": 0.01, "minCycles": 1, "stepQuietTime": 1, "stepQuietSampInterval": 1})");
+        "amplitude": 0.01, "minCycles": 1, "stepQuietTime": 1, "stepQuietSampInterval": 1})",
+                     version);
     for (const double bias : {0.0, 1.0}) {
         folder.begin("Mott Schottky", 1, 1 + int(bias));
         for (const double frequency : {1000.0, 100.0})
