@@ -81,20 +81,48 @@ void readImpedance(const QString &path, const RunSummary &summary, RunData &run)
             QStringLiteral("ac.csv: %1 of %2 rows are damaged and left out").arg(table.damagedRows()).arg(table.row()));
 }
 
-double durationOf(const RunData &run, const Segment &segment)
+/// The rows that an element's quiet time can have filled, in a record without announcements; the first segment of the
+/// element begins with them.
+std::size_t quietRows(const RunData &run, const Segment &segment)
 {
-    return run.dc[segment.end - 1].time - run.dc[segment.begin].time;
+    const FileElement *element = run.element(segment.step);
+    if (!element)
+        return 0;
+    const double interval = propertyOf(*element, "quietTimeSamplingInterval");
+    const double between = propertyOf(*element, "quietTime") - interval; // the first of its rows and the last
+    std::size_t end = segment.begin;
+    while (end < segment.end && run.dc[end].time - run.dc[segment.begin].time <= between + interval / 2.0 &&
+           between > -interval / 2.0)
+        ++end;
+    return end - segment.begin;
 }
 
-/// By its name; in a record without names it is what precedes the rest of its element, for so long as the file says.
-bool isQuiet(const RunData &run, std::size_t index)
+/// Whether a segment goes on with what the one before it began.
+bool goesOn(const Segment *before, const Segment &segment)
 {
-    const Segment &segment = run.segments[index];
-    if (!segment.stepName.isEmpty())
-        return segment.stepName == QLatin1String("Quiet Time");
-    const FileElement *element = run.element(segment.step);
-    const bool isFollowed = index + 1 < run.segments.size() && run.segments[index + 1].step == segment.step;
-    return element && isFollowed && durationOf(run, segment) <= propertyOf(*element, "quietTime");
+    if (!before || before->step != segment.step)
+        return false;
+    return before->isQuiet || (!segment.isQuiet && before->entry == segment.entry);
+}
+
+/// Tells quiet times by their names, and where there are none by what the experiment asks for.
+void markQuietTimes(RunData &run)
+{
+    std::vector<Segment> segments;
+    for (Segment segment : run.segments) {
+        const Segment *before = segments.empty() ? nullptr : &segments.back();
+        segment.isQuiet = segment.stepName == QLatin1String("Quiet Time");
+        const std::size_t quiet = segment.stepName.isEmpty() && !goesOn(before, segment) ? quietRows(run, segment) : 0;
+        if (quiet > 0) {
+            Segment first = segment;
+            first.isQuiet = true;
+            first.end = segment.begin += quiet;
+            segments.push_back(first);
+        }
+        if (segment.begin < segment.end)
+            segments.push_back(segment);
+    }
+    run.segments = segments;
 }
 
 /// An element that runs again begins with its quiet time, or enters its step anew.
@@ -102,12 +130,8 @@ void countRepeats(RunData &run)
 {
     std::map<int, int> repeats; // by step
     const Segment *before = nullptr;
-    for (std::size_t index = 0; index < run.segments.size(); ++index) {
-        Segment &segment = run.segments[index];
-        segment.isQuiet = isQuiet(run, index);
-        const bool goesOn = before && before->step == segment.step &&
-                            (segment.isQuiet ? before->isQuiet : before->isQuiet || before->entry == segment.entry);
-        segment.repeat = repeats[segment.step] += goesOn ? 0 : 1;
+    for (Segment &segment : run.segments) {
+        segment.repeat = repeats[segment.step] += goesOn(before, segment) ? 0 : 1;
         before = &segment;
     }
 }
@@ -132,6 +156,7 @@ std::optional<RunData> readRun(const QString &folder)
     run.isCompleted = summary.isCompleted;
     readSamples(directory.filePath(QStringLiteral("dc.csv")), summary, run);
     readImpedance(directory.filePath(QStringLiteral("ac.csv")), summary, run);
+    markQuietTimes(run);
     countRepeats(run);
     return run;
 }

@@ -78,6 +78,7 @@ public:
             return;
         }
         tellMissingColumns();
+        _hasExecutions = _table.has(Step) && _table.field(Step).data() != _table.field(Execution).data();
         while (_table.next())
             take();
         passOn(0.0);
@@ -159,7 +160,7 @@ private:
         segment.stepName = mark.stepName;
         segment.step = countOr(Step, mark.step);
         segment.cycle = countOr(Cycle, mark.entry);
-        segment.entry = _nextMark > 0 ? mark.entry : countOr(Execution, 0) + segment.cycle;
+        segment.entry = _nextMark > 0 ? mark.entry : countOr(_hasExecutions ? Execution : Cycle, 0);
         _run.segments.push_back(segment);
         const FileElement *element = _run.element(segment.step);
         _isPulsed = element && isPulsed(*element);
@@ -220,6 +221,7 @@ private:
     bool _isPulsed = false;
     std::size_t _nextMark = 0;
     std::size_t _timelessRows = 0;
+    bool _hasExecutions = false; // the count of steps is not the number of the step
     std::string _counts[3];
 };
 

@@ -13,13 +13,17 @@ RunFolder::RunFolder(const QString &path, const QByteArray &elements, int versio
     QDir().mkpath(path);
 }
 
-void RunFolder::begin(const QString &name, int step, int cycle)
+void RunFolder::begin(const QString &name, int step, int entry, int cycle)
 {
+    const bool goesOn = _executions > 0 && step == _step && (entry == _entry || _isQuiet);
+    _executions += goesOn ? 0 : 1;
+    _isQuiet = name == "Quiet Time";
     _step = step;
-    _cycle = cycle;
+    _entry = entry;
+    _cycle = _version == 1 || cycle == 0 ? entry : cycle;
     _marks.append(QJsonObject{{"stepName", name},
                               {"stepNumber", step},
-                              {"cycleNumber", cycle},
+                              {"cycleNumber", entry},
                               {"substepNumber", 0},
                               {"firstDcRow", int(_dc.size())},
                               {"firstAcRow", int(_ac.size())}});
@@ -66,10 +70,10 @@ QString RunFolder::finish()
     return _path;
 }
 
-/// In version 2 the count of steps rises with each execution, and the program's number stands apart.
+/// In version 2 the count of steps rises with each execution, its quiet time included; the program's number stands apart.
 void RunFolder::appendCounts(Row &row) const
 {
-    row.push_back({"Step Count / 1", _version == 1 ? _step : _marks.size()});
+    row.push_back({"Step Count / 1", _version == 1 ? _step : _executions});
     row.push_back({"Cycle Count / 1", _cycle});
     if (_version != 1)
         row.push_back({"Step / 1", _step});

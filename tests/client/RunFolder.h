@@ -14,7 +14,9 @@ public:
     /// @param elements of the experiment file, without the brackets
     RunFolder(const QString &path, const QByteArray &elements, int version = 2);
 
-    void begin(const QString &name, int step, int cycle = 1);
+    /// @param entry how many times the step has been entered, quiet times too
+    /// @param cycle as the table of version 2 counts; that of version 1 has the entry, and so has this one without it
+    void begin(const QString &name, int step, int entry = 1, int cycle = 0);
     void wait(double seconds) { _time += seconds; }
     void add(double voltage, double current, double seconds = 1.0);
     void addImpedance(double frequency, double real, double imaginary, double bias = 0.0);
@@ -44,4 +46,7 @@ private:
     double _discharged = 0.0;
     int _step = 1;
     int _cycle = 1;
+    int _entry = 0;
+    int _executions = 0;
+    bool _isQuiet = false;
 };
