@@ -24,12 +24,11 @@ namespace {
 
 void tellMissingLetters(const QString &title)
 {
-    const QString letters = lettersWithoutGlyph(title);
+    const QString letters = lettersWithoutGlyph(title + QString::fromUtf8("Ω µ °")); // and those of the axes
     if (!letters.isEmpty())
-        Console::instance().note(
-            QStringLiteral("no font of this computer has the letters \"%1\" of the experiment's name; "
-                           "the Debian package fonts-unifont has almost all there are")
-                .arg(letters));
+        Console::instance().note(QStringLiteral("no font of this computer has the letters \"%1\" of the pictures; the "
+                                                "Debian package fonts-unifont has almost all there are")
+                                     .arg(letters));
 }
 
 } // namespace
