@@ -67,6 +67,25 @@ private:
     QStringList &_oddities;
 };
 
+/// Whether what goes through a JSON text level by level can be let loose on this one.
+bool isShallow(const QByteArray &bytes)
+{
+    int depth = 0;
+    bool isInText = false;
+    for (int index = 0; index < bytes.size(); ++index) {
+        const char byte = bytes[index];
+        if (byte == '\\')
+            ++index;
+        else if (byte == '"')
+            isInText = !isInText;
+        else if (!isInText && (byte == '[' || byte == '{') && ++depth > deepest)
+            return false;
+        else if (!isInText && (byte == ']' || byte == '}'))
+            --depth;
+    }
+    return true;
+}
+
 /// An object, empty for a file that holds none.
 Json readObject(const QString &path, QStringList &oddities)
 {
@@ -77,8 +96,7 @@ Json readObject(const QString &path, QStringList &oddities)
         return Json::object();
     }
     const QByteArray bytes = file.readAll();
-    const auto isShallow = [](int depth, Json::parse_event_t, Json &) { return depth < deepest; };
-    Json object = Json::parse(bytes.begin(), bytes.end(), isShallow, false);
+    Json object = isShallow(bytes) ? Json::parse(bytes.begin(), bytes.end(), nullptr, false) : Json();
     if (object.is_object())
         return object;
     oddities.append(QStringLiteral("%1: holds no JSON object").arg(name));
