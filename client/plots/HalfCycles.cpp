@@ -15,7 +15,7 @@ namespace client {
 
 namespace {
 
-constexpr std::size_t mostCycles = 6; ///< as many colours there are
+constexpr std::size_t mostCycles = 6; ///< more would hide each other
 constexpr int mostBins = 120;
 constexpr int pointsOfBin = 2;
 constexpr double coulombsOfAmpereHour = 3600.0;

@@ -151,7 +151,8 @@ QwtText titleText(const QString &title)
 QColor curveColour(int index)
 {
     static const QColor colours[] = {QColor(0, 90, 160),   QColor(200, 60, 20), QColor(0, 130, 90),
-                                     QColor(150, 80, 150), QColor(190, 140, 0), QColor(80, 80, 80)};
+                                     QColor(150, 80, 150), QColor(190, 140, 0), QColor(80, 80, 80),
+                                     QColor(60, 170, 210), QColor(120, 60, 30)};
     return colours[static_cast<std::size_t>(index) % std::size(colours)];
 }
 

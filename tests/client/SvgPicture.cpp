@@ -12,7 +12,7 @@ namespace {
 
 // How Figure and Panel write: sizes of letters in pixels of the picture, colours.
 constexpr double labelSize = 12.5, exponentSize = 8.33, titleSize = 13.89, pointSize = 11.11;
-constexpr double tickLength = 8.0;
+constexpr double tickLength = 8.0, dotRadius = 2.5;
 const QString gridColour = QStringLiteral("#e1e1e1");
 const QString black = QStringLiteral("#000000");
 
@@ -217,6 +217,9 @@ private:
         DrawnLine line{shape.colour, {}};
         for (const QPointF &point : shape.points)
             line.points.append({_horizontal.valueAt(point.x()), _vertical.valueAt(point.y())});
+        if (shape.isDot)
+            _panel.dotBounds |=
+                QRectF(shape.points.first() - QPointF(dotRadius, dotRadius), 2.0 * QSizeF(dotRadius, dotRadius));
         if (!shape.isDot)
             _panel.lines.push_back(line);
         else if (_panel.dots.empty() || _panel.dots.back().colour != line.colour)

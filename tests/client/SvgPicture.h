@@ -25,6 +25,7 @@ struct DrawnPanel {
     QStringList pointLabels;
     std::vector<DrawnLine> lines; ///< in the order in which they were drawn
     std::vector<DrawnLine> dots;  ///< the symbols of one colour each
+    QRectF dotBounds;             ///< what they take, in pixels
 
     /// All points of the lines of a colour, or of all lines.
     QVector<QPointF> linePoints(const QString &colour = {}) const;

@@ -410,6 +410,7 @@ void TestPlots::pulsesBecomePoints()
     QCOMPARE(panel.verticalTitle, title);
     QCOMPARE(int(panel.dots.size()), 1);
     QCOMPARE(differenceOf(panel.dots[0].points, points, 100.0), QString());
+    QVERIFY(panel.area.contains(panel.dotBounds)); // the frame cuts none
 }
 
 void TestPlots::aStepOfAStaircaseIsOnePoint()
@@ -472,6 +473,8 @@ void TestPlots::impedanceIsDrawnWithItsSigns()
     QCOMPARE(differenceOf(drawnMagnitude, magnitude, 4.0), QString());
     QCOMPARE(differenceOf(drawnPhase, phase, 90.0), QString());
     QVERIFY(bode[1].verticalTitle.startsWith("Phase"));
+    for (const DrawnPanel &panel : {plane, bode[0], bode[1]})
+        QVERIFY(panel.area.contains(panel.dotBounds));
 }
 
 // Two sweeps at one potential in one element, and one at another.
