@@ -390,41 +390,45 @@ int Panel::hiddenBy(const QRectF &pixels) const
     return count;
 }
 
-void Panel::labelPoint(const QPointF &point, const QString &text)
+/// The side of a point on which a label hides the least of the curves. Its place is empty where there is none.
+Panel::LabelSide Panel::bestSide(const QPointF &pixel, const QSizeF &size)
 {
-    QwtText label(text);
-    label.setFont(pictureFont(8));
-    const QPointF scaled(point.x() / _horizontal.divisor, point.y() / _vertical.divisor);
     const QRectF canvas(QPointF(), canvasArea().size());
-    const QPointF pixel = pixelOf(scaled);
-    const QSizeF size = label.textSize();
     const double aside = size.width() / 2 + symbolSize, above = size.height() / 2 + symbolSize;
     const std::pair<Qt::Alignment, QPointF> sides[] = {{Qt::AlignTop | Qt::AlignHCenter, {0, -above}},
                                                        {Qt::AlignRight | Qt::AlignVCenter, {aside, 0}},
                                                        {Qt::AlignLeft | Qt::AlignVCenter, {-aside, 0}},
                                                        {Qt::AlignBottom | Qt::AlignHCenter, {0, above}}};
     int fewest = std::numeric_limits<int>::max();
-    Qt::Alignment best;
-    QRectF place;
+    LabelSide best;
     for (const auto &[alignment, offset] : sides) {
-        QRectF candidate(QPointF(), size);
-        candidate.moveCenter(pixel + offset);
+        QRectF place(QPointF(), size);
+        place.moveCenter(pixel + offset);
         const bool isTaken = std::any_of(_labels.begin(), _labels.end(),
-                                         [&](const QRectF &other) { return other.intersects(candidate); });
-        const int hidden = hiddenBy(candidate);
-        if (isTaken || hidden >= fewest || !canvas.contains(candidate))
+                                         [&place](const QRectF &other) { return other.intersects(place); });
+        const int hidden = hiddenBy(place);
+        if (isTaken || hidden >= fewest || !canvas.contains(place))
             continue;
         fewest = hidden;
-        best = alignment;
-        place = candidate;
+        best = {alignment, place};
     }
-    if (place.isEmpty())
+    return best;
+}
+
+void Panel::labelPoint(const QPointF &point, const QString &text)
+{
+    QwtText label(text);
+    label.setFont(pictureFont(8));
+    canvasArea(); // lays out what the maps need
+    const QPointF scaled(point.x() / _horizontal.divisor, point.y() / _vertical.divisor);
+    const LabelSide side = bestSide(pixelOf(scaled), label.textSize());
+    if (side.place.isEmpty())
         return;
-    _labels.append(place);
+    _labels.append(side.place);
     auto *marker = new QwtPlotMarker;
     marker->setValue(scaled);
     marker->setLabel(label);
-    marker->setLabelAlignment(best);
+    marker->setLabelAlignment(side.alignment);
     marker->setSpacing(symbolSize);
     marker->attach(this);
 }

@@ -54,11 +54,17 @@ public:
     QRectF canvasArea();
 
 private:
+    struct LabelSide {
+        Qt::Alignment alignment;
+        QRectF place; ///< in pixels of the canvas
+    };
+
     QwtInterval rangeOf(double (QPointF::*coordinate)() const) const;
     void leaveMargin(int axis, double (QPointF::*coordinate)() const, double share);
     void leaveLogarithmicMargin(int axis, const QwtInterval &range);
     QPointF pixelOf(const QPointF &point) const;
     int hiddenBy(const QRectF &pixels) const;
+    LabelSide bestSide(const QPointF &pixel, const QSizeF &size);
     void markBeyond(const QPointF &place, bool isAbove, double value);
 
     QVector<QPointF> _points; // of all curves, thinned, in the units of the axes; no breaks
