@@ -89,10 +89,10 @@ std::size_t quietRows(const RunData &run, const Segment &segment)
     if (!element)
         return 0;
     const double interval = propertyOf(*element, "quietTimeSamplingInterval");
-    const double between = propertyOf(*element, "quietTime") - interval; // the first of its rows and the last
+    const double slack = interval / 1000.0; // the sweep behind it samples far more often
+    const double between = propertyOf(*element, "quietTime") - interval + slack; // its first row and its last
     std::size_t end = segment.begin;
-    while (end < segment.end && run.dc[end].time - run.dc[segment.begin].time <= between + interval / 2.0 &&
-           between > -interval / 2.0)
+    while (end < segment.end && run.dc[end].time - run.dc[segment.begin].time <= between)
         ++end;
     return end - segment.begin;
 }

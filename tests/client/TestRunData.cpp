@@ -145,7 +145,7 @@ void TestRunData::repeatsAndQuietTimesAreTold()
         for (const int leg : {0, 1}) {
             folder.begin("Cyclic Voltammetry", 1, 2 + 2 * repeat, 1 + 2 * repeat + leg);
             for (int row = 0; row < 5; ++row)
-                folder.add(0.1 * row, 1.0);
+                folder.add(0.1 * row, 1.0, 0.1);
         }
     }
     folder.finish();
