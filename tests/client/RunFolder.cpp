@@ -70,7 +70,7 @@ QString RunFolder::finish()
     return _path;
 }
 
-/// In version 2 the count of steps rises with each execution, its quiet time included; the program's number stands apart.
+/// In version 2 the count of steps rises with each execution; the number in the program stands apart.
 void RunFolder::appendCounts(Row &row) const
 {
     row.push_back({"Step Count / 1", _version == 1 ? _step : _executions});

@@ -130,8 +130,8 @@ void TestRunData::repeatsAndQuietTimesAreTold_data()
     }
 }
 
-// A quiet time and a sweep of two legs, which are two cycles, twice: the sweep is the second entry of its step, then the
-// fourth.
+// A quiet time and a sweep of two legs, which are two cycles, twice: the sweep is the second entry of its step, then
+// the fourth.
 void TestRunData::repeatsAndQuietTimesAreTold()
 {
     QFETCH(int, version);
