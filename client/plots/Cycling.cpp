@@ -15,7 +15,6 @@ namespace client {
 
 namespace {
 
-constexpr double coulombsOfAmpereHour = 3600.0;
 constexpr double farSpreads = 3.0; ///< quartile distances beyond the quartiles: what lies there is far from the others
 constexpr double leastReach = 0.5; ///< percent: as far from the quartiles nothing counts as far
 constexpr int fewestForSpread = 4;

@@ -18,7 +18,6 @@ namespace {
 constexpr std::size_t mostCycles = 6; ///< more would hide each other
 constexpr int mostBins = 120;
 constexpr int pointsOfBin = 2;
-constexpr double coulombsOfAmpereHour = 3600.0;
 constexpr double restShare = 1e-4; ///< of the largest charge of a segment: one that moves less rests
 
 double movedBy(const RunData &run, const Segment &segment)

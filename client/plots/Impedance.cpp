@@ -16,7 +16,7 @@ namespace client {
 
 namespace {
 
-constexpr std::size_t mostNamed = 8;
+constexpr std::size_t mostNamedSweeps = 8;
 constexpr double nearDecade = 0.03; ///< of a decade: a point that close stands for it
 
 /// The points of one sweep over the frequencies.
@@ -91,7 +91,7 @@ void addCurves(Panel &panel, const std::vector<Sweep> &sweeps, QVector<QPointF> 
 
 bool isLegible(const std::vector<Sweep> &sweeps)
 {
-    return sweeps.size() > 1 && sweeps.size() <= mostNamed;
+    return sweeps.size() > 1 && sweeps.size() <= mostNamedSweeps;
 }
 
 bool drawNyquist(const RunData &run, const std::vector<Sweep> &sweeps, const QString &path)

@@ -15,7 +15,7 @@ namespace client {
 
 namespace {
 
-enum Quantity { Frequency, Real, Imaginary, Magnitude, Phase, Bias, Step, Cycle };
+enum ImpedanceQuantity { Frequency, Real, Imaginary, Magnitude, Phase, Bias, AcStep, AcCycle };
 
 const std::vector<HeadingRow> impedanceHeadings{
     // The first heading of a quantity that the table has counts; the others are those of records of version 1.
@@ -29,9 +29,9 @@ const std::vector<HeadingRow> impedanceHeadings{
     {Phase, "Phase / deg"},
     {Bias, "Voltage / V"},
     {Bias, "Voltage Bias / V"},
-    {Step, "Step / 1"},
-    {Step, "Step Count / 1"},
-    {Cycle, "Cycle Count / 1"},
+    {AcStep, "Step / 1"},
+    {AcStep, "Step Count / 1"},
+    {AcCycle, "Cycle Count / 1"},
 };
 
 /// Divides the points into sweeps, which run up or down through the frequencies.
@@ -71,8 +71,8 @@ void readImpedance(const QString &path, const RunSummary &summary, RunData &run)
     SweepDivider divider(summary.marks);
     while (table.next()) {
         const double frequency = table.number(Frequency);
-        const double step = table.number(Step);
-        const bool opens = divider.opensSweep(table.row(), frequency, step, table.number(Cycle));
+        const double step = table.number(AcStep);
+        const bool opens = divider.opensSweep(table.row(), frequency, step, table.number(AcCycle));
         run.ac.push_back({frequency, table.number(Real), table.number(Imaginary), table.number(Magnitude),
                           table.number(Phase), table.number(Bias), std::abs(step) < 1e9 ? int(step) : 0, opens});
     }

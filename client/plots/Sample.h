@@ -2,6 +2,8 @@
 
 namespace client {
 
+constexpr double coulombsOfAmpereHour = 3600.0;
+
 /// One row of the DC samples, as far as pictures need it.
 struct Sample {
     double time;          ///< seconds since the start of the test

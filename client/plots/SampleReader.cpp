@@ -14,8 +14,7 @@ namespace client {
 namespace {
 
 constexpr std::size_t mostSamples = 400000; ///< 25 MB; far more than a picture has points
-constexpr double coulombsOfAmpereHour = 3600.0;
-constexpr double tolerance = 5.0; ///< an interval that many times longer than those around it is a gap
+constexpr double tolerance = 5.0;           ///< an interval that many times longer than those around it is a gap
 
 enum Quantity { Time, Voltage, Current, Charging, Discharging, AllCharge, NetCharge, Step, Cycle, Execution };
 

@@ -12,9 +12,9 @@ namespace client {
 
 namespace {
 
-constexpr std::size_t mostBands = 60; ///< more would hide the curves
-constexpr std::size_t mostNamed = 6;  ///< elements that a legend can name
-constexpr double spareTime = 0.01;    ///< behind the last sample, of the whole time
+constexpr std::size_t mostBands = 60;        ///< more would hide the curves
+constexpr std::size_t mostNamedElements = 6; ///< elements that a legend can name
+constexpr double spareTime = 0.01;           ///< behind the last sample, of the whole time
 
 /// Light, so that curves and grid stay readable on it.
 QColor bandColour(int step)
@@ -73,7 +73,7 @@ bool drawTimePlot(const RunData &run, const QString &path)
     Panel &current =
         addPanel(figure, run, &Sample::current, QStringLiteral("Current"), QStringLiteral("A"), curveColour(1));
     if (run.segments.size() <= mostBands) {
-        const bool hasLegend = run.experiment.elements.size() <= mostNamed;
+        const bool hasLegend = run.experiment.elements.size() <= mostNamedElements;
         markSegments(voltage, run, hasLegend);
         markSegments(current, run, false);
         if (hasLegend)

@@ -20,7 +20,7 @@ namespace client {
 
 namespace {
 
-constexpr std::size_t mostNamed = 8;
+constexpr std::size_t mostNamedLoops = 8;
 constexpr double timingTolerance = 0.25; ///< of the width of a pulse
 
 /// The levels of a complete pulse as a point of the picture.
@@ -216,7 +216,7 @@ QString nameOf(const Curve &curve, bool hasRepeats, bool hasLoops)
 
 void addCurves(Panel &panel, const std::vector<Curve> &curves, Panel::Style style)
 {
-    const bool isNamed = curves.size() > 1 && curves.size() <= mostNamed;
+    const bool isNamed = curves.size() > 1 && curves.size() <= mostNamedLoops;
     const bool hasRepeats = curves.back().repeat > 1;
     const bool hasLoops = std::any_of(curves.begin(), curves.end(), [](const Curve &curve) { return curve.loop > 1; });
     int index = 0;
