@@ -7,48 +7,89 @@ namespace client {
 
 namespace {
 
-constexpr int significantDigits = 17;
+constexpr double ticksPerSecond = 1e8;
+constexpr double microsecondsPerSecond = 1e6;
+constexpr int digitsOfTotal = 12;
+constexpr int digitsOfEstimate = 9;
 
-void appendNumber(QByteArray &line, double value)
+double rounded(double value, double partsOfUnit)
+{
+    return std::nearbyint(value * partsOfUnit) / partsOfUnit;
+}
+
+std::to_chars_result writeNumber(char *begin, char *end, double value, Precision precision)
+{
+    switch (precision) {
+    case Precision::Reading:
+        return std::to_chars(begin, end, static_cast<float>(value));
+    case Precision::Tick:
+        return std::to_chars(begin, end, rounded(value, ticksPerSecond));
+    case Precision::Microsecond:
+        return std::to_chars(begin, end, rounded(value, microsecondsPerSecond), std::chars_format::fixed);
+    case Precision::Total:
+        return std::to_chars(begin, end, value, std::chars_format::general, digitsOfTotal);
+    case Precision::Estimate:
+        return std::to_chars(begin, end, value, std::chars_format::general, digitsOfEstimate);
+    case Precision::Count:
+        break;
+    }
+    return std::to_chars(begin, end, std::llround(value));
+}
+
+void appendNumber(QByteArray &line, double value, Precision precision)
 {
     if (std::isnan(value)) {
         line += "NaN";
         return;
     }
-    char digits[32];
-    const auto result =
-        std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, significantDigits);
+    char digits[40];
+    const auto result = writeNumber(digits, digits + sizeof digits, value, precision);
     line.append(digits, static_cast<int>(result.ptr - digits));
 }
 
 } // namespace
 
-QByteArray csvNumber(double value)
+qint64 csvTick(double seconds)
+{
+    return std::llround(seconds * ticksPerSecond);
+}
+
+double csvSeconds(qint64 tick)
+{
+    return static_cast<double>(tick) / ticksPerSecond;
+}
+
+QByteArray csvNumber(double value, Precision precision)
 {
     QByteArray text;
-    appendNumber(text, value);
+    appendNumber(text, value, precision);
     return text;
 }
 
-bool CsvFile::create(const QString &path, const QStringList &headings)
+bool CsvFile::create(const QString &path, const std::vector<CsvColumn> &columns)
 {
+    _columns = columns;
     _file.setFileName(path);
     if (!_file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
         _error = QStringLiteral("%1: %2").arg(path, _file.errorString());
         return false;
     }
-    check(_file.write(headings.join(QLatin1Char(',')).toUtf8() + '\n') > 0);
+    for (const CsvColumn &column : columns)
+        _line += (_line.isEmpty() ? QByteArray() : QByteArray(",")) + column.heading;
+    check(_file.write(_line + '\n') > 0);
     flush();
     return _error.isEmpty();
 }
 
 void CsvFile::append(std::initializer_list<double> row)
 {
+    Q_ASSERT(row.size() == _columns.size());
     _line.resize(0);
+    auto column = _columns.begin();
     for (const double value : row) {
         if (!_line.isEmpty())
             _line += ',';
-        appendNumber(_line, value);
+        appendNumber(_line, value, (column++)->precision);
     }
     _line += '\n';
     check(_file.write(_line) == _line.size());

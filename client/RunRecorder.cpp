@@ -13,43 +13,66 @@ namespace client {
 
 namespace {
 
-constexpr int recordVersion = 1;
+constexpr int recordVersion = 2;
+constexpr double coulombsOfAmpereHour = 3600.0;
 
 // Names of the Battery Data Format where it has them.
-const QStringList dcHeadings{
-    QStringLiteral("Test Time / s"),      QStringLiteral("Voltage / V"),
-    QStringLiteral("Current / A"),        QStringLiteral("Counter Electrode Voltage / V"),
-    QStringLiteral("Temperature / degC"), QStringLiteral("Charge / C"),
-    QStringLiteral("Net Charge / C"),     QStringLiteral("Step Count / 1"),
-    QStringLiteral("Cycle Count / 1"),
+const std::vector<CsvColumn> dcColumns{
+    {"Test Time / s", Precision::Tick},
+    {"Unix Time / s", Precision::Microsecond},
+    {"Voltage / V", Precision::Reading},
+    {"Current / A", Precision::Reading},
+    {"Cycle Count / 1", Precision::Count},
+    {"Step Count / 1", Precision::Count},
+    {"Step / 1", Precision::Count},
+    {"Charging Capacity / Ah", Precision::Total},
+    {"Discharging Capacity / Ah", Precision::Total},
+    {"Net Capacity / Ah", Precision::Total},
+    {"Charging Energy / Wh", Precision::Estimate},
+    {"Discharging Energy / Wh", Precision::Estimate},
+    {"Temperature T1 / degC", Precision::Reading},
+    {"Counter Electrode Voltage / V", Precision::Reading},
 };
 
-const QStringList acHeadings{
-    QStringLiteral("Test Time / s"),
-    QStringLiteral("Frequency / Hz"),
-    QStringLiteral("Absolute Impedance / Ohm"),
-    QStringLiteral("Real Impedance / Ohm"),
-    QStringLiteral("Imaginary Impedance / Ohm"),
-    QStringLiteral("Phase / deg"),
-    QStringLiteral("Total Harmonic Distortion / %"),
-    QStringLiteral("Number of Periods / 1"),
-    QStringLiteral("Voltage Bias / V"),
-    QStringLiteral("Current Bias / A"),
-    QStringLiteral("Current Amplitude / A"),
-    QStringLiteral("Voltage Amplitude / V"),
-    QStringLiteral("Step Count / 1"),
-    QStringLiteral("Cycle Count / 1"),
+const std::vector<CsvColumn> acColumns{
+    {"Test Time / s", Precision::Tick},
+    {"Unix Time / s", Precision::Microsecond},
+    {"Voltage / V", Precision::Reading},
+    {"Current / A", Precision::Reading},
+    {"Cycle Count / 1", Precision::Count},
+    {"Step Count / 1", Precision::Count},
+    {"Step / 1", Precision::Count},
+    {"Frequency / Hz", Precision::Reading},
+    {"Real Impedance / ohm", Precision::Reading},
+    {"Imaginary Impedance / ohm", Precision::Reading},
+    {"Absolute Impedance / ohm", Precision::Reading},
+    {"Phase / deg", Precision::Reading},
+    {"Voltage Amplitude / V", Precision::Reading},
+    {"Current Amplitude / A", Precision::Reading},
+    {"Total Harmonic Distortion / %", Precision::Reading},
+    {"Number of Periods / 1", Precision::Reading},
 };
+
+/// Half of what the sum of magnitudes and the signed sum leave, free of what rounding leaves below zero.
+double capacityOf(double coulombs)
+{
+    return coulombs < 0.0 ? 0.0 : coulombs / 2.0 / coulombsOfAmpereHour;
+}
+
+Json contentOf(const RunSetup &setup)
+{
+    const QByteArray plain = plainJson(setup.experimentText);
+    return Json::parse(plain.begin(), plain.end(), nullptr, false);
+}
 
 Json experimentJson(const RunSetup &setup)
 {
-    const QByteArray content = plainJson(setup.experimentText);
     const QByteArray digest = QCryptographicHash::hash(setup.experimentText, QCryptographicHash::Sha256).toHex();
     return {{"file", text(setup.experimentPath)},
             {"name", text(setup.experimentName)},
             {"description", text(setup.experimentDescription)},
             {"sha256", digest.toStdString()},
-            {"content", Json::parse(content.begin(), content.end(), nullptr, false)}};
+            {"content", contentOf(setup)}};
 }
 
 Json utcText(const QDateTime &utc)
@@ -80,37 +103,64 @@ bool RunRecorder::create(const QString &folder, const RunSetup &setup)
 {
     _folder = QFileInfo(folder).absoluteFilePath();
     _setup = setup;
+    _steps = StepCounter(programSteps(contentOf(setup)));
     if (!QDir().mkpath(_folder)) {
         _error = QStringLiteral("%1: cannot be made").arg(_folder);
         return false;
     }
-    if (!_dc.create(QDir(_folder).filePath(QStringLiteral("dc.csv")), dcHeadings))
+    if (!_dc.create(QDir(_folder).filePath(QStringLiteral("dc.csv")), dcColumns))
         return false;
     writeSummary(RunState::Running, {});
     return error().isEmpty();
 }
 
+void RunRecorder::setStart(const QDateTime &utc)
+{
+    _startUtc = utc;
+    _startUnix = static_cast<double>(utc.toMSecsSinceEpoch()) / 1000.0;
+}
+
 void RunRecorder::beginElement(const VekExperimentNode &node)
 {
-    _node = node;
-    _marks.push_back({node, _dc.rowCount(), _ac.rowCount()});
+    _steps.begin(node);
+    _marks.push_back({node, _steps.stepCount(), _steps.cycleCount(), _dc.rowCount(), _ac.rowCount()});
 }
 
 void RunRecorder::addDc(const VekDCData &data)
 {
-    _dc.append({data.timestamp, data.workingElectrodeVoltage, data.current, data.counterElectrodeVoltage,
-                data.temperature, data.cumulativeChargeAbs, data.cumulativeChargeNet,
-                static_cast<double>(_node.stepNumber), static_cast<double>(_node.cycleNumber)});
+    const qint64 tick = csvTick(data.timestamp);
+    if (tick == _lastDcTick)
+        return;
+    _lastDcTick = tick;
+    const double voltage = data.workingElectrodeVoltage;
+    _energy.add(data.timestamp, voltage, data.current, _steps.stepCount());
+    _dc.append({data.timestamp, unixTime(data.timestamp), voltage, data.current, double(_steps.cycleCount()),
+                double(_steps.stepCount()), double(_steps.node().stepNumber),
+                capacityOf(data.cumulativeChargeAbs + data.cumulativeChargeNet),
+                capacityOf(data.cumulativeChargeAbs - data.cumulativeChargeNet),
+                data.cumulativeChargeNet / coulombsOfAmpereHour, _energy.charging(), _energy.discharging(),
+                data.temperature, data.counterElectrodeVoltage});
 }
 
 void RunRecorder::addAc(const VekACData &data)
 {
-    if (!_ac.isOpen() && !_ac.create(QDir(_folder).filePath(QStringLiteral("ac.csv")), acHeadings))
+    if (!_ac.isOpen() && !_ac.create(QDir(_folder).filePath(QStringLiteral("ac.csv")), acColumns))
         return;
-    _ac.append({data.timestamp, data.frequency, data.absoluteImpedance, data.realImpedance, data.imagImpedance,
-                data.phaseAngle, data.totalHarmonicDistortion, data.numberOfCycles, data.dcVoltageBias,
-                data.dcCurrentBias, data.currentAmplitude, data.voltageAmplitude, static_cast<double>(_node.stepNumber),
-                static_cast<double>(_node.cycleNumber)});
+    const qint64 tick = csvTick(data.timestamp);
+    const bool sharesRecord = tick <= _lastAcTick && tick >= _acRecordTick;
+    _lastAcTick = sharesRecord ? _lastAcTick + 1 : tick;
+    _acRecordTick = tick;
+    const double time = csvSeconds(_lastAcTick);
+    _ac.append({time, unixTime(time), data.dcVoltageBias, data.dcCurrentBias, double(_steps.cycleCount()),
+                double(_steps.stepCount()), double(_steps.node().stepNumber), data.frequency, data.realImpedance,
+                data.imagImpedance, data.absoluteImpedance, data.phaseAngle, data.voltageAmplitude,
+                data.currentAmplitude, data.totalHarmonicDistortion, data.numberOfCycles});
+}
+
+/// Not a number while the start is not known.
+double RunRecorder::unixTime(double testTime) const
+{
+    return _startUnix + testTime;
 }
 
 void RunRecorder::flush()
@@ -143,6 +193,8 @@ QByteArray RunRecorder::summary(RunState state, const QString &endMessage) const
                             {"stepNumber", mark.node.stepNumber},
                             {"cycleNumber", mark.node.cycleNumber},
                             {"substepNumber", mark.node.substepNumber},
+                            {"stepCount", mark.stepCount},
+                            {"cycleCount", mark.cycleCount},
                             {"firstDcRow", mark.dcRow},
                             {"firstAcRow", mark.acRow}});
     }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "CsvFile.h"
+#include "EnergyMeter.h"
 #include "ExperimentFile.h"
+#include "StepCounter.h"
 #include "VekACData.h"
 #include "VekDCData.h"
 #include "VekExperimentNode.h"
@@ -10,6 +12,7 @@
 #include <QDateTime>
 #include <QString>
 
+#include <limits>
 #include <vector>
 
 namespace client {
@@ -33,6 +36,11 @@ enum class RunState { Running, Completed, Stopped, Interrupted, DeviceLost };
  * run.json is there from the start, in the state "running", and is replaced as a whole at the end. Rows are on their
  * way to the disk after flush(); call it at least once a second.
  *
+ * No two rows of a table have the same test time. The last sample of a step and the first of the next may: the end of a
+ * step is kept, which comes first and tells by what it ended, and of the next step only what comes at a later time.
+ * Impedance points of several tones share the record that they were measured with, and none of them may go: the second
+ * is told a tick later than the first, and so on.
+ *
  * @failure A failed write ends up in error() and does not end the run: the other files go on.
  */
 class RunRecorder
@@ -41,7 +49,7 @@ public:
     /// Makes the folder, which may exist but must hold no run, and its files.
     bool create(const QString &folder, const RunSetup &setup);
 
-    void setStart(const QDateTime &utc) { _startUtc = utc; }
+    void setStart(const QDateTime &utc);
     void beginElement(const VekExperimentNode &node);
     void addDc(const VekDCData &data);
     void addAc(const VekACData &data);
@@ -52,26 +60,34 @@ public:
     QString folder() const { return _folder; }
     qint64 dcRowCount() const { return _dc.rowCount(); }
     qint64 acRowCount() const { return _ac.rowCount(); }
-    const VekExperimentNode &node() const { return _node; }
+    const VekExperimentNode &node() const { return _steps.node(); }
     QString error() const;
 
 private:
     /// Where in the data an element begins.
     struct ElementMark {
         VekExperimentNode node;
+        int stepCount;
+        int cycleCount;
         qint64 dcRow; ///< its first row, from 0
         qint64 acRow;
     };
 
+    double unixTime(double testTime) const;
     QByteArray summary(RunState state, const QString &endMessage) const;
     void writeSummary(RunState state, const QString &endMessage);
 
     QString _folder;
     RunSetup _setup;
     QDateTime _startUtc;
+    double _startUnix = std::numeric_limits<double>::quiet_NaN();
     CsvFile _dc;
     CsvFile _ac;
-    VekExperimentNode _node;
+    StepCounter _steps;
+    EnergyMeter _energy;
+    qint64 _lastDcTick = std::numeric_limits<qint64>::min();
+    qint64 _lastAcTick = std::numeric_limits<qint64>::min();
+    qint64 _acRecordTick = std::numeric_limits<qint64>::min(); // of the record of that point, as the instrument told it
     std::vector<ElementMark> _marks;
     QString _error;
 };

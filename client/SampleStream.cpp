@@ -22,13 +22,10 @@ constexpr int readerCheckMs = 500;
 
 QByteArray lineOf(const VekDCData &data)
 {
-    QByteArray line;
-    for (const double value :
-         {data.timestamp, data.workingElectrodeVoltage, data.current, data.counterElectrodeVoltage, data.temperature}) {
-        if (!line.isEmpty())
-            line += ',';
-        line += csvNumber(value);
-    }
+    QByteArray line = csvNumber(data.timestamp, Precision::Tick);
+    for (const double reading :
+         {data.workingElectrodeVoltage, data.current, data.counterElectrodeVoltage, data.temperature})
+        line += ',' + csvNumber(reading, Precision::Reading);
     return line;
 }
 

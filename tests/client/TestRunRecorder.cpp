@@ -43,15 +43,19 @@ VekDCData sampleOf(double time, double voltage, double current)
 
 } // namespace
 
+Q_DECLARE_METATYPE(client::Precision)
+
 class TestRunRecorder : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase();
-    void numbersKeepEveryDigitInACommaLocale_data();
-    void numbersKeepEveryDigitInACommaLocale();
-    void rowsCarryStepAndCycle();
+    void numbersAreAsFineAsTheirSource_data();
+    void numbersAreAsFineAsTheirSource();
+    void rowsSayWhatTheyAre();
+    void noTwoRowsShareATime();
+    void energyFollowsTheSignOfTheCurrent();
     void rowsAreOnTheDiskAfterAFlush();
     void summaryTellsTheRun();
     void impedanceMakesItsOwnFile();
@@ -71,37 +75,102 @@ void TestRunRecorder::initTestCase()
     QLocale::setDefault(QLocale(QLocale::German));
 }
 
-void TestRunRecorder::numbersKeepEveryDigitInACommaLocale_data()
+void TestRunRecorder::numbersAreAsFineAsTheirSource_data()
 {
     QTest::addColumn<double>("value");
+    QTest::addColumn<Precision>("precision");
     QTest::addColumn<QByteArray>("text");
-    QTest::newRow("tenth") << 0.1 << QByteArray("0.10000000000000001");
-    QTest::newRow("third") << 1.0 / 3.0 << QByteArray("0.33333333333333331");
-    QTest::newRow("small") << -1e-9 << QByteArray("-1.0000000000000001e-09");
-    QTest::newRow("whole") << 12.0 << QByteArray("12");
-    QTest::newRow("unknown") << -std::numeric_limits<double>::quiet_NaN() << QByteArray("NaN");
+    QTest::newRow("reading") << double(0.1f) << Precision::Reading << QByteArray("0.1");
+    QTest::newRow("reading of every digit") << double(1.0f / 3.0f) << Precision::Reading << QByteArray("0.33333334");
+    QTest::newRow("small reading") << double(-1.5e-9f) << Precision::Reading << QByteArray("-1.5e-09");
+    QTest::newRow("no reading") << -std::numeric_limits<double>::quiet_NaN() << Precision::Reading << QByteArray("NaN");
+    QTest::newRow("no current") << std::numeric_limits<double>::infinity() << Precision::Reading << QByteArray("inf");
+    QTest::newRow("time") << 0.0099999999999997868 << Precision::Tick << QByteArray("0.01");
+    // 25,000,000 s are ten months: 87,500,001 ticks of the cycler's clock are still told from 87,500,002
+    QTest::newRow("late tick") << 25000001.0 + 1.0 / 8.75e7 << Precision::Tick << QByteArray("25000001.00000001");
+    QTest::newRow("late tick, the next") << 25000001.0 + 2.0 / 8.75e7 << Precision::Tick
+                                         << QByteArray("25000001.00000002");
+    QTest::newRow("host time") << 1795620000.1234567 << Precision::Microsecond << QByteArray("1795620000.123457");
+    QTest::newRow("host time of a full second") << 1800000000.0 << Precision::Microsecond << QByteArray("1800000000");
+    QTest::newRow("total") << 5.0 / 3600.0 << Precision::Total << QByteArray("0.00138888888889");
+    QTest::newRow("count") << 100000.0 << Precision::Count << QByteArray("100000");
 }
 
-void TestRunRecorder::numbersKeepEveryDigitInACommaLocale()
+void TestRunRecorder::numbersAreAsFineAsTheirSource()
 {
     QFETCH(double, value);
+    QFETCH(Precision, precision);
     QFETCH(QByteArray, text);
-    QCOMPARE(csvNumber(value), text);
+    QCOMPARE(csvNumber(value, precision), text);
 }
 
-void TestRunRecorder::rowsCarryStepAndCycle()
+void TestRunRecorder::rowsSayWhatTheyAre()
 {
     const QString folder = _home.filePath("rows");
     RunRecorder recorder;
     QVERIFY(recorder.create(folder, setupOf()));
-    recorder.beginElement({"Constant Current", 2, 5, 0});
-    recorder.addDc(sampleOf(1.5, 3.25, -0.5));
+    recorder.setStart(QDateTime::fromMSecsSinceEpoch(1000250, Qt::UTC));
+    recorder.beginElement({"Open Circuit Potential", 1, 1, 0});
+    recorder.beginElement({"Constant Current", 2, 1, 0});
+    VekDCData data = sampleOf(1.5, 3.25, -0.5);
+    data.temperature = qQNaN();
+    data.counterElectrodeVoltage = -0.75;
+    data.cumulativeChargeAbs = 7200.0; // 1.5 Ah in, 0.5 Ah out
+    data.cumulativeChargeNet = 3600.0;
+    recorder.addDc(data);
     QVERIFY(recorder.finish(RunState::Completed, "Experiment completed"));
     QCOMPARE(contentOf(folder + "/dc.csv"),
-             QByteArray("Test Time / s,Voltage / V,Current / A,Counter Electrode Voltage / V,Temperature / degC,"
-                        "Charge / C,Net Charge / C,Step Count / 1,Cycle Count / 1\n"
-                        "1.5,3.25,-0.5,0,0,0,0,2,5\n"));
+             QByteArray("Test Time / s,Unix Time / s,Voltage / V,Current / A,Cycle Count / 1,Step Count / 1,Step / 1,"
+                        "Charging Capacity / Ah,Discharging Capacity / Ah,Net Capacity / Ah,Charging Energy / Wh,"
+                        "Discharging Energy / Wh,Temperature T1 / degC,Counter Electrode Voltage / V\n"
+                        "1.5,1001.75,3.25,-0.5,1,2,2,1.5,0.5,1,0,0.000677083333,NaN,-0.75\n"));
     QVERIFY(!QFile::exists(folder + "/ac.csv"));
+}
+
+// The end of a step and the beginning of the next may be one moment; only the end tells by what the step ended.
+void TestRunRecorder::noTwoRowsShareATime()
+{
+    const QString folder = _home.filePath("moments");
+    RunRecorder recorder;
+    QVERIFY(recorder.create(folder, setupOf()));
+    recorder.beginElement({"Constant Current", 1, 1, 0});
+    recorder.addDc(sampleOf(1.0, 4.2, 1.0));
+    recorder.beginElement({"Constant Potential", 2, 1, 0});
+    recorder.addDc(sampleOf(1.0 + 1e-9, 4.1, -1.0)); // the same tick, subtracted from another start
+    recorder.addDc(sampleOf(1.0 + 2e-8, 4.0, -1.0));
+    VekACData point;
+    point.timestamp = 2.0;
+    for (const double frequency : {1.0, 3.0, 5.0}) { // tones of one record
+        point.frequency = frequency;
+        recorder.addAc(point);
+    }
+    point.timestamp = 2.5;
+    recorder.addAc(point);
+    QVERIFY(recorder.finish(RunState::Completed, "Experiment completed"));
+    const auto columnOf = [&folder](const char *file, int column) {
+        QByteArrayList values;
+        for (const QByteArray &line : contentOf(folder + file).trimmed().split('\n').mid(1))
+            values.append(line.split(',')[column]);
+        return values.join(' ');
+    };
+    QCOMPARE(columnOf("/dc.csv", 0), QByteArray("1 1.00000002"));
+    QCOMPARE(columnOf("/dc.csv", 2), QByteArray("4.2 4"));
+    QCOMPARE(columnOf("/ac.csv", 0), QByteArray("2 2.00000001 2.00000002 2.5"));
+    QCOMPARE(columnOf("/ac.csv", 7), QByteArray("1 3 5 5"));
+}
+
+void TestRunRecorder::energyFollowsTheSignOfTheCurrent()
+{
+    EnergyMeter meter;
+    meter.add(3600.0, 2.0, 1.0, 1);   // since the start of the step: 2 Wh
+    meter.add(7200.0, 4.0, 1.0, 1);   // 3 Wh
+    meter.add(10800.0, 4.0, -1.0, 1); // passes zero half-way: 1 Wh in, 1 Wh out
+    meter.add(14400.0, 3.0, 2.0, 2);  // another step: 6 Wh, and nothing of the discharge before
+    meter.add(18000.0, qQNaN(), 2.0, 2);
+    meter.add(21600.0, 3.0, 2.0, 2); // nothing is known of the power before
+    meter.add(25200.0, 3.0, 2.0, 2); // 6 Wh
+    QCOMPARE(meter.charging(), 18.0);
+    QCOMPARE(meter.discharging(), 1.0);
 }
 
 void TestRunRecorder::rowsAreOnTheDiskAfterAFlush()
@@ -111,7 +180,7 @@ void TestRunRecorder::rowsAreOnTheDiskAfterAFlush()
     QVERIFY(recorder.create(folder, setupOf()));
     recorder.addDc(sampleOf(1.0, 2.0, 3.0));
     recorder.flush();
-    QVERIFY(contentOf(folder + "/dc.csv").endsWith("\n1,2,3,0,0,0,0,0,0\n"));
+    QVERIFY(contentOf(folder + "/dc.csv").contains("\n1,NaN,2,3,1,0,0,"));
     QCOMPARE(summaryOf(folder)["state"], Json("running"));
 }
 
@@ -150,9 +219,23 @@ void TestRunRecorder::impedanceMakesItsOwnFile()
     point.frequency = 1000.0;
     point.realImpedance = 50.0;
     point.imagImpedance = -25.0;
+    point.absoluteImpedance = 55.9;
+    point.phaseAngle = -26.5;
+    point.dcVoltageBias = 0.5;
+    point.dcCurrentBias = 0.25;
+    point.voltageAmplitude = 0.01;
+    point.currentAmplitude = 0.02;
+    point.totalHarmonicDistortion = 1.5;
+    point.numberOfCycles = 8.0;
+    recorder.beginElement({"Potentiostatic EIS", 1, 1, 0});
     recorder.addAc(point);
     QVERIFY(recorder.finish(RunState::Completed, "Experiment completed"));
-    QVERIFY(contentOf(folder + "/ac.csv").endsWith("\n0,1000,0,50,-25,0,0,0,0,0,0,0,0,0\n"));
+    QCOMPARE(contentOf(folder + "/ac.csv"),
+             QByteArray("Test Time / s,Unix Time / s,Voltage / V,Current / A,Cycle Count / 1,Step Count / 1,Step / 1,"
+                        "Frequency / Hz,Real Impedance / ohm,Imaginary Impedance / ohm,Absolute Impedance / ohm,"
+                        "Phase / deg,Voltage Amplitude / V,Current Amplitude / A,Total Harmonic Distortion / %,"
+                        "Number of Periods / 1\n"
+                        "0,NaN,0.5,0.25,1,1,1,1000,50,-25,55.9,-26.5,0.01,0.02,1.5,8\n"));
 }
 
 void TestRunRecorder::aFolderWithARunIsNotOverwritten()
@@ -165,7 +248,7 @@ void TestRunRecorder::aFolderWithARunIsNotOverwritten()
     RunRecorder second;
     QVERIFY(!second.create(folder, setupOf()));
     QVERIFY(second.error().contains("dc.csv"));
-    QVERIFY(contentOf(folder + "/dc.csv").contains("\n1,2,3"));
+    QVERIFY(contentOf(folder + "/dc.csv").contains("\n1,NaN,2,3"));
 }
 
 NIMBRELLE_TEST_MAIN(TestRunRecorder)

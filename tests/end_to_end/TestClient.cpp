@@ -18,6 +18,8 @@ constexpr int NoConnection = 3; // exit codes of the program
 constexpr int Refused = 4;
 constexpr int Interrupted = 130;
 
+constexpr int StreamedVoltage = 1; // its column in what monitor and manual print
+
 QString simulated(const char *text)
 {
     return QStringLiteral("A connection with the device could not be successfully established because ") +
@@ -153,9 +155,16 @@ void TestClient::runsAndRecordsWhatTheCellDoes()
         integral += row[Current] * (row[Time] - table[index - 1][Time]);
     }
     // 3 x (2 mA x 5 s - 1 mA x 5 s)
-    QVERIFY(qAbs(table.last()[NetCharge] - 0.015) < 1e-4 * 0.015);
-    QVERIFY(qAbs(integral - table.last()[NetCharge]) < 5e-3 * 0.015); // rows begin a sample late
-    QVERIFY(qAbs(table.last()[Charge] - 0.045) < 1e-4 * 0.045);
+    const QVector<double> &last = table.last();
+    QVERIFY(qAbs(3600.0 * last[NetCapacity] - 0.015) < 1e-4 * 0.015);
+    QVERIFY(qAbs(integral - 3600.0 * last[NetCapacity]) < 5e-3 * 0.015); // rows begin a sample late
+    QVERIFY(qAbs(3600.0 * last[ChargingCapacity] - 0.03) < 1e-4 * 0.03);
+    QVERIFY(qAbs(3600.0 * last[DischargingCapacity] - 0.015) < 1e-4 * 0.015);
+    // 3 x 2 V x 2 mA x 5 s; at -1 V and -1 mA power is positive, and what flows back takes it along
+    QVERIFY(qAbs(3600.0 * last[ChargingEnergy] - 0.06) < 1e-3 * 0.06);
+    QVERIFY(qAbs(3600.0 * last[DischargingEnergy] + 0.015) < 1e-3 * 0.015);
+    QCOMPARE(last[Cycle], 3.0);
+    QCOMPARE(last[StepCount], 7.0);
 
     const QJsonObject record = summary(folder);
     QCOMPARE(record["state"].toString(), QStringLiteral("completed"));
@@ -313,9 +322,11 @@ void TestClient::runsLinkedChannelsAsOne()
         return qAbs(measured - expected) < 1e-6 * qAbs(expected);
     };
     const auto parallel = rows(folder + "/channel-0/dc.csv").last();
-    QVERIFY(agrees(parallel[Current], 0.8) && agrees(parallel[Voltage], 1.6) && agrees(parallel[NetCharge], 1.6));
+    QVERIFY(agrees(parallel[Current], 0.8) && agrees(parallel[Voltage], 1.6) &&
+            agrees(3600.0 * parallel[NetCapacity], 1.6));
     const auto bipolar = rows(folder + "/channel-4/dc.csv").last();
-    QVERIFY(agrees(bipolar[Current], -0.2) && agrees(bipolar[Voltage], -2.0) && agrees(bipolar[NetCharge], -0.8));
+    QVERIFY(agrees(bipolar[Current], -0.2) && agrees(bipolar[Voltage], -2.0) &&
+            agrees(3600.0 * bipolar[NetCapacity], -0.8));
     QCOMPARE(rowCount(folder + "/channel-4/dc.csv"), 40);
 }
 
@@ -354,7 +365,7 @@ void TestClient::monitorsAnIdleChannel()
     const QByteArrayList lines = client.output().trimmed().split('\n');
     QCOMPARE(lines.size(), 4);
     QVERIFY(lines.first().startsWith("Time / s,Voltage / V,"));
-    QVERIFY(lines.last().split(',').at(Voltage).toDouble() > 2.0); // a battery at rest
+    QVERIFY(lines.last().split(',').at(StreamedVoltage).toDouble() > 2.0); // a battery at rest
 }
 
 void TestClient::holdsASetPointByHand()
@@ -364,7 +375,7 @@ void TestClient::holdsASetPointByHand()
         {"manual", simulator.portName(), "--voltage", "-500 mV", "--interval", "50 ms", "--duration", "2 s"});
     QCOMPARE(client.finish(), 0);
     const QByteArrayList last = client.output().trimmed().split('\n').last().split(',');
-    QVERIFY(qAbs(last.at(Voltage).toDouble() + 0.5) < 1e-3);
+    QVERIFY(qAbs(last.at(StreamedVoltage).toDouble() + 0.5) < 1e-3);
     QVERIFY(qAbs(last.at(Current).toDouble() + 0.0005) < 1e-6);
     // The cell is disconnected when the program has ended.
     ClientProcess next({"monitor", simulator.portName(), "--count", "1"});

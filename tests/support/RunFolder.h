@@ -8,7 +8,22 @@
 namespace RunFolder {
 
 /// Positions of the columns of dc.csv.
-enum Column { Time, Voltage, Current, CounterVoltage, Temperature, Charge, NetCharge, Step, Cycle };
+enum Column {
+    Time,
+    UnixTime,
+    Voltage,
+    Current,
+    Cycle,
+    StepCount,
+    Step,
+    ChargingCapacity,
+    DischargingCapacity,
+    NetCapacity,
+    ChargingEnergy,
+    DischargingEnergy,
+    Temperature,
+    CounterVoltage,
+};
 
 /// All complete rows of a CSV file behind its headings; none when it cannot be read.
 QVector<QVector<double>> rows(const QString &path);

@@ -1,0 +1,110 @@
+#include "StepCounter.h"
+
+#include <algorithm>
+
+namespace client {
+
+namespace {
+
+constexpr const char *mottSchottky = "MottSchottky";
+constexpr const char *watchingElements[] = {"OpenCircuit", "EISPotentiostatic", "EISGalvanostatic", mottSchottky};
+
+bool isRepeated(const Json &element)
+{
+    const auto repeats = element.find("repeats");
+    return repeats != element.end() && repeats->is_number() && repeats->get<double>() > 1.0;
+}
+
+void addSteps(const Json &elements, std::vector<int> &groups, int &groupCount, std::vector<ProgramStep> &steps)
+{
+    for (const Json &each : elements) {
+        if (!each.is_object())
+            continue;
+        const bool isGroup = isRepeated(each);
+        if (isGroup)
+            groups.push_back(++groupCount);
+        if (each.contains("group"))
+            addSteps(each["group"], groups, groupCount, steps);
+        else
+            steps.push_back({each.value("element", std::string()), groups});
+        if (isGroup)
+            groups.pop_back();
+    }
+}
+
+bool onlyWatches(const ProgramStep &step)
+{
+    return std::find(std::begin(watchingElements), std::end(watchingElements), step.className) !=
+           std::end(watchingElements);
+}
+
+} // namespace
+
+std::vector<ProgramStep> programSteps(const Json &experiment)
+{
+    std::vector<ProgramStep> steps;
+    std::vector<int> groups;
+    int groupCount = 0;
+    if (experiment.is_object() && experiment.contains("elements"))
+        addSteps(experiment["elements"], groups, groupCount, steps);
+    return steps;
+}
+
+void StepCounter::begin(const VekExperimentNode &node)
+{
+    if (!continuesStep(node)) {
+        ++_stepCount;
+        _cycleCount += beginsCycle(node) ? 1 : 0;
+        const ProgramStep *next = step(node.stepNumber);
+        if (!next || !onlyWatches(*next)) {
+            _place = node.stepNumber;
+            _hasSweptCycles = false;
+        }
+        _node.substepNumber = 0;
+    }
+    countSweepCycles(node.substepNumber);
+    _node = node;
+}
+
+const ProgramStep *StepCounter::step(int number) const
+{
+    const auto index = static_cast<std::size_t>(number - 1);
+    return number >= 1 && index < _program.size() ? &_program[index] : nullptr;
+}
+
+bool StepCounter::continuesStep(const VekExperimentNode &node) const
+{
+    const bool isBehindQuietTime = _node.stepName == QLatin1String("Quiet Time");
+    return node.stepNumber == _node.stepNumber && (node.cycleNumber == _node.cycleNumber || isBehindQuietTime);
+}
+
+bool StepCounter::beginsCycle(const VekExperimentNode &node) const
+{
+    const ProgramStep *next = step(node.stepNumber);
+    if (node.stepNumber == _node.stepNumber)
+        return !next || next->className != mottSchottky;
+    if (node.stepNumber < _node.stepNumber)
+        return true; // the program goes forward but for its repetitions
+    return next && !onlyWatches(*next) && leavesCycles(*next);
+}
+
+bool StepCounter::leavesCycles(const ProgramStep &next) const
+{
+    const ProgramStep *last = step(_place);
+    if (!last)
+        return false;
+    const bool leavesGroup = !last->groups.empty() && std::find(next.groups.begin(), next.groups.end(),
+                                                                last->groups.back()) == next.groups.end();
+    return leavesGroup || _hasSweptCycles;
+}
+
+void StepCounter::countSweepCycles(int substep)
+{
+    const int counted = std::max(1, _node.substepNumber);
+    if (substep <= counted)
+        return;
+    _cycleCount += substep - counted;
+    _hasSweptCycles = true;
+}
+
+} // namespace client
