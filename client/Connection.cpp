@@ -1,11 +1,11 @@
 #include "Connection.h"
 
 #include "Console.h"
+#include "EventWait.h"
 #include "SignalWatcher.h"
 #include "VekDeviceTracker.h"
 #include "VekInstrumentHandler.h"
 
-#include <QEventLoop>
 #include <QTimer>
 
 #include <algorithm>
@@ -22,16 +22,15 @@ constexpr int startUpTimeoutMs = 15000;
 template <typename Condition>
 void waitUntil(Condition isTrue)
 {
-    QEventLoop loop;
+    EventWait wait;
     QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+    QObject::connect(&poll, &QTimer::timeout, &wait, [&] {
         if (isTrue() || SignalWatcher::wasInterrupted())
-            loop.quit();
+            wait.end();
     });
-    QTimer::singleShot(startUpTimeoutMs, &loop, &QEventLoop::quit);
     poll.start(20);
     if (!isTrue())
-        loop.exec();
+        wait.exec(startUpTimeoutMs);
 }
 
 std::set<unsigned char> everyChannel()

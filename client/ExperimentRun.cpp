@@ -1,6 +1,7 @@
 #include "ExperimentRun.h"
 
 #include "Console.h"
+#include "RunSignals.h"
 #include "Units.h"
 #include "VekInstrumentHandler.h"
 
@@ -17,10 +18,11 @@ constexpr double nothingYet = std::numeric_limits<double>::quiet_NaN();
 
 } // namespace
 
-ExperimentRun::ExperimentRun(const VekInstrumentHandler &handler, unsigned char channel, RunRecorder &recorder,
-                             const RunProgress &progress, WhenUnrecorded whenUnrecorded)
-    : _handler(handler), _channel(channel), _recorder(recorder), _progress(progress), _whenUnrecorded(whenUnrecorded),
-      _lastVoltage(nothingYet), _lastCurrent(nothingYet), _lastFrequency(nothingYet)
+ExperimentRun::ExperimentRun(const VekInstrumentHandler &handler, RunSignals &handlerSignals, unsigned char channel,
+                             RunRecorder &recorder, const RunProgress &progress,
+                             WhenUnrecorded whenUnrecorded)
+    : _handler(handler), _signals(handlerSignals), _channel(channel), _recorder(recorder), _progress(progress),
+      _whenUnrecorded(whenUnrecorded), _lastVoltage(nothingYet), _lastCurrent(nothingYet), _lastFrequency(nothingYet)
 {
     _overdue.setSingleShot(true);
     _flush.setInterval(flushPeriodMs);
@@ -30,13 +32,13 @@ ExperimentRun::ExperimentRun(const VekInstrumentHandler &handler, unsigned char 
 
 VekErrorCode ExperimentRun::start()
 {
-    connectSignals();
+    _signals.add(*this);
     const VekErrorCode result = _handler.startUploadedExperiment(_channel);
     if (result == VekErrorCode::Success) {
         _overdue.start(beginTimeoutMs);
         _flush.start();
     } else {
-        disconnect(&_handler, nullptr, this, nullptr);
+        _signals.remove(*this);
     }
     return result;
 }
@@ -86,21 +88,9 @@ QString ExperimentRun::planWords() const
     return progressWords(*share, *_progress.secondsLeft(_lastTime) / pace);
 }
 
-void ExperimentRun::connectSignals()
+void ExperimentRun::noteStart()
 {
-    using Handler = VekInstrumentHandler;
-    connect(&_handler, &Handler::experimentStarting, this, &ExperimentRun::onExperimentStarting);
-    connect(&_handler, &Handler::experimentNewElementStarting, this, &ExperimentRun::onElementStarting);
-    connect(&_handler, &Handler::activeDCDataReady, this, &ExperimentRun::onDcDataReady);
-    connect(&_handler, &Handler::activeACDataReady, this, &ExperimentRun::onAcDataReady);
-    connect(&_handler, &Handler::experimentStopped, this, &ExperimentRun::onExperimentStopped);
-    connect(&_handler, &Handler::deviceError, this, &ExperimentRun::onDeviceError);
-    connect(&_handler, &Handler::deviceDisconnected, this, &ExperimentRun::onDeviceDisconnected);
-}
-
-void ExperimentRun::onExperimentStarting(unsigned char channel)
-{
-    if (channel != _channel || _hasStarted)
+    if (_hasStarted)
         return;
     _hasStarted = true;
     _sinceStart.start();
@@ -110,19 +100,15 @@ void ExperimentRun::onExperimentStarting(unsigned char channel)
                                      : QDateTime::currentDateTimeUtc());
 }
 
-void ExperimentRun::onElementStarting(unsigned char channel, const VekExperimentNode &node)
+void ExperimentRun::noteElement(const VekExperimentNode &node)
 {
-    if (channel != _channel)
-        return;
     noteSignOfLife();
     _progress.begin(node, _lastTime);
     _recorder.beginElement(node);
 }
 
-void ExperimentRun::onDcDataReady(unsigned char channel, const VekDCData &data)
+void ExperimentRun::noteDc(const VekDCData &data)
 {
-    if (channel != _channel)
-        return;
     _recorder.addDc(data);
     _lastTime = data.timestamp;
     _lastVoltage = data.workingElectrodeVoltage;
@@ -130,10 +116,8 @@ void ExperimentRun::onDcDataReady(unsigned char channel, const VekDCData &data)
     Q_EMIT progressed();
 }
 
-void ExperimentRun::onAcDataReady(unsigned char channel, const VekACData &data)
+void ExperimentRun::noteAc(const VekACData &data)
 {
-    if (channel != _channel)
-        return;
     _recorder.addAc(data);
     _lastTime = data.timestamp;
     _lastVoltage = data.dcVoltageBias;
@@ -142,10 +126,8 @@ void ExperimentRun::onAcDataReady(unsigned char channel, const VekACData &data)
     Q_EMIT progressed();
 }
 
-void ExperimentRun::onExperimentStopped(unsigned char channel, const QString &reason)
+void ExperimentRun::noteEnd(const QString &reason)
 {
-    if (channel != _channel)
-        return;
     if (_isInterrupted)
         finish(RunState::Interrupted, reason, Interrupted);
     else if (reason == QLatin1String("Experiment completed"))
@@ -154,13 +136,13 @@ void ExperimentRun::onExperimentStopped(unsigned char channel, const QString &re
         finish(RunState::Stopped, reason, Refused);
 }
 
-void ExperimentRun::onDeviceError(unsigned char channel, const QString &text)
+void ExperimentRun::tellDeviceError(const QString &text) const
 {
-    if (channel == _channel && _state == RunState::Running)
+    if (_state == RunState::Running)
         Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(_channel), text.simplified()));
 }
 
-void ExperimentRun::onDeviceDisconnected()
+void ExperimentRun::noteLoss()
 {
     finish(RunState::DeviceLost, QStringLiteral("The connection to the instrument was lost."), NoConnection);
 }
@@ -207,7 +189,7 @@ void ExperimentRun::finish(RunState state, const QString &message, ExitCode exit
         return;
     _overdue.stop();
     _flush.stop();
-    disconnect(&_handler, nullptr, this, nullptr);
+    _signals.remove(*this);
     _state = state;
     _endMessage = message;
     const bool isRecorded = _recorder.finish(state, message);

@@ -13,6 +13,8 @@ class VekInstrumentHandler;
 
 namespace client {
 
+class RunSignals;
+
 /**
  * One experiment on one channel, from its start to its end, with its record.
  *
@@ -28,9 +30,9 @@ public:
     /// What is done when the disk takes no more rows.
     enum class WhenUnrecorded { Stop, KeepGoing };
 
-    /// @p handler is borrowed and outlives the run; so does @p recorder, whose files are there.
-    ExperimentRun(const VekInstrumentHandler &handler, unsigned char channel, RunRecorder &recorder,
-                  const RunProgress &progress, WhenUnrecorded whenUnrecorded);
+    /// @p handler and @p handlerSignals are borrowed and outlive the run; so does @p recorder, whose files are there.
+    ExperimentRun(const VekInstrumentHandler &handler, RunSignals &handlerSignals, unsigned char channel,
+                  RunRecorder &recorder, const RunProgress &progress, WhenUnrecorded whenUnrecorded);
 
     /// Starts what was uploaded to the channel. @return the library's refusal; finished() then does not come
     VekErrorCode start();
@@ -44,29 +46,33 @@ public:
     RunState state() const { return _state; }
     QString endMessage() const { return _endMessage; }
 
+    /// @name What the instrument tells of the channel; RunSignals hands it on
+    /// @{
+    void noteStart();
+    void noteElement(const VekExperimentNode &node);
+    void noteDc(const VekDCData &data);
+    void noteAc(const VekACData &data);
+    void noteEnd(const QString &reason);
+    void tellDeviceError(const QString &text) const;
+    void noteLoss();
+    /// @}
+
 Q_SIGNALS:
     void finished();
     void progressed();
 
 private Q_SLOTS:
-    void onExperimentStarting(unsigned char channel);
-    void onElementStarting(unsigned char channel, const VekExperimentNode &node);
-    void onDcDataReady(unsigned char channel, const VekDCData &data);
-    void onAcDataReady(unsigned char channel, const VekACData &data);
-    void onExperimentStopped(unsigned char channel, const QString &reason);
-    void onDeviceError(unsigned char channel, const QString &text);
-    void onDeviceDisconnected();
     void onAnswerOverdue();
     void onFlushDue();
 
 private:
-    void connectSignals();
     void askForEnd();
     QString planWords() const;
     void noteSignOfLife();
     void finish(RunState state, const QString &message, ExitCode exitCode);
 
     const VekInstrumentHandler &_handler;
+    RunSignals &_signals;
     const unsigned char _channel;
     RunRecorder &_recorder;
     RunProgress _progress;

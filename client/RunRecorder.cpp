@@ -9,11 +9,14 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <algorithm>
+
 namespace client {
 
 namespace {
 
 constexpr int recordVersion = 2;
+constexpr std::size_t mostMarks = 10000; // about 3 MB of record
 constexpr double coulombsOfAmpereHour = 3600.0;
 
 // Names of the Battery Data Format where it has them.
@@ -103,7 +106,9 @@ bool RunRecorder::create(const QString &folder, const RunSetup &setup)
 {
     _folder = QFileInfo(folder).absoluteFilePath();
     _setup = setup;
-    _steps = StepCounter(programSteps(contentOf(setup)));
+    const std::vector<ProgramStep> program = programSteps(contentOf(setup));
+    _steps = StepCounter(program);
+    _isCycling = isCycling(program);
     if (!QDir().mkpath(_folder)) {
         _error = QStringLiteral("%1: cannot be made").arg(_folder);
         return false;
@@ -118,12 +123,18 @@ void RunRecorder::setStart(const QDateTime &utc)
 {
     _startUtc = utc;
     _startUnix = static_cast<double>(utc.toMSecsSinceEpoch()) / 1000.0;
+    if (_isCycling)
+        _cycles.open(QDir(_folder).filePath(QStringLiteral("cycles.csv")), _startUnix);
 }
 
 void RunRecorder::beginElement(const VekExperimentNode &node)
 {
     _steps.begin(node);
-    _marks.push_back({node, _steps.stepCount(), _steps.cycleCount(), _dc.rowCount(), _ac.rowCount()});
+    if (_marks.size() < mostMarks)
+        _marks.push_back({node, _steps.stepCount(), _steps.cycleCount(), _dc.rowCount(), _ac.rowCount()});
+    _isSummaryStale = true;
+    if (++_elementCount == 1)
+        flush(); // who looks in, or comes after a sudden end, finds the start
 }
 
 void RunRecorder::addDc(const VekDCData &data)
@@ -140,6 +151,17 @@ void RunRecorder::addDc(const VekDCData &data)
                 capacityOf(data.cumulativeChargeAbs - data.cumulativeChargeNet),
                 data.cumulativeChargeNet / coulombsOfAmpereHour, _energy.charging(), _energy.discharging(),
                 data.temperature, data.counterElectrodeVoltage});
+    addToCycle(data);
+}
+
+void RunRecorder::addToCycle(const VekDCData &data)
+{
+    const ProgramStep *step = _steps.step();
+    _cycles.add({data.timestamp, unixTime(data.timestamp), data.workingElectrodeVoltage, data.current,
+                 _steps.cycleCount(), step && !onlyWatches(*step),
+                 capacityOf(data.cumulativeChargeAbs + data.cumulativeChargeNet),
+                 capacityOf(data.cumulativeChargeAbs - data.cumulativeChargeNet), _energy.charging(),
+                 _energy.discharging()});
 }
 
 void RunRecorder::addAc(const VekACData &data)
@@ -167,10 +189,15 @@ void RunRecorder::flush()
 {
     _dc.flush();
     _ac.flush();
+    _cycles.flush();
+    if (isSummaryDue()) // behind the rows that it counts
+        writeSummary(RunState::Running, {});
 }
 
 bool RunRecorder::finish(RunState state, const QString &endMessage)
 {
+    _isSummaryStale = false;
+    _cycles.finish(state == RunState::Completed);
     flush();
     writeSummary(state, endMessage);
     return error().isEmpty();
@@ -178,7 +205,7 @@ bool RunRecorder::finish(RunState state, const QString &endMessage)
 
 QString RunRecorder::error() const
 {
-    for (const QString &each : {_error, _dc.error(), _ac.error()}) {
+    for (const QString &each : {_error, _dc.error(), _ac.error(), _cycles.error()}) {
         if (!each.isEmpty())
             return each;
     }
@@ -210,14 +237,25 @@ QByteArray RunRecorder::summary(RunState state, const QString &endMessage) const
         {"channel", _setup.channel},
         {"experiment", experimentJson(_setup)},
         {"elements", elements},
+        {"elementCount", _elementCount},
         {"counts", {{"dcRows", _dc.rowCount()}, {"acRows", _ac.rowCount()}}},
         {"signConvention", "A positive current is anodic at the working electrode; it charges a battery."},
     };
     return QByteArray::fromStdString(dump(record)) + '\n';
 }
 
+/// At once with the first element; then the time between two records grows with them, by a second for each 1,000.
+bool RunRecorder::isSummaryDue() const
+{
+    constexpr qint64 shortestPauseMs = 1000;
+    const auto pauseMs = std::max(shortestPauseMs, static_cast<qint64>(_marks.size()));
+    return _isSummaryStale && (_elementCount == 1 || _sinceSummary.hasExpired(pauseMs));
+}
+
 void RunRecorder::writeSummary(RunState state, const QString &endMessage)
 {
+    _isSummaryStale = false;
+    _sinceSummary.start();
     QSaveFile file(QDir(_folder).filePath(QStringLiteral("run.json")));
     const QByteArray record = summary(state, endMessage);
     // Flushed before it replaces the record that stands: what does not fit on the disk must not take its place.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CsvFile.h"
+#include "CycleTable.h"
 #include "EnergyMeter.h"
 #include "ExperimentFile.h"
 #include "StepCounter.h"
@@ -10,6 +11,7 @@
 #include "VekInstrumentDescription.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QString>
 
 #include <limits>
@@ -31,10 +33,14 @@ struct RunSetup {
 enum class RunState { Running, Completed, Stopped, Interrupted, DeviceLost };
 
 /**
- * The record of one run: a folder with dc.csv, ac.csv once there are impedance points, and run.json.
+ * The record of one run: a folder with dc.csv, ac.csv once there are impedance points, cycles.csv once a cycle of a
+ * battery is over, and run.json.
  *
- * run.json is there from the start, in the state "running", and is replaced as a whole at the end. Rows are on their
- * way to the disk after flush(); call it at least once a second.
+ * run.json is there from the start, in the state "running", and is replaced as a whole: when the first element begins,
+ * with the flushes behind further ones, at the end. Many repetitions must not make it the main thing that is written: the
+ * more elements it holds the rarer it is replaced, and it holds the first 10,000; the rows tell of the others.
+ *
+ * Rows are on their way to the disk after flush(); call it at least once a second.
  *
  * No two rows of a table have the same test time. The last sample of a step and the first of the next may: the end of a
  * step is kept, which comes first and tells by what it ended, and of the next step only what comes at a later time.
@@ -73,9 +79,11 @@ private:
         qint64 acRow;
     };
 
+    void addToCycle(const VekDCData &data);
     double unixTime(double testTime) const;
     QByteArray summary(RunState state, const QString &endMessage) const;
     void writeSummary(RunState state, const QString &endMessage);
+    bool isSummaryDue() const;
 
     QString _folder;
     RunSetup _setup;
@@ -85,10 +93,15 @@ private:
     CsvFile _ac;
     StepCounter _steps;
     EnergyMeter _energy;
+    CycleTable _cycles;
+    bool _isCycling = false;
     qint64 _lastDcTick = std::numeric_limits<qint64>::min();
     qint64 _lastAcTick = std::numeric_limits<qint64>::min();
     qint64 _acRecordTick = std::numeric_limits<qint64>::min(); // of the record of that point, as the instrument told it
     std::vector<ElementMark> _marks;
+    qint64 _elementCount = 0;
+    bool _isSummaryStale = false;
+    QElapsedTimer _sinceSummary;
     QString _error;
 };
 

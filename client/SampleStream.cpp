@@ -2,10 +2,9 @@
 
 #include "Console.h"
 #include "CsvFile.h"
+#include "EventWait.h"
 #include "SignalWatcher.h"
 #include "VekInstrumentHandler.h"
-
-#include <QEventLoop>
 
 #include <cerrno>
 #include <cstdio>
@@ -63,9 +62,9 @@ ExitCode SampleStream::run()
     if (SignalWatcher::wasInterrupted())
         return Interrupted;
     if (!_hasEnded) {
-        QEventLoop loop;
-        connect(this, &SampleStream::ended, &loop, &QEventLoop::quit);
-        loop.exec();
+        EventWait wait;
+        connect(this, &SampleStream::ended, &wait, &EventWait::end);
+        wait.exec();
     }
     return _exitCode;
 }

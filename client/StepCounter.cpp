@@ -15,6 +15,23 @@ bool isRepeated(const Json &element)
     return repeats != element.end() && repeats->is_number() && repeats->get<double>() > 1.0;
 }
 
+bool isBelowZero(const Json &value)
+{
+    if (value.is_number())
+        return value.get<double>() < 0.0;
+    return value.is_string() && QString::fromStdString(value.get<std::string>()).trimmed().startsWith(QLatin1Char('-'));
+}
+
+int directionOf(const Json &element)
+{
+    const std::string className = element.value("element", std::string());
+    if (className == "ConstantResistance")
+        return -1;
+    const char *const setPoint = className == "ConstantCurrent" ? "current" : "power";
+    const bool isLoad = className == "ConstantCurrent" || className == "ConstantPower";
+    return !isLoad || !element.contains(setPoint) ? 0 : isBelowZero(element[setPoint]) ? -1 : 1;
+}
+
 void addSteps(const Json &elements, std::vector<int> &groups, int &groupCount, std::vector<ProgramStep> &steps)
 {
     for (const Json &each : elements) {
@@ -26,11 +43,18 @@ void addSteps(const Json &elements, std::vector<int> &groups, int &groupCount, s
         if (each.contains("group"))
             addSteps(each["group"], groups, groupCount, steps);
         else
-            steps.push_back({each.value("element", std::string()), groups});
+            steps.push_back({each.value("element", std::string()), groups, directionOf(each)});
         if (isGroup)
             groups.pop_back();
     }
 }
+
+bool isIn(int group, const ProgramStep &step)
+{
+    return std::find(step.groups.begin(), step.groups.end(), group) != step.groups.end();
+}
+
+} // namespace
 
 bool onlyWatches(const ProgramStep &step)
 {
@@ -38,7 +62,16 @@ bool onlyWatches(const ProgramStep &step)
            std::end(watchingElements);
 }
 
-} // namespace
+bool isCycling(const std::vector<ProgramStep> &program)
+{
+    const auto discharges = [&program](int group) {
+        return std::any_of(program.begin(), program.end(),
+                           [group](const ProgramStep &step) { return step.direction < 0 && isIn(group, step); });
+    };
+    return std::any_of(program.begin(), program.end(), [&](const ProgramStep &step) {
+        return step.direction > 0 && std::any_of(step.groups.begin(), step.groups.end(), discharges);
+    });
+}
 
 std::vector<ProgramStep> programSteps(const Json &experiment)
 {

@@ -11,10 +11,17 @@ namespace client {
 struct ProgramStep {
     std::string className;   ///< "ConstantCurrent"
     std::vector<int> groups; ///< numbers of the repeated groups that it stands in, outermost first
+    int direction = 0;       ///< 1 when it charges, -1 when it discharges, 0 where the cell decides
 };
 
 /// The steps of an experiment file's content by step number minus 1; none where it is no experiment.
 std::vector<ProgramStep> programSteps(const Json &experiment);
+
+/// Whether the step does no more than watch the cell: a rest or an impedance.
+bool onlyWatches(const ProgramStep &step);
+
+/// Whether a battery is cycled: some repeated group both charges and discharges.
+bool isCycling(const std::vector<ProgramStep> &program);
 
 /**
  * Counts, from the announcements of an experiment, how often steps have been executed and how many cycles have begun.

@@ -1,9 +1,7 @@
 #include "StopChannel.h"
 
+#include "EventWait.h"
 #include "VekInstrumentHandler.h"
-
-#include <QEventLoop>
-#include <QTimer>
 
 #include <set>
 
@@ -18,31 +16,30 @@ constexpr int confirmationTimeoutMs = 5000;
 StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<int> &channels)
 {
     StopResults results;
-    QEventLoop loop;
+    EventWait wait;
     std::set<int> awaited; // an end; what is known to rest has none to tell
     for (const int channel : channels) {
         if (handler.channelReport(static_cast<unsigned char>(channel)) != VekChannelReport::Idle)
             awaited.insert(channel);
     }
     const auto isOver = [&] { return results.isLinkLost || awaited.empty(); };
-    QObject::connect(&handler, &VekInstrumentHandler::experimentStopped, &loop,
+    QObject::connect(&handler, &VekInstrumentHandler::experimentStopped, &wait,
                      [&](unsigned char channel, const QString &reason) {
                          results.ends.emplace(channel, reason);
                          awaited.erase(channel);
                          if (isOver())
-                             loop.quit();
+                             wait.end();
                      });
-    QObject::connect(&handler, &VekInstrumentHandler::deviceDisconnected, &loop, [&] {
+    QObject::connect(&handler, &VekInstrumentHandler::deviceDisconnected, &wait, [&] {
         results.isLinkLost = true;
-        loop.quit();
+        wait.end();
     });
     for (const int channel : channels) {
         if (handler.stopExperiment(static_cast<unsigned char>(channel)) != VekErrorCode::Success)
             results.isLinkLost = true; // nothing else refuses a stop
     }
-    QTimer::singleShot(confirmationTimeoutMs, &loop, &QEventLoop::quit);
     if (!isOver())
-        loop.exec();
+        wait.exec(confirmationTimeoutMs);
     return results;
 }
 

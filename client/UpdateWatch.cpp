@@ -1,11 +1,10 @@
 #include "UpdateWatch.h"
 
 #include "Console.h"
+#include "EventWait.h"
 #include "SignalWatcher.h"
 #include "TerminalText.h"
 #include "VekDeviceTracker.h"
-
-#include <QEventLoop>
 
 namespace client {
 
@@ -46,14 +45,14 @@ UpdateWatch::UpdateWatch()
 ExitCode UpdateWatch::waitForEnds(int count)
 {
     const auto isOver = [this, count] { return _isSilent || _succeeded + _failed >= count; };
-    QEventLoop loop;
-    connect(this, &UpdateWatch::changed, &loop, [&] {
+    EventWait wait;
+    connect(this, &UpdateWatch::changed, &wait, [&] {
         if (isOver())
-            loop.quit();
+            wait.end();
     });
     _silence.start();
     if (!isOver())
-        loop.exec();
+        wait.exec();
     Console::instance().endProgress();
     return !_isSilent && _failed == 0 ? Done : Refused;
 }

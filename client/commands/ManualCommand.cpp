@@ -2,13 +2,11 @@
 
 #include "Connection.h"
 #include "Console.h"
+#include "EventWait.h"
 #include "SampleStream.h"
 #include "SignalWatcher.h"
 #include "StopChannel.h"
 #include "VekInstrumentHandler.h"
-
-#include <QEventLoop>
-#include <QTimer>
 
 namespace client {
 
@@ -63,26 +61,25 @@ VekErrorCode ManualCommand::start(const VekInstrumentHandler &handler, unsigned 
     VekErrorCode result(
         VekErrorCode::ManualExperimentNotRunning,
         QStringLiteral("The instrument did not answer the start within %1 s.").arg(answerTimeoutMs / 1000));
-    QEventLoop loop;
+    EventWait wait;
     const auto decide = [&](unsigned char which, const VekErrorCode &verdict) {
         if (which != channel)
             return;
         result = verdict;
-        loop.quit();
+        wait.end();
     };
     using Handler = VekInstrumentHandler;
-    QObject::connect(&handler, &Handler::experimentStarting, &loop,
+    QObject::connect(&handler, &Handler::experimentStarting, &wait,
                      [&](unsigned char which) { decide(which, VekErrorCode::Success); });
-    QObject::connect(&handler, &Handler::experimentStopped, &loop, [&](unsigned char which, const QString &reason) {
+    QObject::connect(&handler, &Handler::experimentStopped, &wait, [&](unsigned char which, const QString &reason) {
         decide(which, VekErrorCode(VekErrorCode::ChannelBusy, reason));
     });
-    QObject::connect(&handler, &Handler::deviceDisconnected, &loop,
+    QObject::connect(&handler, &Handler::deviceDisconnected, &wait,
                      [&] { decide(channel, VekErrorCode::DeviceNotFound); });
     const VekErrorCode refusal = handler.startManualExperiment(channel);
     if (refusal != VekErrorCode::Success)
         return refusal;
-    QTimer::singleShot(answerTimeoutMs, &loop, &QEventLoop::quit);
-    loop.exec();
+    wait.exec(answerTimeoutMs);
     if (result == VekErrorCode::ManualExperimentNotRunning)
         stopChannel(handler, channel);
     return result;

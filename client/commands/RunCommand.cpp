@@ -2,11 +2,13 @@
 
 #include "Connection.h"
 #include "Console.h"
+#include "EventWait.h"
 #include "ExperimentCheck.h"
 #include "ExperimentFile.h"
 #include "ExperimentRun.h"
 #include "JsonOutput.h"
 #include "RunRecorder.h"
+#include "RunSignals.h"
 #include "SignalWatcher.h"
 #include "TerminalText.h"
 #include "VekExperimentPlan.h"
@@ -14,7 +16,6 @@
 #include "plots/RunPlots.h"
 
 #include <QDir>
-#include <QEventLoop>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -246,7 +247,7 @@ ExitCode RunCommand::start(const Connection &connection, Task &task) const
     }
     const auto channel = static_cast<unsigned char>(task.channel);
     const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
-    task.run = std::make_unique<ExperimentRun>(connection.handler(), channel, *task.recorder, RunProgress(plan),
+    task.run = std::make_unique<ExperimentRun>(connection.handler(), *_signals, channel, *task.recorder, RunProgress(plan),
                                                _keepsGoing ? ExperimentRun::WhenUnrecorded::KeepGoing
                                                            : ExperimentRun::WhenUnrecorded::Stop);
     const VekErrorCode result = task.run->start();
@@ -259,6 +260,8 @@ ExitCode RunCommand::start(const Connection &connection, Task &task) const
 
 ExitCode RunCommand::startAll(const Connection &connection)
 {
+    _signals = std::make_unique<RunSignals>(connection.handler());
+    connection.handler().setLastSampleOfNodeReported(true); // the end of a step is on record whatever its interval
     for (Task &task : _tasks) {
         const ExitCode failure = start(connection, task);
         if (!failure)
@@ -271,24 +274,24 @@ ExitCode RunCommand::startAll(const Connection &connection)
 
 void RunCommand::wait()
 {
-    QEventLoop loop;
+    EventWait wait;
     for (const Task &task : _tasks) {
         if (!task.run)
             continue;
         const ExperimentRun &run = *task.run;
-        QObject::connect(&run, &ExperimentRun::progressed, &loop, [this, &run] {
+        QObject::connect(&run, &ExperimentRun::progressed, &wait, [this, &run] {
             Console::instance().progress([&](int room) { return progressLines(run, room); });
         });
-        QObject::connect(&run, &ExperimentRun::finished, &loop, [this, &loop] {
+        QObject::connect(&run, &ExperimentRun::finished, &wait, [this, &wait] {
             if (isOver())
-                loop.quit();
+                wait.end();
         });
     }
-    QObject::connect(SignalWatcher::instance(), &SignalWatcher::interrupted, &loop, [this] { onInterrupted(); });
+    QObject::connect(SignalWatcher::instance(), &SignalWatcher::interrupted, &wait, [this] { onInterrupted(); });
     if (SignalWatcher::wasInterrupted())
         onInterrupted(); // while the experiments were being started
     if (!isOver())
-        loop.exec();
+        wait.exec();
     Console::instance().endProgress();
 }
 

@@ -15,6 +15,7 @@ namespace client {
 class Connection;
 class ExperimentRun;
 class RunRecorder;
+class RunSignals;
 struct ExperimentFile;
 
 /// Runs experiments on one or several channels and records them.
@@ -65,6 +66,7 @@ private:
     SafetyLimits _limits;
 
     std::vector<ExperimentFile> _files;
+    std::unique_ptr<RunSignals> _signals; // outlives the runs of the tasks
     std::vector<Task> _tasks;
 };
 

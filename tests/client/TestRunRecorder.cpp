@@ -58,6 +58,7 @@ private Q_SLOTS:
     void energyFollowsTheSignOfTheCurrent();
     void rowsAreOnTheDiskAfterAFlush();
     void summaryTellsTheRun();
+    void summaryKeepsUpWithTheElements();
     void impedanceMakesItsOwnFile();
     void aFolderWithARunIsNotOverwritten();
 
@@ -208,6 +209,38 @@ void TestRunRecorder::summaryTellsTheRun()
     QCOMPARE(summary["experiment"]["content"]["schemaVersion"], Json(1));
     // sha256sum of the text
     QCOMPARE(summary["experiment"]["sha256"].get<std::string>().size(), std::size_t(64));
+}
+
+// A sudden end leaves what is on the disk; many elements must not fill it with records.
+void TestRunRecorder::summaryKeepsUpWithTheElements()
+{
+    const QString folder = _home.filePath("elements");
+    RunRecorder recorder;
+    QVERIFY(recorder.create(folder, setupOf()));
+    QCOMPARE(summaryOf(folder)["recordVersion"], Json(2));
+    recorder.setStart(QDateTime::fromSecsSinceEpoch(0, Qt::UTC));
+    recorder.beginElement({"Constant Current", 1, 1, 0});
+    QCOMPARE(summaryOf(folder)["startUtc"], Json("1970-01-01T00:00:00.000Z"));
+    QCOMPARE(summaryOf(folder)["elements"].size(), std::size_t(1));
+
+    recorder.addDc(sampleOf(1.0, 1.0, 0.0));
+    recorder.beginElement({"Constant Current", 1, 2, 0});
+    recorder.flush();
+    QCOMPARE(summaryOf(folder)["elements"].size(), std::size_t(1)); // not a second has gone by
+    const auto secondMark = [&] {
+        recorder.flush();
+        const Json elements = summaryOf(folder)["elements"];
+        return elements.size() > 1 ? elements[1] : Json();
+    };
+    QTRY_VERIFY(!secondMark().is_null());
+    QCOMPARE(secondMark(), Json::parse(R"({"stepName": "Constant Current", "stepNumber": 1, "cycleNumber": 2,
+        "substepNumber": 0, "stepCount": 2, "cycleCount": 2, "firstDcRow": 1, "firstAcRow": 0})"));
+
+    for (int cycle = 3; cycle <= 20000; ++cycle)
+        recorder.beginElement({"Constant Current", 1, cycle, 0});
+    QVERIFY(recorder.finish(RunState::Completed, "Experiment completed"));
+    QCOMPARE(summaryOf(folder)["elements"].size(), std::size_t(10000));
+    QCOMPARE(summaryOf(folder)["elementCount"], Json(20000));
 }
 
 void TestRunRecorder::impedanceMakesItsOwnFile()

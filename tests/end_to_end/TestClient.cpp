@@ -18,7 +18,8 @@ constexpr int NoConnection = 3; // exit codes of the program
 constexpr int Refused = 4;
 constexpr int Interrupted = 130;
 
-constexpr int StreamedVoltage = 1; // its column in what monitor and manual print
+constexpr int StreamedVoltage = 1; // columns of what monitor and manual print
+constexpr int StreamedCurrent = 2;
 
 QString simulated(const char *text)
 {
@@ -257,7 +258,10 @@ void TestClient::aKilledClientLosesNothingOlderThanASecond()
     client.sendSignal(SIGKILL);
     client.finish();
     QVERIFY(rowCount(folder + "/dc.csv") >= before + 100);
-    QCOMPARE(summary(folder)["state"].toString(), QStringLiteral("running"));
+    const QJsonObject record = summary(folder);
+    QCOMPARE(record["state"].toString(), QStringLiteral("running"));
+    QVERIFY(record["startUtc"].isString());
+    QCOMPARE(record["elements"].toArray().size(), 1);
 }
 
 void TestClient::aLostDeviceIsToldOnce()
@@ -376,7 +380,7 @@ void TestClient::holdsASetPointByHand()
     QCOMPARE(client.finish(), 0);
     const QByteArrayList last = client.output().trimmed().split('\n').last().split(',');
     QVERIFY(qAbs(last.at(StreamedVoltage).toDouble() + 0.5) < 1e-3);
-    QVERIFY(qAbs(last.at(Current).toDouble() + 0.0005) < 1e-6);
+    QVERIFY(qAbs(last.at(StreamedCurrent).toDouble() + 0.0005) < 1e-6);
     // The cell is disconnected when the program has ended.
     ClientProcess next({"monitor", simulator.portName(), "--count", "1"});
     QCOMPARE(next.finish(), 0);

@@ -1,0 +1,74 @@
+#include "RunSignals.h"
+
+#include "ExperimentRun.h"
+#include "VekInstrumentHandler.h"
+
+namespace client {
+
+RunSignals::RunSignals(const VekInstrumentHandler &handler)
+{
+    using Handler = VekInstrumentHandler;
+    connect(&handler, &Handler::experimentStarting, this, &RunSignals::onExperimentStarting);
+    connect(&handler, &Handler::experimentNewElementStarting, this, &RunSignals::onElementStarting);
+    connect(&handler, &Handler::activeDCDataReady, this, &RunSignals::onDcDataReady);
+    connect(&handler, &Handler::activeACDataReady, this, &RunSignals::onAcDataReady);
+    connect(&handler, &Handler::experimentStopped, this, &RunSignals::onExperimentStopped);
+    connect(&handler, &Handler::deviceError, this, &RunSignals::onDeviceError);
+    connect(&handler, &Handler::deviceDisconnected, this, &RunSignals::onDeviceDisconnected);
+}
+
+void RunSignals::add(ExperimentRun &run)
+{
+    _runs[run.channel()] = &run;
+}
+
+void RunSignals::remove(const ExperimentRun &run)
+{
+    _runs[run.channel()] = nullptr;
+}
+
+void RunSignals::onExperimentStarting(unsigned char channel)
+{
+    if (ExperimentRun *const run = _runs[channel])
+        run->noteStart();
+}
+
+void RunSignals::onElementStarting(unsigned char channel, const VekExperimentNode &node)
+{
+    if (ExperimentRun *const run = _runs[channel])
+        run->noteElement(node);
+}
+
+void RunSignals::onDcDataReady(unsigned char channel, const VekDCData &data)
+{
+    if (ExperimentRun *const run = _runs[channel])
+        run->noteDc(data);
+}
+
+void RunSignals::onAcDataReady(unsigned char channel, const VekACData &data)
+{
+    if (ExperimentRun *const run = _runs[channel])
+        run->noteAc(data);
+}
+
+void RunSignals::onExperimentStopped(unsigned char channel, const QString &reason)
+{
+    if (ExperimentRun *const run = _runs[channel])
+        run->noteEnd(reason);
+}
+
+void RunSignals::onDeviceError(unsigned char channel, const QString &text)
+{
+    if (const ExperimentRun *const run = _runs[channel])
+        run->tellDeviceError(text);
+}
+
+void RunSignals::onDeviceDisconnected()
+{
+    for (ExperimentRun *const run : _runs) {
+        if (run)
+            run->noteLoss();
+    }
+}
+
+} // namespace client
