@@ -15,7 +15,7 @@ struct CycleMoment {
     double voltage = 0.0;
     double current = 0.0;
     int cycle = 1;
-    bool isDriven = false; ///< the row belongs to a step that does more than watch the cell
+    bool isDriven = false;         ///< the row belongs to a step that does more than watch the cell
     double chargingCapacity = 0.0; ///< Ah; NaN where it is not known
     double dischargingCapacity = 0.0;
     double chargingEnergy = 0.0; ///< Wh

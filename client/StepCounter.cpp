@@ -118,17 +118,18 @@ bool StepCounter::beginsCycle(const VekExperimentNode &node) const
         return !next || next->className != mottSchottky;
     if (node.stepNumber < _node.stepNumber)
         return true; // the program goes forward but for its repetitions
-    return next && !onlyWatches(*next) && leavesCycles(*next);
+    return next && !onlyWatches(*next) && endsCycle(*next);
 }
 
-bool StepCounter::leavesCycles(const ProgramStep &next) const
+bool StepCounter::endsCycle(const ProgramStep &next) const
 {
     const ProgramStep *last = step(_place);
     if (!last)
         return false;
     const bool leavesGroup = !last->groups.empty() && std::find(next.groups.begin(), next.groups.end(),
                                                                 last->groups.back()) == next.groups.end();
-    return leavesGroup || _hasSweptCycles;
+    const bool leadsIntoGroup = last->groups.empty() && !next.groups.empty();
+    return leavesGroup || leadsIntoGroup || _hasSweptCycles;
 }
 
 void StepCounter::countSweepCycles(int substep)

@@ -29,7 +29,8 @@ bool isCycling(const std::vector<ProgramStep> &program);
  * An execution is one pass of one element; a quiet time is part of the pass that it precedes. A cycle begins
  * - when the program jumps back: with each further pass of a repeated group or element,
  * - with each further cycle that a sweep announces inside its step; the way to its first vertex belongs to the first,
- * - when the program leaves a repeated group, or a sweep that counted cycles. What only watches the cell, a rest or an
+ * - when the program leaves a repeated group, or a sweep that counted cycles, and when it comes to the first group from
+ *   a step that did more than watch the cell: what charges a battery ahead of its cycles is none of theirs. What only watches the cell, a rest or an
  *   impedance, still belongs to the cycle behind which it stands.
  *
  * The instrument announces each potential of a Mott-Schottky measurement as another pass of its step: these are
@@ -53,7 +54,7 @@ private:
     const ProgramStep *step(int number) const;
     bool continuesStep(const VekExperimentNode &node) const;
     bool beginsCycle(const VekExperimentNode &node) const;
-    bool leavesCycles(const ProgramStep &next) const;
+    bool endsCycle(const ProgramStep &next) const;
     void countSweepCycles(int substep);
 
     std::vector<ProgramStep> _program;

@@ -53,6 +53,8 @@ void TestStepCounter::countsExecutionsAndCycles_data()
     row("one after the other", load + ',' + load, entering({1, 2}), "1/1 1/2");
     row("a group behind a rest", rest + ',' + repeated(load + ',' + load), entering({1, 2, 3, 2, 3}),
         "1/1 1/2 1/3 2/4 2/5");
+    row("a group behind a load and a rest", load + ',' + rest + ',' + repeated(load + ',' + load),
+        entering({1, 2, 3, 4, 3, 4}), "1/1 1/2 2/3 2/4 3/5 3/6");
     row("an element by itself", R"({"element": "ConstantCurrent", "repeats": 3})", entering({1, 1, 1}), "1/1 2/2 3/3");
     row("a rest behind a group, and a load behind that", repeated(load + ',' + load) + ',' + rest + ',' + load,
         entering({1, 2, 1, 2, 3, 4}), "1/1 1/2 2/3 2/4 2/5 3/6");
