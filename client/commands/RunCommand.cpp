@@ -126,6 +126,7 @@ int RunCommand::run()
     }
     if (SignalWatcher::wasInterrupted())
         return Interrupted;
+    connection.handler().setLastSampleOfNodeReported(true); // the moment that ends a step is on record
     const ExitCode failure = startAll(connection);
     wait();
     const ExitCode result = report();
@@ -261,7 +262,6 @@ ExitCode RunCommand::start(const Connection &connection, Task &task) const
 ExitCode RunCommand::startAll(const Connection &connection)
 {
     _signals = std::make_unique<RunSignals>(connection.handler());
-    connection.handler().setLastSampleOfNodeReported(true); // the end of a step is on record whatever its interval
     for (Task &task : _tasks) {
         const ExitCode failure = start(connection, task);
         if (!failure)

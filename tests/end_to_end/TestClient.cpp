@@ -38,6 +38,8 @@ private Q_SLOTS:
     void tellsEachRefusalWithCodeAndText_data();
     void tellsEachRefusalWithCodeAndText();
     void runsAndRecordsWhatTheCellDoes();
+    void recordsTheEndOfEachStep_data();
+    void recordsTheEndOfEachStep();
     void refusesABadFileBeforeThePort();
     void refusesWhatTheModelCannotDo();
     void aSafetyLimitEndsTheRun();
@@ -175,6 +177,39 @@ void TestClient::runsAndRecordsWhatTheCellDoes()
     for (const QJsonValue &each : record["elements"].toArray())
         elements << QString("%1/%2").arg(each["stepNumber"].toInt()).arg(each["cycleNumber"].toInt());
     QCOMPARE(elements, QStringList({"1/1", "2/1", "3/1", "2/2", "3/2", "2/3", "3/3"}));
+}
+
+void TestClient::recordsTheEndOfEachStep_data()
+{
+    QTest::addColumn<QString>("model");
+    QTest::newRow("main line") << "Alder_2_5";
+    QTest::newRow("battery cycler") << "Gale";
+}
+
+// An interval of 2 s is thinned by the host. Of 5 s it leaves the last one out, and of 1 s all there is.
+void TestClient::recordsTheEndOfEachStep()
+{
+    QFETCH(QString, model);
+    SimulatorProcess simulator({"--model", model, "--cell", "resistor:R=100", "--speed", "100"});
+    const QString folder = freshFolder();
+    const QString file = writeExperiment(
+        "{\"element\": \"ConstantCurrent\", \"current\": 0.01, \"samplingInterval\": 2, \"maxDuration\": 5},\n"
+        "{\"element\": \"ConstantCurrent\", \"current\": -0.01, \"samplingInterval\": 2, \"maxDuration\": 1},\n"
+        "{\"repeats\": 2, \"group\": [\n"
+        "{\"element\": \"ConstantCurrent\", \"current\": 0.01, \"samplingInterval\": 2, \"maxDuration\": 3},\n"
+        "{\"element\": \"ConstantCurrent\", \"current\": -0.01, \"samplingInterval\": 2, \"maxDuration\": 1}]}");
+    ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder});
+    QCOMPARE(client.finish(), 0);
+    const auto table = rows(folder + "/dc.csv");
+    QMap<int, double> ends;
+    for (const QVector<double> &row : table)
+        ends[int(row[StepCount])] = row[Time];
+    QCOMPARE(ends.size(), 6);
+    const QVector<double> expected{5, 6, 9, 10, 13, 14};
+    for (int step = 1; step <= 6; ++step)
+        QVERIFY2(qAbs(ends[step] - expected[step - 1]) < 0.02, qPrintable(QString::number(ends[step])));
+    QVERIFY(qAbs(table.last()[NetCapacity] * 3600.0 - 0.08) < 1e-3 * 0.08); // 0.05 - 0.01 + 2 x (0.03 - 0.01) C
+    QCOMPARE(rowCount(folder + "/cycles.csv"), 3); // ahead of the group, and its two passes
 }
 
 void TestClient::refusesABadFileBeforeThePort()
