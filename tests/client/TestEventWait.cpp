@@ -2,6 +2,7 @@
 
 #include "support/TestMain.h"
 
+#include <QElapsedTimer>
 #include <QThread>
 
 #include <memory>
@@ -62,7 +63,10 @@ void TestEventWait::anEndBeforeTheWaitCounts()
 {
     EventWait wait;
     wait.end();
+    QElapsedTimer clock;
+    clock.start();
     QVERIFY(wait.exec(hangMs));
+    QVERIFY(clock.elapsed() < hangMs);
 }
 
 NIMBRELLE_TEST_MAIN(TestEventWait)
