@@ -108,7 +108,7 @@ bool RunRecorder::create(const QString &folder, const RunSetup &setup)
     _setup = setup;
     const std::vector<ProgramStep> program = programSteps(contentOf(setup));
     _steps = StepCounter(program);
-    _isCycling = isCycling(program);
+    _isCycling = !cyclingGroups(program).empty();
     if (!QDir().mkpath(_folder)) {
         _error = QStringLiteral("%1: cannot be made").arg(_folder);
         return false;

@@ -1,6 +1,7 @@
 #include "StepCounter.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace client {
 
@@ -54,6 +55,17 @@ bool isIn(int group, const ProgramStep &step)
     return std::find(step.groups.begin(), step.groups.end(), group) != step.groups.end();
 }
 
+/// The smallest repeated group that both steps stand in; 0 without one.
+int innermostGroupOf(const ProgramStep &one, const ProgramStep &other)
+{
+    int innermost = 0;
+    for (const int group : one.groups) {
+        if (isIn(group, other))
+            innermost = group;
+    }
+    return innermost;
+}
+
 } // namespace
 
 bool onlyWatches(const ProgramStep &step)
@@ -62,15 +74,18 @@ bool onlyWatches(const ProgramStep &step)
            std::end(watchingElements);
 }
 
-bool isCycling(const std::vector<ProgramStep> &program)
+std::set<int> cyclingGroups(const std::vector<ProgramStep> &program)
 {
-    const auto discharges = [&program](int group) {
-        return std::any_of(program.begin(), program.end(),
-                           [group](const ProgramStep &step) { return step.direction < 0 && isIn(group, step); });
-    };
-    return std::any_of(program.begin(), program.end(), [&](const ProgramStep &step) {
-        return step.direction > 0 && std::any_of(step.groups.begin(), step.groups.end(), discharges);
-    });
+    std::set<int> charging;
+    std::set<int> discharging;
+    for (const ProgramStep &step : program) {
+        if (step.direction != 0)
+            (step.direction > 0 ? charging : discharging).insert(step.groups.begin(), step.groups.end());
+    }
+    std::set<int> both;
+    std::set_intersection(charging.begin(), charging.end(), discharging.begin(), discharging.end(),
+                          std::inserter(both, both.begin()));
+    return both;
 }
 
 std::vector<ProgramStep> programSteps(const Json &experiment)
@@ -114,10 +129,12 @@ bool StepCounter::continuesStep(const VekExperimentNode &node) const
 bool StepCounter::beginsCycle(const VekExperimentNode &node) const
 {
     const ProgramStep *next = step(node.stepNumber);
-    if (node.stepNumber == _node.stepNumber)
-        return !next || next->className != mottSchottky;
-    if (node.stepNumber < _node.stepNumber)
-        return true; // the program goes forward but for its repetitions
+    const ProgramStep *last = step(_node.stepNumber);
+    if (node.stepNumber == _node.stepNumber && next && next->className == mottSchottky)
+        return false;
+    const bool jumpsBack = node.stepNumber <= _node.stepNumber; // the program goes forward but for its repetitions
+    if (jumpsBack)
+        return !next || !last || countsCycles(innermostGroupOf(*next, *last));
     return next && !onlyWatches(*next) && endsCycle(*next);
 }
 
@@ -126,10 +143,16 @@ bool StepCounter::endsCycle(const ProgramStep &next) const
     const ProgramStep *last = step(_place);
     if (!last)
         return false;
-    const bool leavesGroup = !last->groups.empty() && std::find(next.groups.begin(), next.groups.end(),
-                                                                last->groups.back()) == next.groups.end();
-    const bool leadsIntoGroup = last->groups.empty() && !next.groups.empty();
+    const bool leavesGroup = std::any_of(last->groups.begin(), last->groups.end(),
+                                         [&](int group) { return !isIn(group, next) && countsCycles(group); });
+    const bool leadsIntoGroup = last->groups.empty() && std::any_of(next.groups.begin(), next.groups.end(),
+                                                                    [&](int group) { return countsCycles(group); });
     return leavesGroup || leadsIntoGroup || _hasSweptCycles;
+}
+
+bool StepCounter::countsCycles(int group) const
+{
+    return _cyclingGroups.empty() || _cyclingGroups.count(group) > 0;
 }
 
 void StepCounter::countSweepCycles(int substep)

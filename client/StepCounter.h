@@ -3,6 +3,8 @@
 #include "JsonOutput.h"
 #include "VekExperimentNode.h"
 
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace client {
@@ -20,8 +22,8 @@ std::vector<ProgramStep> programSteps(const Json &experiment);
 /// Whether the step does no more than watch the cell: a rest or an impedance.
 bool onlyWatches(const ProgramStep &step);
 
-/// Whether a battery is cycled: some repeated group both charges and discharges.
-bool isCycling(const std::vector<ProgramStep> &program);
+/// The repeated groups that both charge and discharge; none where no battery is cycled.
+std::set<int> cyclingGroups(const std::vector<ProgramStep> &program);
 
 /**
  * Counts, from the announcements of an experiment, how often steps have been executed and how many cycles have begun.
@@ -30,8 +32,11 @@ bool isCycling(const std::vector<ProgramStep> &program);
  * - when the program jumps back: with each further pass of a repeated group or element,
  * - with each further cycle that a sweep announces inside its step; the way to its first vertex belongs to the first,
  * - when the program leaves a repeated group, or a sweep that counted cycles, and when it comes to the first group from
- *   a step that did more than watch the cell: what charges a battery ahead of its cycles is none of theirs. What only watches the cell, a rest or an
- *   impedance, still belongs to the cycle behind which it stands.
+ *   a step that did more than watch the cell: what charges a battery ahead of its cycles is none of theirs. What only
+ *   watches the cell, a rest or an impedance, still belongs to the cycle behind which it stands.
+ *
+ * Of a battery that is cycled only the groups count that both charge and discharge: pulses that repeat inside a discharge
+ * are no cycles.
  *
  * The instrument announces each potential of a Mott-Schottky measurement as another pass of its step: these are
  * executions, and no cycles.
@@ -40,7 +45,10 @@ class StepCounter
 {
 public:
     StepCounter() = default;
-    explicit StepCounter(std::vector<ProgramStep> program) : _program(std::move(program)) {}
+    explicit StepCounter(std::vector<ProgramStep> program)
+        : _program(std::move(program)), _cyclingGroups(cyclingGroups(_program))
+    {
+    }
 
     void begin(const VekExperimentNode &node);
 
@@ -55,9 +63,11 @@ private:
     bool continuesStep(const VekExperimentNode &node) const;
     bool beginsCycle(const VekExperimentNode &node) const;
     bool endsCycle(const ProgramStep &next) const;
+    bool countsCycles(int group) const;
     void countSweepCycles(int substep);
 
     std::vector<ProgramStep> _program;
+    std::set<int> _cyclingGroups;
     VekExperimentNode _node;
     int _stepCount = 0;
     int _cycleCount = 1;

@@ -1,4 +1,4 @@
-#include "ListExperiment.h"
+#include "handlers/ListExperiment.h"
 #include "channels/ChannelHandler.h"
 #include "channels/NodeBeginning.h"
 #include "support/TestMain.h"

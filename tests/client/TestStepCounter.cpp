@@ -63,6 +63,13 @@ void TestStepCounter::countsExecutionsAndCycles_data()
         "1/1 2/2 3/3 4/4 5/5 6/6");
     row("a load, then a group in the same group", repeated(load + ',' + repeated(load)), entering({1, 2, 2, 1, 2, 2}),
         "1/1 1/2 2/3 3/4 3/5 4/6");
+    const QByteArray charge = R"({"element": "ConstantCurrent", "current": "1 A"})";
+    const QByteArray discharge = R"({"element": "ConstantCurrent", "current": "-1 A"})";
+    row("pulses in the discharge of a cycle",
+        charge + ',' + repeated(charge + ',' + repeated(discharge + ',' + rest) + ',' + discharge),
+        entering({1, 2, 3, 4, 3, 4, 5, 2, 3, 4, 3, 4, 5}), "1/1 2/2 2/3 2/4 2/5 2/6 2/7 3/8 3/9 3/10 3/11 3/12 3/13");
+    row("cycles of cycles", repeated(repeated(charge + ',' + discharge) + ',' + rest),
+        entering({1, 2, 1, 2, 3, 1, 2, 1, 2, 3}), "1/1 1/2 2/3 2/4 2/5 3/6 3/7 4/8 4/9 4/10");
     row("cycles of a sweep behind a quiet time", R"({"element": "CyclicVoltammetry"})",
         {{quiet, 1, 1, 0}, {sweep, 1, 2, 0}, {sweep, 1, 2, 1}, {sweep, 1, 2, 2}, {sweep, 1, 2, 3}},
         "1/1 1/1 1/1 2/1 3/1");
