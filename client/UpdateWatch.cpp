@@ -59,7 +59,8 @@ ExitCode UpdateWatch::waitForEnds(int count)
 
 void UpdateWatch::onNotification(const QString &notification)
 {
-    const QString text = printable(notification); // begins with the name that the instrument has
+    // Begins with the name that the instrument has, where a line end may still be.
+    const QString text = printable(QString(notification).remove(QLatin1Char('\n')));
     _silence.start();
     const int percent = progressIn(text);
     if (percent >= 0)

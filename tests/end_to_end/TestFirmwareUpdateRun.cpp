@@ -41,17 +41,15 @@ private Q_SLOTS:
 void TestFirmwareUpdateRun::refusedUpdatedConnected_data()
 {
     QTest::addColumn<QStringList>("model");
-    QTest::addColumn<QString>("found"); // by what name the bootloader is announced
-    QTest::newRow("Alder") << QStringList{"Alder_2_5"} << "Bench";
-    QTest::newRow("Ibis") << QStringList{"Ibis_2_4", "--channels", "2"} << "Bench";
-    // A cycler's bootloader is announced by the text of its hardware record, line end and all.
-    QTest::newRow("Gale") << QStringList{"Gale", "--channels", "4"} << "Bench\n";
+    QTest::newRow("Alder") << QStringList{"Alder_2_5"};
+    QTest::newRow("Ibis") << QStringList{"Ibis_2_4", "--channels", "2"};
+    // A cycler's bootloader is announced by the text of its hardware record, whose line end is not shown.
+    QTest::newRow("Gale") << QStringList{"Gale", "--channels", "4"};
 }
 
 void TestFirmwareUpdateRun::refusedUpdatedConnected()
 {
     QFETCH(QStringList, model);
-    QFETCH(QString, found);
     UpdateBench bench;
     const QString port = bench.plug(QStringList{"--name", "Bench", "--firmware", "old", "--model"} + model);
     const auto refusedClient = bench.client({"info", port});
@@ -65,11 +63,10 @@ void TestFirmwareUpdateRun::refusedUpdatedConnected()
 
     const auto updatingClient = bench.client({"update", port});
     QCOMPARE(updatingClient->finish(), 0);
-    QCOMPARE(updatingClient->errors(), initialized.arg("Bench") + starting.arg(found) + updated.arg("Bench"));
+    QCOMPARE(updatingClient->errors(), initialized.arg("Bench") + starting.arg("Bench") + updated.arg("Bench"));
     QCOMPARE(updatingClient->output(), QByteArray());
 
-    QVERIFY(UpdateBench::hasCome(port));
-    const auto connectedClient = bench.client({"info", port});
+    const auto connectedClient = bench.client({"info", port}); // at once: the update has waited for the restart
     QCOMPARE(connectedClient->finish(), 0);
     QVERIFY(connectedClient->output().startsWith("Name:      Bench\n"));
     const auto secondUpdate = bench.client({"update", port});
