@@ -151,7 +151,8 @@ void RunRecorder::addDc(const VekDCData &data)
                 capacityOf(data.cumulativeChargeAbs - data.cumulativeChargeNet),
                 data.cumulativeChargeNet / coulombsOfAmpereHour, _energy.charging(), _energy.discharging(),
                 data.temperature, data.counterElectrodeVoltage});
-    addToCycle(data);
+    if (_isCycling)
+        addToCycle(data);
 }
 
 void RunRecorder::addToCycle(const VekDCData &data)
