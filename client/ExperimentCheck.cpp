@@ -5,7 +5,7 @@
 #include "VekExperimentPlan.h"
 
 #include <algorithm>
-#include <set>
+#include <iterator>
 
 namespace client {
 
@@ -21,13 +21,36 @@ int lineOf(const ExperimentFile &file, const VekPlanComplaint &complaint)
     return property == element.propertyLines.end() ? element.line : property->second;
 }
 
-/// Whether a complaint says something that others do not: those that name a value say it better than those that do not.
-bool isNews(const ExperimentFile &file, const VekPlanComplaint &complaint, const std::set<int> &stepsWithNames)
+/// What a limit of a model is about, by a word of its text, and the unit in which a complaint that names a value tells it.
+struct SubjectRow {
+    const char *word;
+    const char *unit;
+};
+
+constexpr SubjectRow subjectRows[] = {
+    {"voltage", " V;"}, {"current", " A;"}, {"power", " W;"}, {"resistance", " Ohm;"}, {"sampling", " s;"},
+};
+
+/// Whether a complaint that names a value says better what one without a name says.
+bool isSaidBetter(const VekPlanComplaint &unnamed, const VekPlanComplaint &named)
+{
+    if (named.property().isEmpty() || named.stepNumber() != unnamed.stepNumber())
+        return false;
+    return std::any_of(std::begin(subjectRows), std::end(subjectRows), [&](const SubjectRow &row) {
+        return unnamed.text().contains(QLatin1String(row.word), Qt::CaseInsensitive) &&
+               named.text().contains(QLatin1String(row.unit));
+    });
+}
+
+bool isNews(const ExperimentFile &file, const VekPlanComplaint &complaint, const std::vector<VekPlanComplaint> &all)
 {
     if (complaint.stepNumber() == 0)
         return file.isUsable(); // what is wrong with the whole may come from what could not be read
-    const bool isNamed = !complaint.property().isEmpty() || stepsWithNames.count(complaint.stepNumber()) == 0;
-    return isNamed && file.elements.at(std::size_t(complaint.stepNumber()) - 1).isWhole;
+    if (!file.elements.at(std::size_t(complaint.stepNumber()) - 1).isWhole)
+        return false;
+    return !complaint.property().isEmpty() ||
+           std::none_of(all.begin(), all.end(),
+                        [&complaint](const VekPlanComplaint &each) { return isSaidBetter(complaint, each); });
 }
 
 } // namespace
@@ -35,14 +58,9 @@ bool isNews(const ExperimentFile &file, const VekPlanComplaint &complaint, const
 Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &plan)
 {
     const std::vector<VekPlanComplaint> ofModel = plan.complaints();
-    std::set<int> stepsWithNames;
-    for (const VekPlanComplaint &each : ofModel) {
-        if (!each.property().isEmpty())
-            stepsWithNames.insert(each.stepNumber());
-    }
     Complaints complaints = file.complaints;
     for (const VekPlanComplaint &each : ofModel) {
-        if (isNews(file, each, stepsWithNames))
+        if (isNews(file, each, ofModel))
             complaints.push_back({lineOf(file, each), each.text()});
     }
     std::stable_sort(complaints.begin(), complaints.end(),

@@ -262,14 +262,15 @@ private:
         return std::nullopt;
     }
 
-    /// The properties by which an element says that its voltages count from the open circuit.
-    static QString flagsOf(const ElementRow &row, const PropertyRow &property)
+    /// By what an element says that a voltage counts from the open circuit.
+    static QString flagWords(const ElementRow &row, const PropertyRow &property)
     {
         QStringList flags = row.propertyNames().filter(QStringLiteral("VsOCP"));
         const QString own = QLatin1String(property.name) + QStringLiteral("VsOCP");
         if (flags.contains(own))
             flags = QStringList(own);
-        return flags.join(QLatin1String("\" or \""));
+        return flags.isEmpty() ? QStringLiteral(", and this element cannot say it")
+                               : QStringLiteral(": \"%1\"").arg(flags.join(QLatin1String("\" or \"")));
     }
 
     std::optional<double> quantityOf(const JsonMember &member, const ElementRow &row, const PropertyRow &property)
@@ -285,8 +286,7 @@ private:
         const ParsedQuantity quantity = parseQuantity(member.value.text, property.dimension);
         if (quantity.isValid())
             return quantity.value;
-        const QString flags =
-            quantity.isAgainstAnother ? QStringLiteral(": \"%1\"").arg(flagsOf(row, property)) : QString();
+        const QString flags = quantity.isAgainstOpenCircuit ? flagWords(row, property) : QString();
         complain(member.value.line, QStringLiteral("\"%1\": %2").arg(member.name, quantity.complaint + flags));
         return std::nullopt;
     }

@@ -19,8 +19,7 @@ constexpr double nothingYet = std::numeric_limits<double>::quiet_NaN();
 } // namespace
 
 ExperimentRun::ExperimentRun(const VekInstrumentHandler &handler, RunSignals &handlerSignals, unsigned char channel,
-                             RunRecorder &recorder, const RunProgress &progress,
-                             WhenUnrecorded whenUnrecorded)
+                             RunRecorder &recorder, const RunProgress &progress, WhenUnrecorded whenUnrecorded)
     : _handler(handler), _signals(handlerSignals), _channel(channel), _recorder(recorder), _progress(progress),
       _whenUnrecorded(whenUnrecorded), _lastVoltage(nothingYet), _lastCurrent(nothingYet), _lastFrequency(nothingYet)
 {

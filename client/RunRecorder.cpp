@@ -158,11 +158,10 @@ void RunRecorder::addDc(const VekDCData &data)
 void RunRecorder::addToCycle(const VekDCData &data)
 {
     const ProgramStep *step = _steps.step();
-    _cycles.add({data.timestamp, unixTime(data.timestamp), data.workingElectrodeVoltage, data.current,
-                 _steps.cycleCount(), step && !onlyWatches(*step),
-                 capacityOf(data.cumulativeChargeAbs + data.cumulativeChargeNet),
-                 capacityOf(data.cumulativeChargeAbs - data.cumulativeChargeNet), _energy.charging(),
-                 _energy.discharging()});
+    _cycles.add(
+        {data.timestamp, unixTime(data.timestamp), data.workingElectrodeVoltage, data.current, _steps.cycleCount(),
+         step && !onlyWatches(*step), capacityOf(data.cumulativeChargeAbs + data.cumulativeChargeNet),
+         capacityOf(data.cumulativeChargeAbs - data.cumulativeChargeNet), _energy.charging(), _energy.discharging()});
 }
 
 void RunRecorder::addAc(const VekACData &data)

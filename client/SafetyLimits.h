@@ -5,6 +5,7 @@
 #include <optional>
 
 class VekInstrumentHandler;
+struct VekInstrumentDescription;
 
 namespace client {
 
@@ -17,7 +18,9 @@ struct SafetyLimits {
     std::optional<double> maxTemperature; ///< degrees Celsius
 
     bool isEmpty() const;
-    /// Sends them to the instrument. @return the first refusal
+    /// Whether an instrument can reach them at all: one that never trips is worse than none. @return with the range
+    VekErrorCode check(const VekInstrumentDescription &instrument) const;
+    /// Checks them and sends them to the instrument. @return the first refusal
     VekErrorCode apply(const VekInstrumentHandler &handler, unsigned char channel) const;
     /// The same, and takes away what is not set.
     VekErrorCode replace(const VekInstrumentHandler &handler, unsigned char channel) const;

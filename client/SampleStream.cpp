@@ -4,6 +4,7 @@
 #include "CsvFile.h"
 #include "EventWait.h"
 #include "SignalWatcher.h"
+#include "TerminalText.h"
 #include "VekInstrumentHandler.h"
 
 #include <cerrno>
@@ -117,7 +118,7 @@ void SampleStream::onExperimentStopped(unsigned char channel, const QString &rea
     if (channel != _channel || _hasEnded)
         return;
     _hasStopped = true;
-    Console::instance().error(reason);
+    Console::instance().error(printable(reason));
     end(Refused);
 }
 

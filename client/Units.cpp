@@ -75,11 +75,14 @@ struct SpellingRow {
 };
 
 constexpr SpellingRow spellingRows[] = {
-    {"hour", "h"},     {"hours", "h"},  {"hr", "h"},      {"hrs", "h"},        {"minute", "min"}, {"minutes", "min"},
-    {"mins", "min"},   {"second", "s"}, {"seconds", "s"}, {"sec", "s"},        {"secs", "s"},     {"day", "d"},
-    {"days", "d"},     {"volt", "V"},   {"volts", "V"},   {"ampere", "A"},     {"amperes", "A"},  {"amp", "A"},
-    {"amps", "A"},     {"ohms", "Ohm"}, {"ohm", "Ohm"},   {"watt", "W"},       {"watts", "W"},    {"coulomb", "C"},
-    {"coulombs", "C"}, {"hertz", "Hz"}, {"percent", "%"}, {"celsius", "degC"}, {"mah", "mAh"},    {"ah", "Ah"},
+    {"hour", "h"},         {"hours", "h"},         {"hr", "h"},         {"hrs", "h"},        {"minute", "min"},
+    {"minutes", "min"},    {"mins", "min"},        {"second", "s"},     {"seconds", "s"},    {"sec", "s"},
+    {"secs", "s"},         {"day", "d"},           {"days", "d"},       {"volt", "V"},       {"volts", "V"},
+    {"ampere", "A"},       {"amperes", "A"},       {"amp", "A"},        {"amps", "A"},       {"ohms", "Ohm"},
+    {"ohm", "Ohm"},        {"watt", "W"},          {"watts", "W"},      {"coulomb", "C"},    {"coulombs", "C"},
+    {"hertz", "Hz"},       {"percent", "%"},       {"celsius", "degC"}, {"mah", "mAh"},      {"msec", "ms"},
+    {"millisecond", "ms"}, {"milliseconds", "ms"}, {"milliamp", "mA"},  {"milliamps", "mA"}, {"millivolt", "mV"},
+    {"millivolts", "mV"},  {"microamp", "uA"},     {"microamps", "uA"}, {"ah", "Ah"},
 };
 
 struct Factor {
@@ -153,13 +156,22 @@ std::optional<double> rateIn(const QString &text)
         return {};
     const double times = match.captured(1).isEmpty() ? 1.0 : match.captured(1).toDouble();
     const double over = match.captured(2).isEmpty() ? 1.0 : match.captured(2).toDouble();
-    return times / over;
+    return times > 0.0 && over > 0.0 ? std::optional(times / over) : std::nullopt;
 }
 
-/// "0.1 V vs OCP"
-bool isAgainstAnother(const QString &text, Dimension dimension)
+/// What stands behind "vs" in "0.1 V vs OCP"; empty without it.
+QString reference(const QString &text)
 {
-    return dimension == Dimension::Voltage && text.contains(QStringLiteral(" vs"), Qt::CaseInsensitive);
+    static const QRegularExpression versus(QStringLiteral("\\bvs\\b\\.?\\s*(\\S.*)$"),
+                                           QRegularExpression::CaseInsensitiveOption);
+    return versus.match(text).captured(1).trimmed();
+}
+
+bool isOpenCircuit(const QString &reference)
+{
+    static const QStringList words{QStringLiteral("ocp"), QStringLiteral("ocv"), QStringLiteral("eoc"),
+                                   QStringLiteral("oc"), QStringLiteral("open circuit")};
+    return words.contains(reference.toLower());
 }
 
 /// What is wrong with a text that is no quantity for a reason that people are often caught by; empty for others.
@@ -168,16 +180,27 @@ QString commonMistake(const QString &text, Dimension dimension)
     static const QRegularExpression decimalComma(QStringLiteral("^(\\s*-?\\d+),(\\d+.*)$"));
     const QRegularExpressionMatch comma = decimalComma.match(text);
     if (comma.hasMatch())
-        return QStringLiteral("\"%1\" has a comma; the decimal sign is a point: \"%2.%3\"")
+        return QStringLiteral(
+                   "\"%1\" has a comma; the decimal sign is a point: \"%2.%3\", and thousands are not set apart: "
+                   "\"%2%3\"")
             .arg(text, comma.captured(1), comma.captured(2));
+    if (text.contains(QChar(0x2212)))
+        return QStringLiteral("the minus sign of \"%1\" is a long one; write \"-\"").arg(text);
+    if (text.trimmed().startsWith(QLatin1Char('+')))
+        return QStringLiteral("write \"%1\" without its plus sign").arg(text);
     const std::optional<double> rate = dimension == Dimension::Current ? rateIn(text) : std::nullopt;
     if (rate)
         return QStringLiteral("\"%1\" goes by the capacity of the cell, which is not known here; write the current, "
                               "of a cell of 1 Ah \"%2\"")
             .arg(text, formatQuantity(*rate, Dimension::Current));
-    if (isAgainstAnother(text, dimension))
-        return QStringLiteral("write \"%1\"; what a voltage counts from is said by a property of its own")
-            .arg(text.left(text.indexOf(QStringLiteral(" vs"), 0, Qt::CaseInsensitive)).trimmed());
+    const QString against = dimension == Dimension::Voltage ? reference(text) : QString();
+    const QString plain = text.left(text.indexOf(QStringLiteral("vs"), 0, Qt::CaseInsensitive)).trimmed();
+    if (isOpenCircuit(against))
+        return QStringLiteral("write \"%1\"; that it counts from the open circuit is said elsewhere").arg(plain);
+    if (!against.isEmpty()) // no advice to another zero: the cell would get another potential
+        return QStringLiteral(
+                   "a voltage counts from the reference electrode that is connected; if that is %1, write \"%2\"")
+            .arg(against, plain);
     return {};
 }
 
@@ -238,7 +261,7 @@ ParsedQuantity parseQuantity(const QString &text, Dimension dimension)
 {
     const QString mistake = commonMistake(text, dimension);
     if (!mistake.isEmpty())
-        return {0.0, mistake, isAgainstAnother(text, dimension)};
+        return {0.0, mistake, dimension == Dimension::Voltage && isOpenCircuit(reference(text))};
     const QByteArray bytes = text.trimmed().toUtf8();
     double number = 0.0;
     const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), number);

@@ -8,9 +8,9 @@ namespace client {
 
 /// A number read from a text, or the reason why there is none.
 struct ParsedQuantity {
-    double value = 0.0;            ///< in the base unit of its dimension
-    QString complaint;             ///< empty when the text was understood
-    bool isAgainstAnother = false; ///< the complaint is that a voltage "vs" something was written
+    double value = 0.0;                ///< in the base unit of its dimension
+    QString complaint;                 ///< empty when the text was understood
+    bool isAgainstOpenCircuit = false; ///< the complaint is that "vs OCP" was written
 
     bool isValid() const { return complaint.isEmpty(); }
 };

@@ -38,7 +38,9 @@ int ManualCommand::run()
     const VekInstrumentHandler &handler = connection.handler();
     const auto channel = static_cast<unsigned char>(_channel);
     SampleStream stream(handler, channel, SampleStream::Source::Active, {_duration, std::nullopt});
-    VekErrorCode refusal = start(handler, channel);
+    VekErrorCode refusal = _limits.check(connection.description());
+    if (refusal == VekErrorCode::Success)
+        refusal = start(handler, channel);
     if (refusal != VekErrorCode::Success) { // nothing of ours runs, so nothing is stopped
         Console::instance().error(refusalText(refusal));
         return Refused;

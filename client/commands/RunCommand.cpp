@@ -118,6 +118,11 @@ int RunCommand::run()
     Connection connection(QString::fromStdString(_port));
     if (const ExitCode failure = connection.openToDrive(drivenChannels()))
         return failure;
+    const VekErrorCode fault = _limits.check(connection.description());
+    if (fault != VekErrorCode::Success) {
+        Console::instance().error(refusalText(fault));
+        return exitCodeOf(fault);
+    }
     if (const ExitCode failure = isLinked ? linkChannels(connection) : Done)
         return failure;
     for (Task &task : _tasks) {
@@ -248,9 +253,9 @@ ExitCode RunCommand::start(const Connection &connection, Task &task) const
     }
     const auto channel = static_cast<unsigned char>(task.channel);
     const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
-    task.run = std::make_unique<ExperimentRun>(connection.handler(), *_signals, channel, *task.recorder, RunProgress(plan),
-                                               _keepsGoing ? ExperimentRun::WhenUnrecorded::KeepGoing
-                                                           : ExperimentRun::WhenUnrecorded::Stop);
+    task.run = std::make_unique<ExperimentRun>(
+        connection.handler(), *_signals, channel, *task.recorder, RunProgress(plan),
+        _keepsGoing ? ExperimentRun::WhenUnrecorded::KeepGoing : ExperimentRun::WhenUnrecorded::Stop);
     const VekErrorCode result = task.run->start();
     if (result == VekErrorCode::Success)
         return Done;

@@ -116,8 +116,12 @@ void TestExperimentFile::refusesWithLineAndSuggestion_data()
     QTest::newRow("voltage against the open circuit")
         << fileOf("{\"element\": \"ConstantPot\", \"samplingInterval\": 1, \"maxDuration\": 1,\n"
                   "\"potential\": \"0.1 V vs OCP\"}")
-        << "file:3: \"potential\": write \"0.1 V\"; what a voltage counts from is said by a property of its own: "
+        << "file:3: \"potential\": write \"0.1 V\"; that it counts from the open circuit is said elsewhere: "
            "\"voltageVsOCP\"";
+    QTest::newRow("limit against the open circuit")
+        << fileOf(head + "\"current\": 1, \"maxDuration\": 1, \"maxVoltage\": \"4 V vs OCP\"}")
+        << "file:3: \"maxVoltage\": write \"4 V\"; that it counts from the open circuit is said elsewhere, and this "
+           "element cannot say it";
     QTest::newRow("behind comments") << fileOf("// a comment with \"quotes\n/* and\n a long one */ {\"element\": 5}")
                                      << "file:4: \"element\" takes a text, not a number";
     QTest::newRow("comment without an end")
@@ -156,6 +160,9 @@ void TestExperimentFile::refusesWithLineAndSuggestion_data()
         << "file:3: \"voltageRange\" takes 0, 1, 2, 3, or 5 for automatic";
     QTest::newRow("repeats of nothing") << fileOf(head + "\"current\": 1, \"maxDuration\": 1, \"repeats\": 0}")
                                         << "file:3: \"repeats\" takes a whole number from 1 to 65535";
+    QTest::newRow("number at the end of its line")
+        << fileOf(head + "\"current\": 1, \"maxDuration\": 1, \"repeats\": 1.5\n\n}")
+        << "file:3: \"repeats\" takes a whole number from 1 to 65535";
     QTest::newRow("half a repeat") << fileOf(head + "\"current\": 1, \"maxDuration\": 1, \"repeats\": 1.5}")
                                    << "file:3: \"repeats\" takes a whole number from 1 to 65535";
     QTest::newRow("empty group") << fileOf("{\"group\": []}")

@@ -54,6 +54,7 @@ private Q_SLOTS:
     void refusesWhatCannotBeMeant_data();
     void refusesWhatCannotBeMeant();
     void placesComplaintsInTheFile();
+    void hidesNoComplaintBehindAnother();
     void complainsOfFileAndModelTogether();
     void placesComplaintsAtTheirProperty();
     void knowsModelsByNameAndNumber_data();
@@ -291,6 +292,22 @@ void TestExperimentPlan::placesComplaintsInTheFile()
     QCOMPARE(complaints.size(), std::size_t(1));
     QCOMPARE(complaints.front().line, 4);
     QVERIFY(complaints.front().text.contains("current is 2 A; the Alder takes values from -1 A to 1 A"));
+}
+
+/// A limit that no value is named for stands beside the complaints that name one.
+void TestExperimentPlan::hidesNoComplaintBehindAnother()
+{
+    const client::ExperimentFile file = client::parseExperiment(
+        "{\"schemaVersion\": 1, \"elements\": [{\"element\": \"EISPotentiostatic\", \"startFreq\": \"1 GHz\",\n"
+        "\"endFreq\": 1, \"stepsPerDecade\": 10, \"biasVoltage\": 30, \"amplitude\": 0.01}]}",
+        "file");
+    QVERIFY2(file.isUsable(), file.isUsable() ? "" : qPrintable(file.complaints.front().text));
+    QStringList texts;
+    for (const client::Complaint &each :
+         client::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, model)))
+        texts.append(each.text);
+    QVERIFY2(!texts.filter("frequency").isEmpty(), qPrintable(texts.join('\n')));
+    QVERIFY2(!texts.filter("biasVoltage").isEmpty(), qPrintable(texts.join('\n')));
 }
 
 /// What is wrong with the file and with what its other elements ask for comes at once.

@@ -116,6 +116,7 @@ void TestSystemChecks::asksInstrumentsAlone()
 {
     QVERIFY(looksLikeInstrument(0x04d8, "Brenmoor Apparatus"));
     QVERIFY(!looksLikeInstrument(0x04d8, "Microchip"));
+    QVERIFY(!looksLikeInstrument(0x1234, "Brenmoor Apparatus"));
     QVERIFY(!looksLikeInstrument(0, QString())); // a port on the mainboard
 }
 

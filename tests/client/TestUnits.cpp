@@ -87,8 +87,15 @@ void TestUnits::refusesWhatIsNoQuantity_data()
     row("C/5", Dimension::Current, "of a cell of 1 Ah \"200 mA\"");
     row("1C", Dimension::Current, "of a cell of 1 Ah \"1 A\"");
     row("0.5 C", Dimension::Current, "of a cell of 1 Ah \"500 mA\"");
-    row("0.1 V vs OCP", Dimension::Voltage, "write \"0.1 V\"; what a voltage counts from");
+    row("C/0", Dimension::Current, "does not begin with a number");
+    row("0.1 V vs OCP", Dimension::Voltage, "write \"0.1 V\"; that it counts from the open circuit");
+    row("1 V vs. Ag/AgCl", Dimension::Voltage,
+        "the reference electrode that is connected; if that is Ag/AgCl, write \"1 V\"");
     row("0,5 mA", Dimension::Current, "the decimal sign is a point: \"0.5 mA\"");
+    row("1,000 mA", Dimension::Current, "thousands are not set apart: \"1000 mA\"");
+    row("+5 mA", Dimension::Current, "without its plus sign");
+    row(u8"\u22125 mA", Dimension::Current, "write \"-\"");
+    row("100 msec", Dimension::Time, "is written \"ms\"");
     row("1 kmin", Dimension::Time, "is not a unit of a time");
     row("1,000,000 V", Dimension::Voltage, "has a comma");
     row("5 s", Dimension::Number, "\"s\" behind a number that has no unit");

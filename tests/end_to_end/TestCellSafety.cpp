@@ -101,6 +101,8 @@ private Q_SLOTS:
     void stopEndsWhatAnotherProgramStarted();
     void linksNoChannelThatIsNotThere_data();
     void linksNoChannelThatIsNotThere();
+    void limitsOutOfReachAreRefused_data();
+    void limitsOutOfReachAreRefused();
     void limitsOfAGroupStopIt();
     void aRunIsFreeOfTheLimitsOfBefore();
     void aFullDiskStopsTheExperiment_data();
@@ -194,8 +196,7 @@ void TestCellSafety::manualEndsWithTheCellOff_data()
     QTest::addColumn<int>("exitCode");
 
     QTest::newRow("two signals at once") << "100 ms" << 200 << false << Interrupted;
-    QTest::newRow("its reader stands still")
-        << "1 ms" << 60000 << false << Interrupted; // as a pager does; 65,536 fit
+    QTest::newRow("its reader stands still") << "1 ms" << 60000 << false << Interrupted; // as a pager does; 65,536 fit
     QTest::newRow("its reader goes") << "100 ms" << 200 << true << LocalFailure;
     QTest::newRow("its reader goes between rare samples") << "1 h" << 100 << true << LocalFailure;
 }
@@ -314,6 +315,40 @@ void TestCellSafety::linksNoChannelThatIsNotThere()
     QCOMPARE(client.finish(), BadInput);
     QVERIFY2(client.errors().contains(QStringLiteral("there is no channel %1").arg(missing)),
              qPrintable(client.errors()));
+    QVERIFY(!QFile::exists(folder));
+}
+
+void TestCellSafety::limitsOutOfReachAreRefused_data()
+{
+    QTest::addColumn<QStringList>("command");
+    QTest::addColumn<QString>("range");
+
+    const QStringList manual{"manual", "PORT", "--voltage", "1V"};
+    QTest::newRow("by hand") << manual + QStringList{"--max-voltage", "100V"} << "maxVoltage is 100 V; the Alder takes";
+    QTest::newRow("below") << manual + QStringList{"--min-current", "-50A"} << "minCurrent is -50 A; the Alder takes";
+    QTest::newRow("a run") << QStringList{"run", longRun(), "--port", "PORT", "--max-current", "100A"}
+                           << "maxCurrent is 100 A; the Alder takes";
+    QTest::newRow("crossing") << QStringList{"run",           longRun(), "--port",        "PORT",
+                                             "--max-voltage", "1V",      "--min-voltage", "2V"}
+                              << "minVoltage of 2 V lies above maxVoltage of 1 V";
+    QTest::newRow("of what runs") << QStringList{"limits", "PORT", "--channel", "0", "--max-voltage", "100V"}
+                                  << "maxVoltage is 100 V; the Alder takes";
+}
+
+/// A limit that never trips would be believed in.
+void TestCellSafety::limitsOutOfReachAreRefused()
+{
+    QFETCH(QStringList, command);
+    QFETCH(QString, range);
+    SimulatorProcess simulator({"--model", "Alder_2_5", "--channels", "1"});
+    command.replaceInStrings("PORT", simulator.portName());
+    const QString folder = freshFolder();
+    if (command.first() == "run")
+        command += QStringList{"--out", folder};
+    ClientProcess client(command);
+    QVERIFY(client.finish() > 0);
+    QVERIFY2(client.errors().contains(range), qPrintable(client.errors()));
+    QCOMPARE(client.errors().count('\n'), 1); // nothing was begun that had to be stopped
     QVERIFY(!QFile::exists(folder));
 }
 

@@ -42,6 +42,9 @@ private Q_SLOTS:
     void recordsTheEndOfEachStep();
     void refusesABadFileBeforeThePort();
     void refusesWhatTheModelCannotDo();
+    void namesTheFolderAfterTheExperiment();
+    void theWorstEndIsTheExitCode();
+    void aSafetyLimitEndsTheRun_data();
     void aSafetyLimitEndsTheRun();
     void anInterruptionStopsTheInstrumentAndKeepsTheData();
     void anInterruptionOfTheHandshakeLeavesNothingBehind();
@@ -209,7 +212,7 @@ void TestClient::recordsTheEndOfEachStep()
     for (int step = 1; step <= 6; ++step)
         QVERIFY2(qAbs(ends[step] - expected[step - 1]) < 0.02, qPrintable(QString::number(ends[step])));
     QVERIFY(qAbs(table.last()[NetCapacity] * 3600.0 - 0.08) < 1e-3 * 0.08); // 0.05 - 0.01 + 2 x (0.03 - 0.01) C
-    QCOMPARE(rowCount(folder + "/cycles.csv"), 3); // ahead of the group, and its two passes
+    QCOMPARE(rowCount(folder + "/cycles.csv"), 3);                          // ahead of the group, and its two passes
 }
 
 void TestClient::refusesABadFileBeforeThePort()
@@ -236,19 +239,74 @@ void TestClient::refusesWhatTheModelCannotDo()
     QVERIFY(!QFile::exists(folder));
 }
 
+/// The folder's name suits shells and file systems, and the next run gets another.
+void TestClient::namesTheFolderAfterTheExperiment()
+{
+    SimulatorProcess simulator({"--cell", "resistor:R=1000", "--speed", "max"});
+    QFile file(freshFolder() + ".json");
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("{\"schemaVersion\": 1, \"name\": \"Fe/K, 1 mM \\u00e9\", \"elements\": [{\"element\": \"OpenCircuit\", "
+               "\"samplingInterval\": 1, \"maxDuration\": 1}]}");
+    file.close();
+    QTemporaryDir place;
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(place.path()));
+    ClientProcess client({"run", file.fileName(), "--port", simulator.portName()});
+    const int exitCode = client.finish();
+    QVERIFY(QDir::setCurrent(before));
+    QVERIFY2(exitCode == 0, qPrintable(client.errors()));
+    const QStringList made = QDir(place.path()).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    QCOMPARE(made.size(), 1);
+    QVERIFY2(QRegularExpression("^Fe-K-1-mM--\\d{8}-\\d{6}$").match(made.first()).hasMatch(), qPrintable(made.first()));
+}
+
+void TestClient::theWorstEndIsTheExitCode()
+{
+    SimulatorProcess simulator({"--cell", "resistor:R=1000", "--speed", "100", "--channels", "2"});
+    const auto hold = [this](int volts) {
+        return writeExperiment(
+            "{\"element\": \"ConstantPot\", \"samplingInterval\": 0.1, \"maxDuration\": 5, \"potential\": " +
+            QByteArray::number(volts) + "}");
+    };
+    ClientProcess client({"run", hold(3), hold(1), "--port", simulator.portName(), "--channel", "0,1", "--out",
+                          freshFolder(), "--max-voltage", "2"});
+    QCOMPARE(client.finish(), Refused);
+    QVERIFY2(client.errors().contains("channel 1: Experiment completed"), qPrintable(client.errors()));
+}
+
+void TestClient::aSafetyLimitEndsTheRun_data()
+{
+    QTest::addColumn<QStringList>("limit");
+    QTest::addColumn<int>("potential"); // volts over a kilo-ohm
+    QTest::addColumn<QString>("reason");
+
+    const auto row = [](const char *option, const char *value, int potential, const char *reason) {
+        QTest::newRow(option) << QStringList{option, value} << potential << QString::fromLatin1(reason);
+    };
+    row("--max-voltage", "2000 mV", 3, "voltage exceeded user specified Voltage Max safety limit");
+    row("--min-voltage", "-2", -3, "voltage exceeded user specified Voltage Min safety limit");
+    row("--max-current", "2 mA", 3, "current exceeded user specified Current Max safety limit");
+    row("--min-current", "-2 mA", -3, "current exceeded user specified Current Min safety limit");
+    row("--max-temperature", "20", 0,
+        "temperature safety limit set but no temperature data received from thermocouple");
+}
+
 void TestClient::aSafetyLimitEndsTheRun()
 {
+    QFETCH(QStringList, limit);
+    QFETCH(int, potential);
+    QFETCH(QString, reason);
     SimulatorProcess simulator({"--cell", "resistor:R=1000", "--speed", "100"});
     const QString folder = freshFolder();
     const QString file = writeExperiment(
-        "{\"element\": \"ConstantPot\", \"potential\": 1, \"samplingInterval\": 0.1, \"maxDuration\": 5},\n"
-        "{\"element\": \"ConstantPot\", \"potential\": 3, \"samplingInterval\": 0.1, \"maxDuration\": 5}");
-    ClientProcess client({"run", file, "--port", simulator.portName(), "--out", folder, "--max-voltage", "2000 mV"});
+        "{\"element\": \"ConstantPot\", \"potential\": 0, \"samplingInterval\": 0.1, \"maxDuration\": 5},\n"
+        "{\"element\": \"ConstantPot\", \"potential\": " +
+        QByteArray::number(potential) + ", \"samplingInterval\": 0.1, \"maxDuration\": 5}");
+    ClientProcess client(QStringList{"run", file, "--port", simulator.portName(), "--out", folder} + limit);
     QCOMPARE(client.finish(), Refused);
-    const QString reason = "Experiment stopped: voltage exceeded user specified Voltage Max safety limit";
-    QCOMPARE(client.errors(), "nimbrelle: channel 0: " + reason + "\n");
+    QCOMPARE(client.errors(), "nimbrelle: channel 0: Experiment stopped: " + reason + "\n");
     QCOMPARE(summary(folder)["state"].toString(), QStringLiteral("stopped"));
-    QCOMPARE(summary(folder)["endMessage"].toString(), reason);
+    QCOMPARE(summary(folder)["endMessage"].toString(), "Experiment stopped: " + reason);
 }
 
 void TestClient::anInterruptionStopsTheInstrumentAndKeepsTheData()
