@@ -95,7 +95,9 @@ private:
             return;
         }
         readCharge(sample);
-        sample.opensSegment = hasNewMark() | hasNewCounts(); // both look at the row, always
+        const bool hasMark = hasNewMark(); // both look at each row
+        const bool hasCounts = hasNewCounts();
+        sample.opensSegment = hasMark || hasCounts;
         passOn(sample.opensSegment ? 0.0 : sample.time - _held.time);
         if (sample.opensSegment)
             beginSegment();
