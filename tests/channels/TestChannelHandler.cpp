@@ -1,6 +1,6 @@
-#include "handlers/ListExperiment.h"
 #include "channels/ChannelHandler.h"
 #include "channels/NodeBeginning.h"
+#include "handlers/ListExperiment.h"
 #include "support/TestMain.h"
 
 #include <stdexcept>

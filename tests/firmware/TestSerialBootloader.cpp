@@ -1,6 +1,6 @@
 #include "firmware/BootLoaderCOM.h"
-#include "firmware/SerialBootloader.h"
 #include "firmware/FirmwareImages.h"
+#include "firmware/SerialBootloader.h"
 #include "support/FakeInstrument.h"
 #include "support/TestMain.h"
 #include "support/UnreadableFile.h"
@@ -240,8 +240,8 @@ void TestSerialBootloader::otherModelIsNotReset()
 
 void TestSerialBootloader::standInTouchesNothing()
 {
-    BootLoaderCOM::Instance()->flash(_instrument->portName(),
-                                     FirmwareImages::pathFor(int(HardwareModel_t::Gale)), "Gale-7");
+    BootLoaderCOM::Instance()->flash(_instrument->portName(), FirmwareImages::pathFor(int(HardwareModel_t::Gale)),
+                                     "Gale-7");
     QTRY_COMPARE(_finished->size(), 1);
     QCOMPARE(_finished->first(), QVariantList({"Gale-7", false}));
     QVERIFY(_instrument->commands().isEmpty());

@@ -68,7 +68,8 @@ private:
     QByteArray contentOf(const Row &row)
     {
         if (row.answer == NT_CHANNEL_COUNT)
-            return QByteArray(1, char(_script->below(16))); // each channel costs a question, and so a part of the search
+            return QByteArray(1,
+                              char(_script->below(16))); // each channel costs a question, and so a part of the search
         return row.size > 0 ? _script->record(row.size) : _script->text();
     }
 

@@ -31,6 +31,15 @@ enum class ACgain_t : quint8 {
     Unknown = 255, ///< the record at hand names no gain
 };
 
-constexpr int index(currentRange_t range) { return static_cast<int>(range); }
-constexpr int index(voltageRange_t range) { return static_cast<int>(range); }
-constexpr int index(ACgain_t gain) { return static_cast<int>(gain); }
+constexpr int index(currentRange_t range)
+{
+    return static_cast<int>(range);
+}
+constexpr int index(voltageRange_t range)
+{
+    return static_cast<int>(range);
+}
+constexpr int index(ACgain_t gain)
+{
+    return static_cast<int>(gain);
+}

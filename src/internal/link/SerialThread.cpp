@@ -16,7 +16,8 @@ constexpr int mostPacketsOnTheirWay = 1 << 17;
 
 void configure(SerialPort &port, const QString &portName)
 {
-    port.setPortName(QString(portName.constData(), portName.size())); // not shared: it is let go of on the link's thread
+    port.setPortName(
+        QString(portName.constData(), portName.size())); // not shared: it is let go of on the link's thread
     port.setBaudRate(DefaultSerialPortSettings::Baudrate());
     port.setDataBits(DefaultSerialPortSettings::DataBits());
     port.setFlowControl(DefaultSerialPortSettings::FlowControl());
