@@ -76,12 +76,11 @@ const TableReader::Place *TableReader::placeOf(int quantity) const
 
 bool TableReader::takeLine()
 {
-    const void *feed = nullptr;
-    while (!(feed = std::memchr(_unread.data(), '\n', _unread.size()))) {
+    std::size_t length = 0;
+    while ((length = _unread.find('\n')) == std::string_view::npos) {
         if (!refill())
             return false;
     }
-    const auto length = static_cast<std::size_t>(static_cast<const char *>(feed) - _unread.data());
     _line = _unread.substr(0, length);
     _unread.remove_prefix(length + 1);
     if (!_line.empty() && _line.back() == '\r')
@@ -96,7 +95,7 @@ bool TableReader::refill()
         _unread = {};
         _hasLostStart = true;
     }
-    std::memmove(_buffer.data(), _unread.data(), _unread.size());
+    std::copy(_unread.begin(), _unread.end(), _buffer.begin()); // to the front of it, hence forward
     const qint64 count =
         _file.read(_buffer.data() + _unread.size(), static_cast<qint64>(_buffer.size() - _unread.size()));
     _unread = {_buffer.data(), _unread.size() + static_cast<std::size_t>(std::max(qint64(0), count))};
