@@ -14,30 +14,35 @@ quint16 wordAt(const QByteArray &buffer, int position)
     return qFromLittleEndian<quint16>(buffer.constData() + position);
 }
 
-Frame frameAt(const QByteArray &buffer, int position, int payloadSize)
+} // namespace
+
+bool seekFrame(const QByteArray &buffer, int &position, quint32 &skipped)
 {
-    return {Notifications_t(static_cast<signed char>(buffer.at(position + 2))),
-            static_cast<unsigned char>(buffer.at(position + 3)), buffer.mid(position + frameHeaderSize, payloadSize)};
+    for (; position + frameHeaderSize <= buffer.size(); ++position, ++skipped) {
+        if (wordAt(buffer, position) == magic)
+            return position + frameSizeAt(buffer, position) <= buffer.size();
+    }
+    return false;
 }
 
-} // namespace
+int frameSizeAt(const QByteArray &buffer, int position)
+{
+    return frameHeaderSize + wordAt(buffer, position + 4);
+}
+
+Frame frameAt(const QByteArray &buffer, int position)
+{
+    return {Notifications_t(static_cast<signed char>(buffer.at(position + 2))),
+            static_cast<unsigned char>(buffer.at(position + 3)),
+            QByteArray(buffer.constData() + position + frameHeaderSize, wordAt(buffer, position + 4))};
+}
 
 QVector<Frame> takeFrames(QByteArray &buffer, quint32 &skipped)
 {
     QVector<Frame> frames;
     int position = 0;
-    while (position + frameHeaderSize <= buffer.size()) {
-        if (wordAt(buffer, position) != magic) {
-            ++position;
-            ++skipped;
-            continue;
-        }
-        const int payloadSize = wordAt(buffer, position + 4);
-        if (position + frameHeaderSize + payloadSize > buffer.size())
-            break;
-        frames.append(frameAt(buffer, position, payloadSize));
-        position += frameHeaderSize + payloadSize;
-    }
+    for (; seekFrame(buffer, position, skipped); position += frameSizeAt(buffer, position))
+        frames.append(frameAt(buffer, position));
     buffer.remove(0, position); // once for each arrival, not once for each frame
     return frames;
 }

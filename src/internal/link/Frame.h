@@ -14,7 +14,24 @@ struct Frame {
     Notifications_t type; ///< the type byte read as signed: 0x80 and above come out negative
     unsigned int channel; ///< 0-based; 255 stands for all channels
     QByteArray payload;   ///< 0 to 65,535 bytes; the type decides their layout
+
+    int size() const { return frameHeaderSize + payload.size(); } ///< on the wire, in bytes
 };
+
+/**
+ * Moves a position on to the next complete frame.
+ *
+ * The search for a magic moves on by single bytes, so that one behind a stray 0xEE is still found.
+ *
+ * @param position  where to begin; of the frame that was found, else of the first byte worth keeping
+ * @param skipped   raised by the count of bytes that belonged to no frame
+ * @return whether there is one
+ */
+bool seekFrame(const QByteArray &buffer, int &position, quint32 &skipped);
+/// The size of a complete frame, its header included.
+int frameSizeAt(const QByteArray &buffer, int position);
+/// A complete frame, unwrapped.
+Frame frameAt(const QByteArray &buffer, int position);
 
 /**
  * Cuts every complete frame off the front of a receive buffer.
