@@ -2,6 +2,7 @@
 
 #include "link/Notifications.h"
 #include "link/PCcommand.h"
+#include "waiting/Clock.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -24,7 +25,7 @@ class SerialCommunicator : public QObject
 
 public:
     /// @p parent is accepted and left unused: the object belongs to whoever made it.
-    explicit SerialCommunicator(const QString &portName, QObject *parent = nullptr);
+    explicit SerialCommunicator(const QString &portName, QObject *parent = nullptr, const Clock &clock = Clock::host());
     /// Ends the link thread and waits until the port is closed.
     ~SerialCommunicator() override;
 
@@ -63,6 +64,8 @@ public:
     void hangUp();
     /// Whether deviceDisconnected() has come; on the communicator's thread.
     bool isLost() const { return _isLost; }
+    /// By which everybody who waits for this link tells the time.
+    const Clock &clock() const { return _clock; }
 
 Q_SIGNALS:
     void OpenPort();
@@ -80,6 +83,7 @@ private:
     void onLost();
     void relay(Notifications_t type, unsigned int channel, const QByteArray &payload);
 
+    const Clock &_clock;
     SerialThread *_thread; // owned
     bool _receiverConfirms = false;
     bool _isLost = false;
