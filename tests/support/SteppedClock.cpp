@@ -4,6 +4,7 @@
 #include <QDeadlineTimer>
 #include <QPointer>
 #include <QThread>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -129,26 +130,38 @@ void SteppedClock::endDue() const
 bool SteppedClock::stepUntil(const std::function<bool()> &condition, const QSet<int> &lengths)
 {
     const QDeadlineTimer patience(60000);
-    while (!condition()) {
-        if (patience.hasExpired())
-            return false;
+    QTimer steps;
+    QObject::connect(&steps, &QTimer::timeout, &steps, [&] {
         if (!stepToNext(lengths))
             QThread::usleep(100);
-        QCoreApplication::processEvents();
+    });
+    steps.start(0);
+    while (!condition() && !patience.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
-    return true;
+    return condition();
 }
 
 bool SteppedClock::stepToNext(const QSet<int> &lengths)
 {
+    return stepTo([&lengths](const Wait &wait) { return lengths.contains(wait.length); });
+}
+
+bool SteppedClock::wakeNext()
+{
+    return stepTo([](const Wait &wait) { return !wait.alarm; });
+}
+
+bool SteppedClock::stepTo(const std::function<bool(const Wait &)> &isMeant)
+{
     const std::lock_guard<std::mutex> lock(_mutex);
-    const bool isSomebodyWaking =
-        std::any_of(_waits.begin(), _waits.end(), [this](const Wait &wait) { return wait.due <= _now; });
-    if (!_ringing.isEmpty() || isSomebodyWaking)
+    const auto isWaking = [this](const Wait &wait) { return wait.due <= _now; };
+    if (!_ringing.isEmpty() || std::any_of(_waits.begin(), _waits.end(), isWaking))
         return false;
     const Wait *next = nullptr;
     for (const Wait &wait : qAsConst(_waits)) {
-        if (lengths.contains(wait.length) && (!next || wait.due < next->due))
+        if (isMeant(wait) && (!next || wait.due < next->due))
             next = &wait;
     }
     if (!next)

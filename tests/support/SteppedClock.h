@@ -31,8 +31,14 @@ public:
     /// Lets the next waits of this length be over as soon as they have begun, and time pass by as much.
     void hurry(int milliseconds, int waits = INT_MAX);
     /**
-     * Delivers events and steps to the next end of a wait that has one of these lengths, again and again, until a condition
-     * holds. No step is made before what has ended by the last one has been dealt with, so that time never outruns a thread.
+     * Steps to the next end of a wait that has one of these lengths. No step is made before what has ended by the last one
+     * has been dealt with, so that time never outruns a thread. @return whether there was one
+     */
+    bool stepToNext(const QSet<int> &lengths);
+    /// The same for a thread that is blocked, whatever the length.
+    bool wakeNext();
+    /**
+     * Delivers events and steps so, again and again, in loops that slots run as well, until a condition holds.
      *
      * @return whether it holds; false after a minute of the system's time
      */
@@ -51,7 +57,7 @@ private:
 
     void begin(const Wait &wait) const;
     void endDue() const;
-    bool stepToNext(const QSet<int> &lengths);
+    bool stepTo(const std::function<bool(const Wait &)> &isMeant);
 
     mutable std::mutex _mutex; ///< guards what follows, but is not needed to read the time
     mutable std::atomic<qint64> _now{0};

@@ -65,6 +65,8 @@ public:
     /// Lets no update begin before as many calls of goOn(): it would hold the thread while somebody questions a port.
     void hold() { ++_holds; }
     void goOn();
+    /// Whether devices are being looked for, or the last of their updates are under way.
+    bool isSearching() const { return _finder.isRunning(); }
     /// How long a device is waited for; for tests.
     void setPatience(int milliseconds) { _patienceMs = milliseconds; }
 
