@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VekErrorCode.h"
+#include "waiting/Clock.h"
 
 #include <QObject>
 
@@ -21,7 +22,7 @@ class FirmwareUpdateHandler : public QObject
     Q_OBJECT
 
 public:
-    explicit FirmwareUpdateHandler(QObject *parent = nullptr);
+    explicit FirmwareUpdateHandler(QObject *parent = nullptr, const Clock &clock = Clock::host());
 
     /**
      * Questions the instrument on a port. What it answered stands in @p info.
@@ -56,4 +57,6 @@ private:
     void BootloaderFound(const QString &deviceName);
     void ShowBootloaderDialog();
     void UnknowHIDModelConnect(const QString &path);
+
+    const Clock &_clock;
 };

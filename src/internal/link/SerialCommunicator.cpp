@@ -2,9 +2,8 @@
 
 #include "link/Frame.h"
 #include "link/SerialThread.h"
-#include "waiting/BoundedExec.h"
+#include "waiting/BoundedWait.h"
 
-#include <QEventLoop>
 #include <QPointer>
 
 namespace {
@@ -13,7 +12,8 @@ constexpr int openTimeoutMs = 10000;
 
 } // namespace
 
-SerialCommunicator::SerialCommunicator(const QString &portName, QObject *) : _thread(new SerialThread(portName))
+SerialCommunicator::SerialCommunicator(const QString &portName, QObject *, const Clock &clock)
+    : _clock(clock), _thread(new SerialThread(portName, clock))
 {
     connect(_thread, &SerialThread::packetsWaiting, this, &SerialCommunicator::onPacketsArrived, Qt::QueuedConnection);
     connect(_thread, &SerialThread::deviceDisconnected, this, &SerialCommunicator::onLost, Qt::QueuedConnection);
@@ -85,17 +85,12 @@ bool SerialCommunicator::Start(bool wait)
         _thread->post([this] { Q_EMIT OpenPort(); });
         return true;
     }
-    QEventLoop loop;
-    bool opened = false;
-    connect(this, &SerialCommunicator::portTried, &loop, [&] {
-        opened = true;
-        loop.quit();
-    });
-    connect(this, &SerialCommunicator::threadEnded, &loop, &QEventLoop::quit);
+    BoundedWait opening(openTimeoutMs, _clock);
+    opening.endOn(this, &SerialCommunicator::portTried, WaitEnd::Answered);
+    opening.endOn(this, &SerialCommunicator::threadEnded, WaitEnd::LinkLost);
     if (!_thread->post([this] { Q_EMIT OpenPort(); }))
         return false;
-    execBounded(loop, openTimeoutMs);
-    return opened;
+    return opening.exec() == WaitEnd::Answered;
 }
 
 void SerialCommunicator::Stop()

@@ -3,6 +3,7 @@
 #include "link/Notifications.h"
 #include "link/PCcommand.h"
 #include "link/PacketBuffer.h"
+#include "waiting/Clock.h"
 #include "waiting/Mailbox.h"
 
 #include <QByteArray>
@@ -26,7 +27,7 @@ class SerialCommunicator : public QObject
 
 public:
     /// @p parent is accepted and left unused: the object belongs to whoever made it.
-    explicit SerialCommunicator(const QString &portName, QObject *parent = nullptr);
+    explicit SerialCommunicator(const QString &portName, QObject *parent = nullptr, const Clock &clock = Clock::host());
     /// Ends the link thread and waits until the port is closed.
     ~SerialCommunicator() override;
 
@@ -67,6 +68,8 @@ public:
     void hangUp();
     /// Whether deviceDisconnected() has come; on the communicator's thread.
     bool isLost() const { return _isLost; }
+    /// By which everybody who waits for this link tells the time.
+    const Clock &clock() const { return _clock; }
 
 Q_SIGNALS:
     void OpenPort();
@@ -88,6 +91,7 @@ private:
     bool passSomeOn();
     bool announce(const Frame &packet);
 
+    const Clock &_clock;
     SerialThread *_thread; // owned
     Mailbox<PacketBuffer> _packets{[this] { Q_EMIT packetsWaiting(); }};
     PacketBuffer _unrelayed; ///< taken from the link's thread

@@ -5,7 +5,6 @@
 #include "link/SerialPort.h"
 
 #include <QMetaMethod>
-#include <QSemaphore>
 
 #include <utility>
 
@@ -32,11 +31,21 @@ void configure(SerialPort &port, const QString &portName)
 } // namespace
 
 struct SerialThread::Departure {
-    QSemaphore isOver;
-    bool hasLeft = false; // set before the semaphore is released
+    void end(bool allHasLeft)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        isOver = true;
+        hasLeft = allHasLeft;
+        change.notify_all();
+    }
+
+    std::mutex mutex; // guards the two below
+    bool isOver = false;
+    bool hasLeft = false;
+    std::condition_variable change;
 };
 
-SerialThread::SerialThread(const QString &portName) : _port(new SerialPort(this))
+SerialThread::SerialThread(const QString &portName, const Clock &clock) : _clock(clock), _port(new SerialPort(this))
 {
     qRegisterMetaType<Notifications_t>();
     qRegisterMetaType<QSerialPort::SerialPortError>();
@@ -172,7 +181,7 @@ void SerialThread::hangUp()
 {
     waitForBytesWritten(); // closing throws away what Qt has not handed to the driver
     post([this] { QMetaObject::invokeMethod(this, &SerialThread::lose, Qt::QueuedConnection); });
-    wait(closeTimeoutMs);
+    wait(closeTimeoutMs); // of the system's time: it is the kernel that keeps it
 }
 
 bool SerialThread::waitForBytesWritten()
@@ -188,7 +197,9 @@ bool SerialThread::waitForBytesWritten()
     });
     if (!isPosted)
         return hadAllLeft();
-    return departure->isOver.tryAcquire(1, writeTimeoutMs) && departure->hasLeft;
+    std::unique_lock<std::mutex> lock(departure->mutex);
+    const auto isOver = [&departure] { return departure->isOver; };
+    return _clock.block(lock, departure->change, writeTimeoutMs, isOver) && departure->hasLeft;
 }
 
 /// Whether a port that is closed by now took everything along, the commands included that came too late for it.
@@ -204,26 +215,22 @@ void SerialThread::addWaiter(const std::shared_ptr<Departure> &departure)
         _waiters.push_back({_bytesAccepted, departure});
         return;
     }
-    departure->hasLeft = isOpen ? !_hasDropped : hadAllLeft();
-    departure->isOver.release();
+    departure->end(isOpen ? !_hasDropped : hadAllLeft());
 }
 
 void SerialThread::onBytesWritten(qint64 bytes)
 {
     _bytesWritten += bytes;
     while (!_waiters.empty() && _waiters.front().target <= _bytesWritten) {
-        _waiters.front().departure->hasLeft = !_hasDropped;
-        _waiters.front().departure->isOver.release();
+        _waiters.front().departure->end(!_hasDropped);
         _waiters.erase(_waiters.begin());
     }
 }
 
 void SerialThread::wakeAllWaiters()
 {
-    for (const Waiter &waiter : _waiters) {
-        waiter.departure->hasLeft = hadAllLeft();
-        waiter.departure->isOver.release();
-    }
+    for (const Waiter &waiter : _waiters)
+        waiter.departure->end(hadAllLeft());
     _waiters.clear();
     _bytesWritten = _bytesAccepted; // what a closed port had not written is gone
 }

@@ -2,6 +2,7 @@
 
 #include "link/Notifications.h"
 #include "link/PacketBuffer.h"
+#include "waiting/Clock.h"
 #include "waiting/Mailbox.h"
 
 #include <QByteArray>
@@ -29,7 +30,7 @@ class SerialThread : public QThread
     Q_OBJECT
 
 public:
-    explicit SerialThread(const QString &portName);
+    explicit SerialThread(const QString &portName, const Clock &clock = Clock::host());
     ~SerialThread() override; ///< ends the thread and waits for it
 
     /**
@@ -108,6 +109,7 @@ private:
     void addWaiter(const std::shared_ptr<Departure> &departure);
     void wakeAllWaiters();
 
+    const Clock &_clock;
     QByteArray _buffer;        ///< bytes read from the port and not yet consumed
     SerialPort *_port;         ///< owned; null once the thread has finished
     quint32 _skippedBytes = 0; ///< for the debugger: bytes that belonged to no frame since the start
