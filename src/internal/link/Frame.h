@@ -15,6 +15,7 @@ struct Frame {
     unsigned int channel; ///< 0-based; 255 stands for all channels
     QByteArray payload;   ///< 0 to 65,535 bytes; the type decides their layout
 };
+Q_DECLARE_TYPEINFO(Frame, Q_MOVABLE_TYPE);
 
 /**
  * Cuts every complete frame off the front of a receive buffer.
