@@ -13,6 +13,7 @@ import sys
 
 # In the order of the table.
 PROGRAMS = [
+    "expansion-benchmark",
     "hex-benchmark",
     "frame-benchmark",
 ]
