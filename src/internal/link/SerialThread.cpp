@@ -116,31 +116,23 @@ void SerialThread::DataArrived()
     if (!_port || isHeldBack())
         return;
     _buffer += _port->readAll();
-    PacketBuffer packets = takePackets();
+    PacketBuffer packets = takePackets(_buffer, _skippedBytes);
     if (packets.isEmpty())
         return;
+    showToWatchers(packets);
     _bytesOnTheirWay += packets.bytes();
     _arrivals.put(std::move(packets));
 }
 
-/// Cuts all complete frames off the front of what has been read.
-PacketBuffer SerialThread::takePackets()
+void SerialThread::showToWatchers(PacketBuffer packets)
 {
     static const QMetaMethod packetReceived = QMetaMethod::fromSignal(&SerialThread::PacketReceived);
-    const bool isWatched = isSignalConnected(packetReceived);
-    PacketBuffer packets;
-    int position = 0;
-    while (seekFrame(_buffer, position, _skippedBytes)) {
-        const int size = frameSizeAt(_buffer, position);
-        packets.append(_buffer.constData() + position, size);
-        if (isWatched) {
-            const Frame frame = frameAt(_buffer, position);
-            Q_EMIT PacketReceived(frame.type, frame.channel, frame.payload);
-        }
-        position += size;
+    if (!isSignalConnected(packetReceived))
+        return;
+    while (!packets.isEmpty()) {
+        const Frame packet = packets.takeFirst();
+        Q_EMIT PacketReceived(packet.type, packet.channel, packet.payload);
     }
-    _buffer.remove(0, position); // once for each arrival, not once for each frame
-    return packets;
 }
 
 bool SerialThread::isHeldBack()

@@ -101,7 +101,7 @@ private:
     };
 
     bool isHeldBack();
-    PacketBuffer takePackets();
+    void showToWatchers(PacketBuffer packets);
     void lose();
     void refusePosts();
     void onBytesWritten(qint64 bytes);
