@@ -49,7 +49,7 @@ VekErrorCode restart(const InstrumentInfo &info)
         return VekErrorCode(VekErrorCode::ConnectionFailed,
                             QStringLiteral("The instrument has left its port before it could be restarted into its "
                                            "bootloader. Nothing was changed; please try again."));
-    link.SendCommand(PC_SOFT_RESET, isGale(info) ? allChannels : deviceChannel);
+    link.SendCommand(PC_SOFT_RESET, factsOf(instrumentLineOf(info.hardware.hwModel)).resetChannel);
     if (!hasAllLeft(link))
         return VekErrorCode(
             VekErrorCode::ConnectionFailed,

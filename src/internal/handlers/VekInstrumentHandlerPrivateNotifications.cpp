@@ -93,7 +93,7 @@ void VekInstrumentHandlerPrivate::onExperimentDataBeginning(unsigned char channe
     if (!handler)
         return;
     handler->setDataStatus(ChannelHandler::DATA_STARTED);
-    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / mainlineTicksPerSecond);
+    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / factsOf(line()).ticksPerSecond);
 }
 
 void VekInstrumentHandlerPrivate::onExperimentCompleted(unsigned char channel, const QByteArray &payload)

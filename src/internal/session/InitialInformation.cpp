@@ -17,7 +17,6 @@ namespace {
 
 constexpr int answerTimeoutMs = 1000;
 constexpr unsigned long galePreHandshakeMs = 500;
-constexpr int galeChannelsPerBoard = 2;
 
 /// A command and the notification that answers it.
 struct Question {
@@ -99,7 +98,7 @@ void configureBoard(InstrumentInfo &info, int firstChannel, const QByteArray &re
 {
     Gale_Cfg_t config;
     std::memcpy(&config, record.constData(), sizeof config);
-    for (int channel = firstChannel; channel < firstChannel + galeChannelsPerBoard; ++channel) {
+    for (int channel = firstChannel; channel < firstChannel + galeFacts.channelsPerBoard; ++channel) {
         if (channel >= info.calibration.size()) {
             qWarning().noquote() << QStringLiteral("Unable to update info for channel %1").arg(channel);
             return;
@@ -288,7 +287,7 @@ bool InitialInformation::getConfigData(SerialCommunicator &link, InstrumentInfo 
         configureBoard(info, answering, record);
         return true;
     };
-    return askChannels(link, info, boardConfig, galeChannelsPerBoard, take);
+    return askChannels(link, info, boardConfig, galeFacts.channelsPerBoard, take);
 }
 
 bool InitialInformation::receivedInfo(QEventLoop &loop)
