@@ -14,6 +14,7 @@ import sys
 # In the order of the table.
 PROGRAMS = [
     "frame-benchmark",
+    "dc-record-benchmark",
 ]
 
 

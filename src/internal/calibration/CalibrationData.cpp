@@ -12,6 +12,16 @@ namespace {
 template <class Line>
 using DcRecordOf = typename std::decay_t<Line>::DcRecord;
 
+/// What a line reads in a payload. Two ways, so that a whole one is read where it lies, without a copy of its own.
+template <class Line>
+ProcessedDCData readingOf(const Line &line, const QByteArray &payload)
+{
+    using Record = DcRecordOf<Line>;
+    if (payload.size() >= int(sizeof(Record)))
+        return line.reading(recordAt<Record>(payload.constData()));
+    return line.reading(recordFromBytes<Record>(payload));
+}
+
 } // namespace
 
 // The record
@@ -80,8 +90,7 @@ const cal_vc07 &CalibrationData::galeRecord() const
 
 ProcessedDCData CalibrationData::ProcessDCDataPoint(const QByteArray &payload) const
 {
-    return asked(
-        [&payload](const auto &own) { return own.reading(recordFromBytes<DcRecordOf<decltype(own)>>(payload)); });
+    return asked([&payload](const auto &own) { return readingOf(own, payload); });
 }
 
 ProcessedDCData CalibrationData::ProcessDCDataPoint(const ExperimentalDcData &data) const

@@ -109,7 +109,8 @@ public:
     template <class Record>
     Record as() const
     {
-        return recordFromBytes<Record>(reinterpret_cast<const char *>(&_bytes), int(sizeof _bytes));
+        static_assert(sizeof(Record) <= sizeof(MainDcRecord_t), "a sample holds the record of either line");
+        return recordAt<Record>(reinterpret_cast<const char *>(&_bytes));
     }
 
 private:

@@ -3,7 +3,6 @@
 #include "calibration/GaleFormulas.h"
 #include "calibration/Spans.h"
 #include "hardware_models/HardwareModel.h"
-#include "numerics/Constants.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,7 +11,6 @@
 
 namespace {
 
-constexpr double thermistorFullScale = 32500.0;
 constexpr double usualChargeTick = 1.5625e-5;
 constexpr double slowChargeTick = 2e-5;
 constexpr quint32 slowChargeBoards[] = {0x12010200, 0x12010300, 0x12010400};
@@ -48,31 +46,6 @@ void GaleCalibration::setVoltageOffset(int range, float volts)
 {
     if (range >= 0 && range < GaleFormulas::voltageRanges)
         _record.vOffset[range] = volts;
-}
-
-ProcessedDCData GaleCalibration::reading(const DcRecord &record) const
-{
-    ProcessedDCData point;
-    point.timestamp = double(record.tick) / galeFacts.ticksPerSecond;
-    point.workingElectrodeVoltage =
-        GaleFormulas::voltage(_record, record.rawVoltage, record.voltageRange, record.voltageRef);
-    point.counterElectrodeVoltage = notANumber;
-    point.current = GaleFormulas::current(_record, record.rawCurrent, record.currentRange, record.currentRef);
-    point.charge = charge(record.charge, record.currentRange);
-    point.temperature = _thermistor.getTemp(float(record.temperature / thermistorFullScale));
-    point.counter = record.counter;
-    point.currentRange = record.currentRange;
-    point.voltageRange = record.voltageRange;
-    point.weGain = ACgain_t::Unknown;
-    point.iGain = ACgain_t::Unknown;
-    return point;
-}
-
-double GaleCalibration::charge(qint64 counts, currentRange_t range) const
-{
-    // Deliberate: the configured count decides here, not the record's eight ranges as for the current.
-    const int measured = index(range) < _configuredCurrentRanges ? index(range) : 0;
-    return _secondsPerCount * double(GaleFormulas::chargeGain(_record, measured) * float(counts));
 }
 
 int GaleCalibration::voltageCode(double volts, voltageRange_t range) const

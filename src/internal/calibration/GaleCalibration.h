@@ -2,7 +2,11 @@
 
 #include "calibration/CalRecords.h"
 #include "calibration/DataRecords.h"
+#include "calibration/GaleFormulas.h"
 #include "calibration/Temperature.h"
+#include "numerics/Constants.h"
+
+#include <QtGlobal>
 
 #include <memory>
 #include <utility>
@@ -30,7 +34,8 @@ public:
     void setCurrentOffset(int range, float amperes);
     void setVoltageOffset(int range, float volts);
 
-    ProcessedDCData reading(const DcRecord &record) const;
+    /// Inlined, so that the caller's record is read where it lies: copying it first takes as long as the arithmetic.
+    Q_ALWAYS_INLINE ProcessedDCData reading(const DcRecord &record) const;
 
     // Setpoints; the model's limits take no part. There is no way back from the code of a current.
     int voltageCode(double volts, voltageRange_t range) const;
@@ -49,6 +54,8 @@ public:
     const cal_vc07 &record() const { return _record; }
 
 private:
+    static constexpr double thermistorFullScale = 32500.0;
+
     double charge(qint64 counts, currentRange_t range) const;
     qint64 largestCode() const;
 
@@ -58,3 +65,28 @@ private:
     double _secondsPerCount; // of the charge integrator
     Thermistor _thermistor;
 };
+
+ProcessedDCData GaleCalibration::reading(const DcRecord &record) const
+{
+    ProcessedDCData point;
+    point.timestamp = double(record.tick) / galeFacts.ticksPerSecond;
+    point.workingElectrodeVoltage =
+        GaleFormulas::voltage(_record, record.rawVoltage, record.voltageRange, record.voltageRef);
+    point.counterElectrodeVoltage = notANumber;
+    point.current = GaleFormulas::current(_record, record.rawCurrent, record.currentRange, record.currentRef);
+    point.charge = charge(record.charge, record.currentRange);
+    point.temperature = _thermistor.getTemp(float(record.temperature / thermistorFullScale));
+    point.counter = record.counter;
+    point.currentRange = record.currentRange;
+    point.voltageRange = record.voltageRange;
+    point.weGain = ACgain_t::Unknown;
+    point.iGain = ACgain_t::Unknown;
+    return point;
+}
+
+inline double GaleCalibration::charge(qint64 counts, currentRange_t range) const
+{
+    // Deliberate: the configured count decides here, not the record's eight ranges as for the current.
+    const int measured = index(range) < _configuredCurrentRanges ? index(range) : 0;
+    return _secondsPerCount * double(GaleFormulas::chargeGain(_record, measured) * float(counts));
+}

@@ -2,7 +2,6 @@
 
 #include "calibration/Spans.h"
 #include "hardware_models/HardwareModel.h"
-#include "numerics/Constants.h"
 
 #include <limits>
 
@@ -19,8 +18,8 @@ bool isDacCode(int code)
 } // namespace
 
 MainCalibration::MainCalibration(const cal_v4 &record, const std::shared_ptr<const HardwareModel> &model)
-    : _model(model)
 {
+    setModel(model);
     _formulas.setNumHighSideRanges(model->getNumHighSideRanges());
     _formulas.setNumDCcurrentRanges(model->getNumDCcurrentRanges());
     _formulas.setNumVoltageRanges(model->getNumVoltageRanges());
@@ -28,26 +27,10 @@ MainCalibration::MainCalibration(const cal_v4 &record, const std::shared_ptr<con
     _formulas.copyCalData(&record);
 }
 
-ProcessedDCData MainCalibration::reading(const DcRecord &record) const
+void MainCalibration::setModel(const std::shared_ptr<const HardwareModel> &model)
 {
-    ProcessedDCData point;
-    point.timestamp = double(record.tick) / mainFacts.ticksPerSecond;
-    point.workingElectrodeVoltage = _formulas.getEWE(record.rawVoltage, record.weGain, record.voltageRef);
-    point.counterElectrodeVoltage = _formulas.getECE(record.secondRaw, record.firstRaw);
-    point.current =
-        _formulas.getCurrent(record.rawCurrent, record.currentRange, record.iGain, record.currentRef, record.secondRaw);
-    point.charge = record.charge;
-    point.temperature = temperature(record.temperature);
-    point.currentRange = record.currentRange;
-    point.voltageRange = record.voltageRange;
-    point.weGain = record.weGain;
-    point.iGain = record.iGain;
-    return point;
-}
-
-double MainCalibration::temperature(quint32 word) const
-{
-    return _model->supportsTemperature() ? double(TemperatureParser().getTemp(word)) : notANumber;
+    _model = model;
+    _hasThermocouple = model->supportsTemperature();
 }
 
 int MainCalibration::voltageCode(double volts, voltageRange_t range) const

@@ -4,6 +4,9 @@
 #include "calibration/DataRecords.h"
 #include "calibration/DeviceDCcalFormulas.h"
 #include "calibration/Temperature.h"
+#include "numerics/Constants.h"
+
+#include <QtGlobal>
 
 #include <memory>
 #include <utility>
@@ -26,9 +29,10 @@ public:
 
     MainCalibration(const cal_v4 &record, const std::shared_ptr<const HardwareModel> &model);
     /// The limits of another model; the formulas keep the counts of ranges that they were made with.
-    void setModel(const std::shared_ptr<const HardwareModel> &model) { _model = model; }
+    void setModel(const std::shared_ptr<const HardwareModel> &model);
 
-    ProcessedDCData reading(const DcRecord &record) const;
+    /// Inlined, so that the caller's record is read where it lies: copying it first takes as long as the arithmetic.
+    Q_ALWAYS_INLINE ProcessedDCData reading(const DcRecord &record) const;
 
     // Setpoints. Values beyond the model's limits are held to them; codes beyond the DAC's 16 bits stand for 0.0.
     int voltageCode(double volts, voltageRange_t range) const;
@@ -50,8 +54,24 @@ public:
     const DeviceDCcalFormulas &formulas() const { return _formulas; }
 
 private:
-    double temperature(quint32 word) const;
-
     std::shared_ptr<const HardwareModel> _model; // never null
+    bool _hasThermocouple = false;
     DeviceDCcalFormulas _formulas;
 };
+
+ProcessedDCData MainCalibration::reading(const DcRecord &record) const
+{
+    ProcessedDCData point;
+    point.timestamp = double(record.tick) / mainFacts.ticksPerSecond;
+    point.workingElectrodeVoltage = _formulas.getEWE(record.rawVoltage, record.weGain, record.voltageRef);
+    point.counterElectrodeVoltage = _formulas.getECE(record.secondRaw, record.firstRaw);
+    point.current =
+        _formulas.getCurrent(record.rawCurrent, record.currentRange, record.iGain, record.currentRef, record.secondRaw);
+    point.charge = record.charge;
+    point.temperature = _hasThermocouple ? double(TemperatureParser().getTemp(record.temperature)) : notANumber;
+    point.currentRange = record.currentRange;
+    point.voltageRange = record.voltageRange;
+    point.weGain = record.weGain;
+    point.iGain = record.iGain;
+    return point;
+}
