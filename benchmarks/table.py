@@ -15,6 +15,7 @@ import sys
 PROGRAMS = [
     "frame-benchmark",
     "dc-record-benchmark",
+    "delta-packet-benchmark",
 ]
 
 
