@@ -7,6 +7,8 @@
 #include "handlers/VekInstrumentHandlerPrivate.h"
 #include "hardware_models/RangeTypes.h"
 
+#include <QPointer>
+
 namespace {
 
 /// Puts a question to the private half, or answers for a device that is not there.
@@ -52,7 +54,7 @@ void VekInstrumentHandler::connectWithOperatorSignals(VekInstrumentHandlerPrivat
     connect(handler, &Private::recoveryDCDataReady, this, &Me::recoveryDCDataReady);
     connect(handler, &Private::activeACDataReady, this, &Me::activeACDataReady);
     connect(handler, &Private::recoveryACDataReady, this, &Me::recoveryACDataReady);
-    connect(handler, &Private::experimentCompleted, this, &Me::experimentStopped);
+    connect(handler, &Private::experimentCompleted, this, &Me::onExperimentCompleted);
     connect(handler, &Private::experimentPaused, this, &Me::experimentPaused);
     connect(handler, &Private::experimentResumed, this, &Me::experimentResumed);
     connect(handler, &Private::memoryDataErased, this, &Me::recoverDataErased);
@@ -64,6 +66,14 @@ void VekInstrumentHandler::onDeviceDisconnected()
 {
     _link.reset();
     Q_EMIT deviceDisconnected();
+}
+
+void VekInstrumentHandler::onExperimentCompleted(unsigned char channel, VekExperimentEnd end, const QString &reason)
+{
+    const QPointer<VekInstrumentHandler> alive(this); // a listener may let go of the handler
+    Q_EMIT experimentStopped(channel, reason);
+    if (alive)
+        Q_EMIT experimentEnded(channel, end, reason);
 }
 
 void VekInstrumentHandler::onActiveExperimentNodeBeginning(unsigned char channel, const VekExperimentNode &node)

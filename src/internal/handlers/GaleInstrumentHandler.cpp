@@ -201,7 +201,7 @@ void GaleInstrumentHandler::onExperimentCompleted(unsigned char channel, const Q
     for (ChannelHandler *const member : group)
         member->capacity.endExperiment();
     if (isMaster) // the other members end in silence
-        Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
+        tellEnd(channel, payload);
 }
 
 void GaleInstrumentHandler::onExperimentNodeBeginning(unsigned char channel, const QByteArray &payload)

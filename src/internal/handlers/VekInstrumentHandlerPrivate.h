@@ -212,7 +212,7 @@ Q_SIGNALS:
     void recoveryACDataReady(unsigned char channel, const VekACData &data);
     void memoryDataStarting();
     void memoryDataErased(bool erased);
-    void experimentCompleted(unsigned char channel, const QString &reason);
+    void experimentCompleted(unsigned char channel, VekExperimentEnd end, const QString &reason);
     void experimentPaused(unsigned char channel);
     void experimentResumed(unsigned char channel);
     void deviceNotification(unsigned char channel, QString text);
@@ -305,8 +305,8 @@ protected:
     void emitACData(unsigned char channel, const ComplexDataPoint_t &point);
     /// Whether samples of the channel belong to an experiment whose first data have been announced.
     static bool hasExperimentData(const ChannelHandler &channel);
-    /// The reason for the end of an experiment, in words.
-    static QString stopMessageIn(const QByteArray &payload);
+    /// Tells the end of an experiment by what the instrument says of it.
+    void tellEnd(unsigned char channel, const QByteArray &payload);
 
     InstrumentInfo _info;
     quint8 _groundFloatState = 0;

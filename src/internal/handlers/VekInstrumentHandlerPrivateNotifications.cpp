@@ -43,6 +43,7 @@ void VekInstrumentHandlerPrivate::onThreadStarted()
     qRegisterMetaType<VekACData>("VekACData");
     qRegisterMetaType<VekDCData>("VekDCData");
     qRegisterMetaType<VekErrorCode>("VekErrorCode");
+    qRegisterMetaType<VekExperimentEnd>("VekExperimentEnd");
     connectWithOperatorSignals();
 }
 
@@ -104,7 +105,7 @@ void VekInstrumentHandlerPrivate::onExperimentCompleted(unsigned char channel, c
     reportHeldBack(channel);
     handler->capacity.endExperiment();
     endRun(*handler);
-    Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
+    tellEnd(channel, payload);
 }
 
 void VekInstrumentHandlerPrivate::endRun(ChannelHandler &channel)
@@ -114,9 +115,10 @@ void VekInstrumentHandlerPrivate::endRun(ChannelHandler &channel)
     channel.setReport(VekChannelReport::Idle);
 }
 
-QString VekInstrumentHandlerPrivate::stopMessageIn(const QByteArray &payload)
+void VekInstrumentHandlerPrivate::tellEnd(unsigned char channel, const QByteArray &payload)
 {
-    return getStopMessage(recordFromBytes<ExperimentDoneRecord_t>(payload).stopType);
+    const ExpStopType_t type = recordFromBytes<ExperimentDoneRecord_t>(payload).stopType;
+    Q_EMIT experimentCompleted(channel, experimentEndOf(type), getStopMessage(type));
 }
 
 void VekInstrumentHandlerPrivate::onExperimentPaused(unsigned char channel)
@@ -164,7 +166,7 @@ void VekInstrumentHandlerPrivate::takeStartVerdict(unsigned char channel, PCcomm
         member->capacity.endExperiment();
         member->setIdealConfig();
     }
-    Q_EMIT experimentCompleted(channel, reason);
+    Q_EMIT experimentCompleted(channel, refusalOf(code), reason);
 }
 
 void VekInstrumentHandlerPrivate::beginNode(unsigned char channel, const QByteArray &payload, const NodeRules &rules)
