@@ -16,6 +16,8 @@ PROGRAMS = [
     "expansion-benchmark",
     "hex-benchmark",
     "frame-benchmark",
+    "dc-record-benchmark",
+    "delta-packet-benchmark",
 ]
 
 

@@ -2,6 +2,7 @@
 
 #include "NimbrelleExport.h"
 #include "VekErrorCode.h"
+#include "VekFirmwareUpdateStage.h"
 
 #include <QtCore/QObject>
 
@@ -145,9 +146,21 @@ Q_SIGNALS:
     void firmwareUpdateNotification(const QString &message);
     /// A firmware update over the HID bootloader has ended.
     void firmwareUpdateFinished(const QString &deviceName, bool success);
+    /**
+     * firmwareUpdateNotification() once more, right behind it, as values, and for every kind of bootloader.
+     *
+     * @param deviceName as the instrument bears it; empty for one in its bootloader that no call has announced; the port
+     *                   of an instrument that updateFirmwareOnAllAvailableDevices() leaves alone for a stand-in; at
+     *                   BootloaderFound of a Gale what its bootloader says of itself
+     * @param percent    of the image that is written, 0 to 100; 0 with all stages but Writing
+     * @param message    the text of the notification
+     */
+    void firmwareUpdateStageReached(const QString &deviceName, VekFirmwareUpdateStage stage, int percent,
+                                    const QString &message);
 
 private:
     VekDeviceTracker();
+    void tellOfStandIn(const QString &port, const QString &reason);
 
     VekDeviceTrackerPrivate *_private; // a child of this object; null in a copy
 };

@@ -5,6 +5,7 @@
 #include "VekChannelReport.h"
 #include "VekDCData.h"
 #include "VekErrorCode.h"
+#include "VekExperimentEnd.h"
 #include "VekExperimentNode.h"
 #include "VekInstrumentDescription.h"
 
@@ -272,6 +273,8 @@ Q_SIGNALS:
     void deviceError(unsigned char channel, const QString &text);
     /// What prepareChannels() was asked for is done.
     void channelsPrepared();
+    /// experimentStopped() once more, right behind it, with the end as a value beside the reason in words.
+    void experimentEnded(unsigned char channel, VekExperimentEnd end, const QString &reason);
 
 private Q_SLOTS:
     void onDeviceDisconnected();

@@ -28,10 +28,13 @@ VekDeviceTracker *VekDeviceTracker::Instance()
 VekDeviceTracker::VekDeviceTracker() : _private(new VekDeviceTrackerPrivate(this))
 {
     qRegisterMetaType<VekErrorCode>();
+    qRegisterMetaType<VekFirmwareUpdateStage>("VekFirmwareUpdateStage");
     connect(_private, &VekDeviceTrackerPrivate::firmwareUpdateNotification, this,
             &VekDeviceTracker::firmwareUpdateNotification);
     connect(_private, &VekDeviceTrackerPrivate::firmwareUpdateFinished, this,
             &VekDeviceTracker::firmwareUpdateFinished);
+    connect(_private, &VekDeviceTrackerPrivate::firmwareUpdateStageReached, this,
+            &VekDeviceTracker::firmwareUpdateStageReached);
     connect(_private, &VekDeviceTrackerPrivate::deviceDisconnected, this, &VekDeviceTracker::deviceDisconnected);
     connect(_private, &VekDeviceTrackerPrivate::deviceConnected, this, &VekDeviceTracker::newDeviceConnected);
 }
@@ -130,9 +133,16 @@ int VekDeviceTracker::updateFirmwareOnAllAvailableDevices()
         if (result == VekErrorCode::Success)
             ++started;
         else if (result == VekErrorCode::StandInFirmware)
-            Q_EMIT firmwareUpdateNotification(port.portName() + QStringLiteral(": ") + result.message());
+            tellOfStandIn(port.portName(), result.message());
     }
     return started;
+}
+
+void VekDeviceTracker::tellOfStandIn(const QString &port, const QString &reason)
+{
+    const QString message = port + QStringLiteral(": ") + reason;
+    Q_EMIT firmwareUpdateNotification(message);
+    Q_EMIT firmwareUpdateStageReached(port, VekFirmwareUpdateStage::StandInFirmware, 0, message);
 }
 
 bool VekDeviceTracker::carriesStandInFirmware()

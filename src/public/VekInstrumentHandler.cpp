@@ -55,6 +55,7 @@ void VekInstrumentHandler::connectWithOperatorSignals(VekInstrumentHandlerPrivat
     relay->connectTo(handler, &Private::activeACDataReady, &Me::activeACDataReady);
     relay->connectTo(handler, &Private::recoveryACDataReady, &Me::recoveryACDataReady);
     relay->connectTo(handler, &Private::experimentCompleted, &Me::experimentStopped);
+    relay->connectTo(handler, &Private::experimentEnded, &Me::experimentEnded);
     relay->connectTo(handler, &Private::experimentPaused, &Me::experimentPaused);
     relay->connectTo(handler, &Private::experimentResumed, &Me::experimentResumed);
     relay->connectTo(handler, &Private::memoryDataErased, &Me::recoverDataErased);

@@ -283,6 +283,8 @@ void VekDeviceTrackerPrivate::makeFirmwareUpdater()
             Qt::QueuedConnection);
     connect(_firmwareUpdater.get(), &Updater::firmwareUpdateFinished, this, &Me::firmwareUpdateFinished,
             Qt::QueuedConnection);
+    connect(_firmwareUpdater.get(), &Updater::firmwareUpdateStageReached, this, &Me::firmwareUpdateStageReached,
+            Qt::QueuedConnection);
 }
 
 void VekDeviceTrackerPrivate::endWithApplication()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VekErrorCode.h"
+#include "VekFirmwareUpdateStage.h"
 #include "waiting/Clock.h"
 
 #include <QList>
@@ -83,6 +84,8 @@ Q_SIGNALS:
     void deviceConnected(const QString &deviceName);
     void firmwareUpdateNotification(const QString &message);
     void firmwareUpdateFinished(const QString &deviceName, bool success);
+    void firmwareUpdateStageReached(const QString &deviceName, VekFirmwareUpdateStage stage, int percent,
+                                    const QString &message);
 
 private:
     /// One connection to an instrument, from the making of its handler until its end has been told.

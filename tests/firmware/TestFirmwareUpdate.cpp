@@ -1,5 +1,6 @@
 #include "FakeHidApi.h"
 
+#include "firmware/BootLoaderCOM.h"
 #include "firmware/BootLoaderCommunicator.h"
 #include "firmware/FirmwareUpdateHandler.h"
 #include "images/HexLoader.h"
@@ -12,8 +13,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <functional>
 #include <memory>
 #include <thread>
+
+Q_DECLARE_METATYPE(std::function<void()>)
 
 namespace {
 
@@ -140,6 +144,8 @@ private Q_SLOTS:
     void instrumentGoesThroughItsHidBootloader();
     void galeIsUpdatedOverItsPort();
     void unknownDeviceIsToldInWords();
+    void whatIsToldInWordsComesAsValuesToo_data();
+    void whatIsToldInWordsComesAsValuesToo();
 
 private:
     void answerAs(HardwareModel_t model, const QByteArray &checksum);
@@ -379,6 +385,65 @@ void TestFirmwareUpdate::unknownDeviceIsToldInWords()
     _handler.updateThroughHidConnections();
     QTRY_COMPARE_WITH_TIMEOUT(messages(), QStringList({"Unknow HID model connections. "}), 5000);
     QCOMPARE(FakeHidBus::bus().device(hidPath).writes, 0);
+}
+
+void TestFirmwareUpdate::whatIsToldInWordsComesAsValuesToo_data()
+{
+    using Stage = VekFirmwareUpdateStage;
+    using Hid = BootLoaderCommunicator;
+    using Serial = BootLoaderCOM;
+    QTest::addColumn<std::function<void()>>("news");
+    QTest::addColumn<QVariantList>("told"); // device, stage, percent, message
+    const auto row = [](const char *name, const std::function<void()> &news, const char *device, Stage stage,
+                        int percent, const char *message) {
+        QTest::newRow(name) << news << QVariantList{device, QVariant::fromValue(stage), percent, message};
+    };
+    Hid *const hid = Hid::Instance();
+    Serial *const serial = Serial::Instance();
+    const QString name = QStringLiteral("bench");
+    row(
+        "begun", [=] { Q_EMIT hid->Started(name); }, "bench", Stage::Begun, 0,
+        "bench: Firmware update has initialized.");
+    row(
+        "begun over the port", [=] { Q_EMIT serial->Started(name); }, "bench", Stage::Begun, 0,
+        "bench: Firmware update has initialized.");
+    row(
+        "found", [=] { Q_EMIT hid->BootloaderFound(name); }, "bench", Stage::BootloaderFound, 0,
+        "bench: Firmware update is starting.");
+    row(
+        "found at the port", [=] { Q_EMIT serial->Found(name); }, "bench", Stage::BootloaderFound, 0,
+        "bench: Firmware update is starting.");
+    row(
+        "progress", [=] { Q_EMIT hid->ProgressChanged(name, 42); }, "bench", Stage::Writing, 42, "bench: Progress 42");
+    row(
+        "progress over the port", [=] { Q_EMIT serial->Progress(name, 7); }, "bench", Stage::Writing, 7,
+        "bench: Progress 7");
+    row(
+        "refused", [=] { Q_EMIT hid->Refused(name, Stage::BootloaderGone, "Why not."); }, "bench",
+        Stage::BootloaderGone, 0, "bench: Why not.");
+    row(
+        "success", [=] { Q_EMIT hid->Finished(name, true); }, "bench", Stage::Succeeded, 0,
+        "bench: Firmware updated successfully.");
+    row(
+        "failure", [=] { Q_EMIT hid->Finished(name, false); }, "bench", Stage::Failed, 0,
+        "bench: Firmware update failed.");
+    row(
+        "failure over the port", [=] { Q_EMIT serial->Finished(name, false); }, "bench", Stage::Failed, 0,
+        "bench: Firmware update failed.");
+    row(
+        "unknown model", [=] { Q_EMIT hid->FindReleaseNumber(hidPath); }, "", Stage::UnknownModel, 0,
+        "Unknow HID model connections. ");
+}
+
+void TestFirmwareUpdate::whatIsToldInWordsComesAsValuesToo()
+{
+    QFETCH(std::function<void()>, news);
+    QFETCH(QVariantList, told);
+    QSignalSpy values(&_handler, &FirmwareUpdateHandler::firmwareUpdateStageReached);
+    news();
+    QTRY_COMPARE(values.size(), 1);
+    QCOMPARE(values.first(), told);
+    QCOMPARE(*_messages, (QList<QVariantList>{{told.last()}}));
 }
 
 NIMBRELLE_TEST_MAIN(TestFirmwareUpdate)

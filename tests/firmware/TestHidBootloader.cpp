@@ -383,6 +383,7 @@ void TestHidBootloader::pathThatGoesToAnotherModelIsNotFlashed()
     QCOMPARE(_finished->at(0), QVariantList({"first", true}));
     QCOMPARE(_finished->at(1), QVariantList({"second", false}));
     QCOMPARE(refusals.size(), 1);
+    QCOMPARE(refusals.first().at(1).value<VekFirmwareUpdateStage>(), VekFirmwareUpdateStage::BootloaderGone);
     QCOMPARE(_bus.device(otherPath).writes, 0);
 }
 
@@ -395,7 +396,8 @@ void TestHidBootloader::standInIsNotWritten()
     QVERIFY(finishes());
     QCOMPARE(_finished->first(), QVariantList({"", false}));
     QCOMPARE(refusals.size(), 1);
-    QCOMPARE(refusals.first().at(1).toString(), VekErrorCode(VekErrorCode::StandInFirmware).message());
+    QCOMPARE(refusals.first().at(1).value<VekFirmwareUpdateStage>(), VekFirmwareUpdateStage::StandInFirmware);
+    QCOMPARE(refusals.first().at(2).toString(), VekErrorCode(VekErrorCode::StandInFirmware).message());
     QCOMPARE(_bus.device(path).writes, 0);
     // Whoever goes past the check of the model does not come by an image either.
     QSignalSpy runs(BootloaderThread::Instance(), &BootloaderThread::Finished);

@@ -16,7 +16,8 @@ Number numberAt(const QByteArray &bytes, int position)
 
 void unpackDelta(const QByteArray &packet)
 {
-    const QByteArray words = unpackDeltaEncodedCompression(packet);
+    QByteArray words;
+    unpackDeltaEncodedCompression(packet, words);
     mustHold(words.size() == 64, "a packet holds eight pairs");
     const int width = packet.size() == 50 ? 3 : packet.size() == 36 ? 2 : packet.size() == 22 ? 1 : 4;
     qint64 sums[2] = {};

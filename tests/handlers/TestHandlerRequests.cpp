@@ -423,16 +423,31 @@ void TestHandlerRequests::refusedStartFreesTheChannel_data()
     QTest::addColumn<Request>("start");
     QTest::addColumn<PCcommand_t>("command");
     QTest::addColumn<int>("code");
+    QTest::addColumn<VekExperimentEnd>("end");
     QTest::addColumn<QString>("reason");
     const Request experiment = [](VekInstrumentHandlerPrivate &h, unsigned char c) {
         return h.startUploadedExperiment(c);
     };
     const Request manual = [](VekInstrumentHandlerPrivate &h, unsigned char c) { return h.startManualExperiment(c); };
-    QTest::newRow("experiment") << experiment << PC_EXPERIMENT_START << int(FW_CHANNEL_NOT_IDLE)
-                                << QStringLiteral("Channel is not in the idle state.");
-    QTest::newRow("manual") << manual << PC_MANUAL_START << int(FW_MANUAL_START_FAILED)
+    QTest::newRow("manual") << manual << PC_MANUAL_START << 4 << VekExperimentEnd::RefusedManualStart
                             << QStringLiteral("Manual experiment failed to start.");
-    QTest::newRow("unheard of") << experiment << PC_EXPERIMENT_START << 99 << QStringLiteral("Unknown Error Code");
+    const auto row = [&experiment](const char *name, int code, VekExperimentEnd end, const char *reason) {
+        QTest::newRow(name) << experiment << PC_EXPERIMENT_START << code << end << QString::fromLatin1(reason);
+    };
+    using End = VekExperimentEnd;
+    row("already set", 1, End::RefusedAlreadySet, "Requested parameters already set.");
+    row("bandwidth", 2, End::RefusedBandwidthIndex, "Invalid bandwidth index.");
+    row("stability", 3, End::RefusedStabilityIndex, "Invalid stability factor index.");
+    row("current range", 5, End::RefusedCurrentRange, "Invalid current range.");
+    row("voltage range", 6, End::RefusedVoltageRange, "Invalid voltage range.");
+    row("not idle", 7, End::RefusedNotIdle, "Channel is not in the idle state.");
+    row("node", 8, End::RefusedNode, "Experiment node cannot be appended to node list.");
+    row("no experiment", 9, End::RefusedNoExperiment, "No experiment is uploaded to the channel.");
+    row("state", 10, End::RefusedChannelState, "The channel was not in the proper state to execute the command");
+    row("parameters", 11, End::RefusedParameters, "Invalid parameters.");
+    row("not supported", 12, End::RefusedNotSupported, "This feature is not supported on this model.");
+    row("no answer", -1, End::RefusedNoAnswer, "The device did not respond to the command.");
+    row("unheard of", 99, End::Refused, "Unknown Error Code");
 }
 
 void TestHandlerRequests::refusedStartFreesTheChannel()
@@ -440,15 +455,19 @@ void TestHandlerRequests::refusedStartFreesTheChannel()
     QFETCH(Request, start);
     QFETCH(PCcommand_t, command);
     QFETCH(int, code);
+    QFETCH(VekExperimentEnd, end);
     QFETCH(QString, reason);
     const auto bench = makeBench();
     QSignalSpy ends(bench->device.get(), &VekInstrumentHandler::experimentStopped);
+    QSignalSpy values(bench->device.get(), &VekInstrumentHandler::experimentEnded);
     bench->instrument.reply(command, NT_GENERAL_ACK, wire(quint8(command), quint8(code)));
     for (int count = 1; count <= 2; ++count) { // the next one is judged anew
         QCOMPARE(bench->handler->uploadExperimentToChannel(Loaded, oneNode()), E::Success);
         QCOMPARE(start(*bench->handler, Loaded), E::Success);
         QTRY_COMPARE(ends.size(), count);
         QCOMPARE(ends.last(), (QVariantList{QVariant::fromValue<unsigned char>(Loaded), reason}));
+        QCOMPARE(values.size(), count);
+        QCOMPARE(values.last(), (QVariantList{ends.last().first(), QVariant::fromValue(end), reason}));
         QVERIFY(!bench->device->isChannelBusy(Loaded));
         QCOMPARE(bench->handler->startUploadedExperiment(Loaded), E::ExperimentNotUploaded);
     }

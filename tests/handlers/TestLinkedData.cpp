@@ -1,3 +1,4 @@
+#include "benchmarks/reference/PlainDeltaPacket.h"
 #include "channels/AcDataAverage.h"
 #include "channels/DeltaPacket.h"
 #include "channels/LinkedPoints.h"
@@ -5,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <random>
 
 using Words = QVector<qint32>;
 Q_DECLARE_METATYPE(Words)
@@ -21,6 +23,13 @@ QByteArray bytesOf(std::initializer_list<Delta> values)
 QByteArray packet(const QByteArray &pairOfDeltas)
 {
     return bytesOf<qint32>({100, -100}) + pairOfDeltas.repeated(7);
+}
+
+Words wordsOf(const QByteArray &bytes)
+{
+    Words words(bytes.size() / int(sizeof(qint32)));
+    std::memcpy(words.data(), bytes.constData(), std::size_t(bytes.size()));
+    return words;
 }
 
 Words ramp(qint32 current, qint32 voltage, qint32 currentStep, qint32 voltageStep)
@@ -50,6 +59,7 @@ class TestLinkedData : public QObject
 private Q_SLOTS:
     void unpacksDeltas_data();
     void unpacksDeltas();
+    void unpacksWhatThePlainFormUnpacks();
     void joinsInParallel();
     void joinsABipolarPair();
     void averagesRecordsOfAPoint();
@@ -77,11 +87,29 @@ void TestLinkedData::unpacksDeltas()
 {
     QFETCH(QByteArray, packet);
     QFETCH(Words, expected);
-    const QByteArray unpacked = unpackDeltaEncodedCompression(packet);
-    QCOMPARE(unpacked.size(), 64);
-    Words words(16);
-    std::memcpy(words.data(), unpacked.constData(), 64);
-    QCOMPARE(words, expected);
+    QByteArray batch("came before");
+    unpackDeltaEncodedCompression(packet, batch);
+    QVERIFY(batch.startsWith("came before"));
+    QCOMPARE(batch.size(), 11 + 64);
+    QCOMPARE(wordsOf(batch.mid(11)), expected);
+}
+
+void TestLinkedData::unpacksWhatThePlainFormUnpacks()
+{
+    std::mt19937 generator(20260106u);
+    for (int size = 0; size < 80; ++size) {
+        QByteArray batch;
+        std::vector<std::int32_t> expected;
+        for (int i = 0; i < 50; ++i) {
+            std::vector<unsigned char> packet(static_cast<std::size_t>(size));
+            for (unsigned char &byte : packet)
+                byte = static_cast<unsigned char>(generator());
+            plainDeltaPacket(packet, expected);
+            const auto bytes = reinterpret_cast<const char *>(packet.data()); // without a NUL behind them
+            unpackDeltaEncodedCompression(QByteArray::fromRawData(bytes, size), batch);
+        }
+        QCOMPARE(wordsOf(batch), Words(expected.begin(), expected.end()));
+    }
 }
 
 void TestLinkedData::joinsInParallel()

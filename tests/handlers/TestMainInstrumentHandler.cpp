@@ -805,27 +805,59 @@ void TestMainInstrumentHandler::modelsOfNoLineStaySilent()
 
 void TestMainInstrumentHandler::endsExperiments_data()
 {
+    using End = VekExperimentEnd;
     QTest::addColumn<QByteArray>("payload");
+    QTest::addColumn<End>("end");
     QTest::addColumn<QString>("reason");
 
-    QTest::newRow("completed") << wire(quint64(0), quint8(1)) << "Experiment completed";
-    QTest::newRow("safety limit") << wire(quint64(0), quint8(6))
-                                  << "Experiment stopped: voltage exceeded user specified Voltage Max safety limit";
-    QTest::newRow("a type of the future") << wire(quint64(0), quint8(17)) << "Experiment stopped: unknown reason.";
-    QTest::newRow("cut short") << wire(quint64(1)) << "Experiment stopped: unknown reason.";
+    const auto type = [](int number) { return wire(quint64(0), quint8(number)); };
+    const QString stopped = QStringLiteral("Experiment stopped: ");
+    const QString unknown = stopped + "unknown reason.";
+    // clang-format off
+    QTest::newRow("completed")     << type(1)  << End::Completed          << "Experiment completed";
+    QTest::newRow("user")          << type(2)  << End::StoppedByUser      << "Experiment stopped by user";
+    QTest::newRow("least current") << type(3)  << End::CurrentMinimum
+                                   << stopped + "current exceeded user specified Current Min safety limit";
+    QTest::newRow("most current")  << type(4)  << End::CurrentMaximum
+                                   << stopped + "current exceeded user specified Current Max safety limit";
+    QTest::newRow("least voltage") << type(5)  << End::VoltageMinimum
+                                   << stopped + "voltage exceeded user specified Voltage Min safety limit";
+    QTest::newRow("most voltage")  << type(6)  << End::VoltageMaximum
+                                   << stopped + "voltage exceeded user specified Voltage Max safety limit";
+    QTest::newRow("temperature")   << type(7)  << End::TemperatureMaximum
+                                   << stopped + "temperature exceeded user specified Temperature Max safety limit";
+    QTest::newRow("thermocouple")  << type(8)  << End::NoTemperature
+                                   << stopped + "temperature safety limit set but no temperature data received from "
+                                                "thermocouple";
+    QTest::newRow("overheated")    << type(9)  << End::Overheated          << stopped + "instrument overheated";
+    QTest::newRow("own current")   << type(10) << End::CurrentOfInstrument << stopped + "current exceeded instrument limits";
+    QTest::newRow("own voltage")   << type(11) << End::VoltageOfInstrument << stopped + "voltage exceeded instrument limits";
+    QTest::newRow("pulse")         << type(12) << End::PulseCurrent
+                                   << stopped + "current exceeded maximum current expected in pulse experiment";
+    QTest::newRow("control")       << type(13) << End::ControlFault        << stopped + "control fault";
+    QTest::newRow("node")          << type(14) << End::InvalidNode         << stopped + "invalid configuration of a node";
+    QTest::newRow("recovery")      << type(15) << End::RecoveryAction      << stopped + "recovery data action";
+    QTest::newRow("not idle")      << type(16) << End::NotIdle
+                                   << stopped + "command sent that required device to be in an idle state";
+    QTest::newRow("of the future") << type(17) << End::UnknownReason       << unknown;
+    QTest::newRow("cut short")     << wire(quint64(1)) << End::UnknownReason << unknown;
+    // clang-format on
 }
 
 void TestMainInstrumentHandler::endsExperiments()
 {
     QFETCH(QByteArray, payload);
+    QFETCH(VekExperimentEnd, end);
     QFETCH(QString, reason);
     QSignalSpy ends(_bench->device.get(), &VekInstrumentHandler::experimentStopped);
+    QSignalSpy values(_bench->device.get(), &VekInstrumentHandler::experimentEnded);
     start({makeNode(5, QStringLiteral("Constant Current"), 1)});
     _bench->instrument.send(NT_EXPERIMENT_DONE, 0, payload);
     sendSample(12.0, 1.0);
     QVERIFY(_bench->settle());
     QCOMPARE(ends.size(), 1);
     QCOMPARE(ends.at(0).at(1).toString(), reason);
+    QCOMPARE(values, (QList<QVariantList>{{ends.at(0).at(0), QVariant::fromValue(end), reason}}));
     QVERIFY(!_bench->device->isChannelBusy(0));
     QCOMPARE(_bench->device->getExperimentUTCStartTime(0), 0.0);
     QCOMPARE(timesOf(*_idle), QVector<double>{12.0});

@@ -104,8 +104,8 @@ void TestSimulatedCalibration::everyTermMatters()
     const currentRange_t range = currentRange_t(1);
     const DcSample sample{0, 0.8, 0.05, 0.5, 0.0, 25.0};
     const ExperimentalDcData raw(calibration.toRecord(sample, range, voltageRange_t(2)));
-    const int weGain = index(raw.main().weGain);
-    const int iGain = index(raw.main().iGain);
+    const int weGain = index(raw.as<MainDcRecord_t>().weGain);
+    const int iGain = index(raw.as<MainDcRecord_t>().iGain);
     using Spoil = std::function<void(cal_v4 &)>;
     const QList<Spoil> currentTerms = {
         [](cal_v4 &r) { r.iRefCoeff = 0; },          [](cal_v4 &r) { r.currentOffset[1] = 0; },

@@ -37,51 +37,60 @@ int batchSize(const Gale_AC_Header_t &header, const std::vector<float> &in, cons
 void CalibrationData::getGaleBatchDCVoltage(const Gale_AC_Header_t &header, const std::vector<float> &in,
                                             std::vector<float> &out) const
 {
-    GaleFormulas::voltageBatch(galeRecord, header.voltageRange, header.voltageRef, in.data(), out.data(),
+    GaleFormulas::voltageBatch(galeRecord(), header.voltageRange, header.voltageRef, in.data(), out.data(),
                                batchSize(header, in, out));
 }
 
 void CalibrationData::getGaleBatchDCCurrent(const Gale_AC_Header_t &header, const std::vector<float> &in,
                                             std::vector<float> &out) const
 {
-    GaleFormulas::currentBatch(galeRecord, header.currentRange, header.currentRef, in.data(), out.data(),
+    GaleFormulas::currentBatch(galeRecord(), header.currentRange, header.currentRef, in.data(), out.data(),
                                batchSize(header, in, out));
+}
+
+double CalibrationData::getTime(const Gale_AC_Header_t *header) const
+{
+    return std::holds_alternative<GaleCalibration>(line) ? double(header->tick) / galeFacts.ticksPerSecond : 0.0;
 }
 
 double CalibrationData::getEWE_DCbias(double raw, const P24ExperimentalAcData *header) const
 {
-    return isMainline() ? double(dcFormulas.getEWE(float(raw), header->weGain, header->voltageRef)) : notANumber;
+    const auto *const main = std::get_if<MainCalibration>(&line);
+    return main ? double(main->formulas().getEWE(float(raw), header->weGain, header->voltageRef)) : notANumber;
 }
 
 double CalibrationData::getCurrent_DCbias(double raw, const P24ExperimentalAcData *header) const
 {
-    if (!isMainline())
+    const auto *const main = std::get_if<MainCalibration>(&line);
+    if (!main)
         return notANumber;
-    return dcFormulas.getCurrent(float(raw), header->currentRange, header->iGain, header->currentRef, 0.0f);
+    return main->formulas().getCurrent(float(raw), header->currentRange, header->iGain, header->currentRef, 0.0f);
 }
 
 double CalibrationData::getEWE_DCbias(double raw, const Gale_AC_Header_t *header) const
 {
-    if (!isGale())
+    const auto *const gale = std::get_if<GaleCalibration>(&line);
+    if (!gale)
         return notANumber;
-    return GaleFormulas::voltageBias(galeRecord, raw, header->voltageRange, header->voltageRef);
+    return GaleFormulas::voltageBias(gale->record(), raw, header->voltageRange, header->voltageRef);
 }
 
 double CalibrationData::getCurrent_DCbias(double raw, const Gale_AC_Header_t *header) const
 {
-    if (!isGale())
+    const auto *const gale = std::get_if<GaleCalibration>(&line);
+    if (!gale)
         return notANumber;
-    return GaleFormulas::currentBias(galeRecord, raw, header->currentRange, header->currentRef);
+    return GaleFormulas::currentBias(gale->record(), raw, header->currentRange, header->currentRef);
 }
 
 std::complex<double> CalibrationData::getACCurrent_main(std::complex<double> z, ACgain_t gain, currentRange_t range,
                                                         double frequency, double level, ADC_src_t source) const
 {
-    if (dcFormulas.invalidRangeIndex(range))
+    if (mainFormulas().invalidRangeIndex(range))
         return 0.0;
     if (source == ADC_src_t::Internal12Bit)
         z /= capacitanceCurrent.get_Z_adj(frequency, level);
-    z *= dcFormulas.getACCurrentFactor(range, gain);
+    z *= mainFormulas().getACCurrentFactor(range, gain);
     return dividedByCurrentPath(z, range, frequency);
 }
 
@@ -111,25 +120,25 @@ std::complex<double> CalibrationData::getACVoltage_main(std::complex<double> z, 
 {
     if (source == ADC_src_t::Internal12Bit)
         z /= capacitanceVoltage.get_Z_adj(frequency, level);
-    z *= dcFormulas.getACVoltageFactor(weGain);
+    z *= mainFormulas().getACVoltageFactor(weGain);
     z /= gainMatrix.lookup(frequency, weGain, iGain);
     return z / stageResponse(QLatin1String(StageNames::voltageInputBuffer), 0, frequency);
 }
 
 std::complex<double> CalibrationData::getACCurrent_gale(std::complex<double> z, int range, double frequency) const
 {
-    return GaleFormulas::acCurrent(galeRecord, z, currentRange_t(range), frequency);
+    return GaleFormulas::acCurrent(galeRecord(), z, currentRange_t(range), frequency);
 }
 
 std::complex<double> CalibrationData::getACVoltage_gale(std::complex<double> z, int range, double frequency) const
 {
-    return GaleFormulas::acVoltage(galeRecord, z, voltageRange_t(range), frequency);
+    return GaleFormulas::acVoltage(galeRecord(), z, voltageRange_t(range), frequency);
 }
 
 std::complex<double> CalibrationData::removeCMCurrent(std::complex<double> current, int range, double frequency,
                                                       double voltage) const
 {
-    return current - voltage * GaleFormulas::commonModeAdmittance(galeRecord, currentRange_t(range), frequency);
+    return current - voltage * GaleFormulas::commonModeAdmittance(galeRecord(), currentRange_t(range), frequency);
 }
 
 std::complex<double> CalibrationData::adjustZforCableCapacitance(double frequency, std::complex<double> z,
@@ -156,7 +165,7 @@ ComplexDataPoint_t CalibrationData::getZOffset(double, currentRange_t, ACgain_t,
 
 double CalibrationData::getCurrentGain(ACgain_t gain) const
 {
-    return dcFormulas.getCurrentGain(gain);
+    return mainFormulas().getCurrentGain(gain);
 }
 
 void CalibrationData::correctPIC_ADC_Data__current(std::vector<float> &samples) const

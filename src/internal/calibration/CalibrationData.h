@@ -4,10 +4,11 @@
 #include "calibration/CalRecords.h"
 #include "calibration/CorrectionTables.h"
 #include "calibration/DataRecords.h"
-#include "calibration/DeviceDCcalFormulas.h"
 #include "calibration/FrequencySweep.h"
 #include "calibration/GainMatrix.h"
-#include "calibration/Temperature.h"
+#include "calibration/GaleCalibration.h"
+#include "calibration/MainCalibration.h"
+#include "calibration/NoCalibration.h"
 #include "hardware_models/HardwareModelNumber.h"
 #include "hardware_models/RangeTypes.h"
 
@@ -18,6 +19,7 @@
 #include <complex>
 #include <memory>
 #include <utility>
+#include <variant>
 #include <vector>
 
 class HardwareModel;
@@ -26,9 +28,9 @@ struct ComplexDataPoint_t;
 /**
  * Translates between one channel's raw numbers and physical units: volts, amperes, coulombs, seconds, degrees Celsius.
  *
- * The channel's calibration record decides the generation: 4 is the mainline, 5 the battery cyclers; without a usable
- * record every conversion gives its neutral answer. Tables of the analogue chain's frequency response, which the SD
- * card carries, join later and act on AC readings alone.
+ * The channel's calibration record decides the line, and with it who converts: MainCalibration, GaleCalibration, or
+ * NoCalibration without a usable record. What is asked here is asked of that one. Tables of the analogue chain's frequency
+ * response, which the SD card carries, join later and act on AC readings alone.
  *
  * @thread  A value without lock: handed from thread to thread as a copy, const operations run on any thread.
  * @failure Nothing fails. Without a record the answers are 0.0, except 255 for a current range or a gain; a missing
@@ -54,16 +56,17 @@ public:
     void setGaleCfgData(const Gale_Cfg_t &cfg);
     Gale_Cfg_t getGaleCfg() const { return galeCfg; }
     /// Generation of the record: 4 mainline, 5 battery cycler, 0 none.
-    qint32 getCalVersion() const { return calVersion; }
+    qint32 getCalVersion() const;
 
     // Results of a tare, in amperes and volts; for battery cyclers and existing ranges only.
     void UpdateCurrentOffset(int range, float value);
     void UpdateVoltageOffset(int range, float value);
 
-    // One DC sample.
+    /// One DC sample. Takes the payload of NT_DC_DATA; what it lacks reads as zero.
+    ProcessedDCData ProcessDCDataPoint(const QByteArray &payload) const;
     ProcessedDCData ProcessDCDataPoint(const ExperimentalDcData &data) const;
+    // The same sample's values one by one.
     double getTime(const ExperimentalDcData *data) const;    ///< seconds of the instrument's clock
-    double getTime(const Gale_AC_Header_t *header) const;    ///< seconds; of a battery cycler only
     double getEWE(const ExperimentalDcData *data) const;     ///< volts
     double getECE(const ExperimentalDcData *data) const;     ///< volts; NaN on battery cyclers, which do not measure it
     double getCurrent(const ExperimentalDcData *data) const; ///< amperes
@@ -94,6 +97,7 @@ public:
     std::vector<std::pair<double, double>> getCurrentMinMaxList() const;
     /// Volts that each voltage range spans, in the order of the ranges.
     std::vector<std::pair<double, double>> getVoltageMinMaxList() const;
+    // One range of the line that is named; 0 to 0 if the record is of the other.
     std::pair<double, double> getCurrentMinMax_gale(currentRange_t range) const;
     std::pair<double, double> getCurrentMinMax_mainline(currentRange_t range) const;
 
@@ -106,6 +110,7 @@ public:
     void clearLUTEntries();
     void setCurrentRangeForNullOffsetMeas(currentRange_t range) { nullOffsetRange = range; }
 
+    double getTime(const Gale_AC_Header_t *header) const; ///< seconds; of a battery cycler only
     // A batch of a battery cycler; both vectors hold at least the header's number of samples.
     void getGaleBatchDCVoltage(const Gale_AC_Header_t &header, const std::vector<float> &in,
                                std::vector<float> &out) const;
@@ -140,29 +145,26 @@ public:
     void correctPIC_ADC_Data__voltage(std::vector<float> &samples) const;
 
 private:
-    static constexpr qint32 mainlineVersion = 4;
-    static constexpr qint32 galeVersion = 5;
+    /// Asks a question of whichever line the record is of.
+    template <class Question>
+    auto asked(const Question &question) const
+    {
+        return std::visit(question, line);
+    }
+    // What the record gives for AC records of a line; if it is of the other one, what an empty record would.
+    const DeviceDCcalFormulas &mainFormulas() const;
+    const cal_vc07 &galeRecord() const;
 
-    bool isMainline() const { return calVersion == mainlineVersion; }
-    bool isGale() const { return calVersion == galeVersion; }
-    void takeMainRecord();
     void forgetTables();
     void loadSweepTables();
     std::complex<double> stageResponse(const QString &stage, int setting, double frequency) const;
     std::complex<double> dividedByCurrentPath(std::complex<double> z, currentRange_t range, double frequency) const;
 
-    qint32 calVersion = 0;
     std::shared_ptr<const HardwareModel> hardwareModel; ///< never null
     Gale_Cfg_t galeCfg;
-    double chargeTick; ///< seconds per count of the cycler's charge integrator
-    cal_v4 mainRecord = {};
-    cal_vc07 galeRecord = {};
-    DeviceDCcalFormulas dcFormulas;
+    std::variant<NoCalibration, MainCalibration, GaleCalibration> line;
     currentRange_t nullOffsetRange = currentRange_t::Largest; ///< for the null-offset measurement, which has no reader
-    Thermistor thermistor;                                    ///< battery cyclers
-    TemperatureParser temperatureParser;                      ///< mainline
-    HardwareModel_t modelType = HardwareModel_t::Invalid;
-    QString tablePath; ///< folder of the tables; empty until they were imported
+    QString tablePath;                                        ///< folder of the tables; empty until they were imported
     CSVdataImporter dataImporter;
     QMap<QString, QList<frequencySweep>> sweepTables; ///< response of each stage, by its name
     GainMatrix gainMatrix;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calibration/RecordBytes.h"
+#include "hardware_models/LineFacts.h"
 #include "hardware_models/RangeTypes.h"
 
 #include <QtGlobal>
@@ -13,10 +14,6 @@ enum class ADC_src_t : quint8 {
     External16Bit = 1,
 };
 
-// The clocks of the two lines.
-constexpr double mainlineTicksPerSecond = 1e8;
-constexpr double galeTicksPerSecond = 8.75e7;
-
 #pragma pack(push, 1)
 /// One raw DC sample of the mainline: 44 bytes, little-endian; payload of NT_DC_DATA.
 struct MainDcRecord_t {
@@ -25,7 +22,7 @@ struct MainDcRecord_t {
     float rawCurrent;
     float secondRaw;     ///< counter electrode
     double charge;       ///< cumulative, coulombs
-    quint64 tick;        ///< mainlineTicksPerSecond
+    quint64 tick;        ///< mainFacts.ticksPerSecond
     qint16 voltageRef;   ///< reference word of the voltage reading
     qint16 currentRef;   ///< reference word of the current reading
     quint32 temperature; ///< word of the thermocouple converter
@@ -37,7 +34,7 @@ struct MainDcRecord_t {
 
 /// One raw DC sample of a battery cycler: 36 bytes, little-endian; payload of NT_DC_DATA.
 struct GaleDcRecord_t {
-    quint64 tick; ///< galeTicksPerSecond
+    quint64 tick; ///< galeFacts.ticksPerSecond
     float rawCurrent;
     float rawVoltage;
     float temperature; ///< reading of the thermistor's divider
@@ -55,7 +52,7 @@ struct GaleDcRecord_t {
  * then all voltage samples.
  */
 struct P24ExperimentalAcData {
-    quint64 tick;       ///< mainlineTicksPerSecond
+    quint64 tick;       ///< mainFacts.ticksPerSecond
     float frequency;    ///< hertz, of the signal
     float samplePeriod; ///< seconds
     qint32 samplesPerSignal;
@@ -73,7 +70,7 @@ struct P24ExperimentalAcData {
 
 /// Head of a battery cycler's AC batch: 34 bytes, little-endian; payload of NT_AC_DATA_INVALID.
 struct Gale_AC_Header_t {
-    quint64 tick; ///< galeTicksPerSecond
+    quint64 tick; ///< galeFacts.ticksPerSecond
     quint32 samplesPerSignal;
     float frequency; ///< hertz, of the signal; of a multi-tone drive its base
     quint32 reserved16;
@@ -108,10 +105,12 @@ public:
         return ExperimentalDcData(recordFromBytes<MainDcRecord_t>(payload));
     }
 
-    const MainDcRecord_t &main() const { return _bytes; }
-    GaleDcRecord_t gale() const
+    /// The sample as the record of a line.
+    template <class Record>
+    Record as() const
     {
-        return recordFromBytes<GaleDcRecord_t>(reinterpret_cast<const char *>(&_bytes), int(sizeof _bytes));
+        static_assert(sizeof(Record) <= sizeof(MainDcRecord_t), "a sample holds the record of either line");
+        return recordAt<Record>(reinterpret_cast<const char *>(&_bytes));
     }
 
 private:

@@ -112,32 +112,6 @@ void DeviceDCcalFormulas::setWEgainMap(const std::map<voltageRange_t, ACgain_t> 
         vRangeMap[gain] = range;
 }
 
-float DeviceDCcalFormulas::getEWE(float raw, ACgain_t gain, short ref) const
-{
-    if (invalidGain(gain))
-        return 0.0f;
-    const int g = index(gain);
-    return eweOffset[g] + (eweGain[g] * raw + float(ref) * eweRefCoeff);
-}
-
-float DeviceDCcalFormulas::getECE(float ce, float we) const
-{
-    return eceCeOffset + eceCeGain * ce - eceWeGain * we - eceWeOffset;
-}
-
-float DeviceDCcalFormulas::getCurrent(float raw, currentRange_t range, ACgain_t gain, short ref, float ce) const
-{
-    if (invalidGain(gain) || invalidRangeIndex(range))
-        return 0.0f;
-    const int g = index(gain);
-    const int r = index(range);
-    float x = (iStageOffset[g] + raw) / iGainValue[g];
-    x += iRefCoeff * float(ref);
-    if (r < numHighSideRanges)
-        x += highSideCMCoeff * ce;
-    return currentOffset[r] + currentGain[r] * x;
-}
-
 float DeviceDCcalFormulas::getCurrentRdgBIN(float value, currentRange_t range, ACgain_t gain, short ref,
                                             float /*ce*/) const
 {
@@ -261,19 +235,4 @@ double DeviceDCcalFormulas::getACCurrentFactor(currentRange_t range, ACgain_t ga
 double DeviceDCcalFormulas::getACVoltageFactor(ACgain_t gain) const
 {
     return invalidGain(gain) ? 0.0 : double(eweGain[0] / weGainValue[index(gain)]);
-}
-
-bool DeviceDCcalFormulas::invalidRangeIndex(currentRange_t range) const
-{
-    return index(range) >= currentRanges;
-}
-
-bool DeviceDCcalFormulas::invalidRangeIndex(voltageRange_t range) const
-{
-    return index(range) >= voltageRanges;
-}
-
-bool DeviceDCcalFormulas::invalidGain(ACgain_t gain) const
-{
-    return index(gain) >= gainSettings;
 }

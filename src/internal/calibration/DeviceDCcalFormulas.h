@@ -109,3 +109,46 @@ private:
     std::map<ACgain_t, voltageRange_t> vRangeMap;
     double vRangeLimit[voltageRanges] = {}; ///< volts: the largest magnitude that the range can both read and set
 };
+
+// What every sample passes, and what it asks.
+
+inline float DeviceDCcalFormulas::getEWE(float raw, ACgain_t gain, short ref) const
+{
+    if (invalidGain(gain))
+        return 0.0f;
+    const int g = index(gain);
+    return eweOffset[g] + (eweGain[g] * raw + float(ref) * eweRefCoeff);
+}
+
+inline float DeviceDCcalFormulas::getECE(float ce, float we) const
+{
+    return eceCeOffset + eceCeGain * ce - eceWeGain * we - eceWeOffset;
+}
+
+inline float DeviceDCcalFormulas::getCurrent(float raw, currentRange_t range, ACgain_t gain, short ref, float ce) const
+{
+    if (invalidGain(gain) || invalidRangeIndex(range))
+        return 0.0f;
+    const int g = index(gain);
+    const int r = index(range);
+    float x = (iStageOffset[g] + raw) / iGainValue[g];
+    x += iRefCoeff * float(ref);
+    if (r < numHighSideRanges)
+        x += highSideCMCoeff * ce;
+    return currentOffset[r] + currentGain[r] * x;
+}
+
+inline bool DeviceDCcalFormulas::invalidRangeIndex(currentRange_t range) const
+{
+    return index(range) >= currentRanges;
+}
+
+inline bool DeviceDCcalFormulas::invalidRangeIndex(voltageRange_t range) const
+{
+    return index(range) >= voltageRanges;
+}
+
+inline bool DeviceDCcalFormulas::invalidGain(ACgain_t gain) const
+{
+    return index(gain) >= gainSettings;
+}

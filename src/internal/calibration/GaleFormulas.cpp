@@ -21,13 +21,6 @@ double clampedCode(double code)
     return std::isnan(code) ? 0.0 : std::clamp(code, -largest, largest);
 }
 
-/// The cubic that straightens a current; in the precision of its argument.
-template <typename Real>
-Real straightened(const cal_vc07 &record, int range, Real x)
-{
-    return record.iCubic[range] * (x * x * x) + x * x * record.iQuadratic[range] + x;
-}
-
 double polynomial(const float (&coefficients)[5], double frequency)
 {
     double sum = coefficients[0];
@@ -46,29 +39,6 @@ std::complex<double> scaledAndTurned(std::complex<double> z, double factor, doub
 }
 
 } // namespace
-
-int GaleFormulas::readingRange(currentRange_t range)
-{
-    return index(range) < currentRanges ? index(range) : 0;
-}
-
-int GaleFormulas::readingRange(voltageRange_t range)
-{
-    return index(range) < voltageRanges ? index(range) : 0;
-}
-
-float GaleFormulas::voltage(const cal_vc07 &record, float raw, voltageRange_t range, short ref)
-{
-    const int r = readingRange(range);
-    return record.vOffset[r] + (record.vGain[r] * raw + float(ref) * record.vRefCoeff[r]);
-}
-
-float GaleFormulas::current(const cal_vc07 &record, float raw, currentRange_t range, short ref)
-{
-    const int r = readingRange(range);
-    const float x = record.iOffset[r] + (record.iGain[r] * raw + float(ref) * record.iRefCoeff[r]);
-    return straightened(record, r, x);
-}
 
 void GaleFormulas::voltageBatch(const cal_vc07 &record, voltageRange_t range, short ref, const float *in, float *out,
                                 int count)
@@ -99,11 +69,6 @@ double GaleFormulas::currentBias(const cal_vc07 &record, double raw, currentRang
     const int r = readingRange(range);
     const float reference = float(ref) * record.iRefCoeff[r]; // in single precision, unlike the rest
     return straightened(record, r, record.iOffset[r] + (record.iGain[r] * raw + reference));
-}
-
-float GaleFormulas::chargeGain(const cal_vc07 &record, int range)
-{
-    return coefficient(record.iGain, range);
 }
 
 int GaleFormulas::voltageCode(const cal_vc07 &record, double volts, voltageRange_t range)

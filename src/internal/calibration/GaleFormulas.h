@@ -24,6 +24,9 @@ int readingRange(voltageRange_t range);
 // A sample, in single precision; volts and amperes.
 float voltage(const cal_vc07 &record, float raw, voltageRange_t range, short ref);
 float current(const cal_vc07 &record, float raw, currentRange_t range, short ref);
+/// The cubic that straightens a current; in the precision of its argument.
+template <typename Real>
+Real straightened(const cal_vc07 &record, int range, Real x);
 /// The `count` samples of a batch, in single precision; each sum is associated differently than a sample's.
 void voltageBatch(const cal_vc07 &record, voltageRange_t range, short ref, const float *in, float *out, int count);
 void currentBatch(const cal_vc07 &record, currentRange_t range, short ref, const float *in, float *out, int count);
@@ -31,7 +34,7 @@ void currentBatch(const cal_vc07 &record, currentRange_t range, short ref, const
 double voltageBias(const cal_vc07 &record, double raw, voltageRange_t range, short ref);
 double currentBias(const cal_vc07 &record, double raw, currentRange_t range, short ref);
 
-/// Coulombs per count of the integrator, for a tick of one second.
+/// Coulombs per count of the integrator, for a tick of one second; a range is not negative.
 float chargeGain(const cal_vc07 &record, int range);
 
 // Setpoints as codes.
@@ -49,3 +52,39 @@ std::complex<double> acVoltage(const cal_vc07 &record, std::complex<double> z, v
 std::complex<double> commonModeAdmittance(const cal_vc07 &record, currentRange_t range, double frequency);
 
 } // namespace GaleFormulas
+
+// What every sample passes.
+
+inline int GaleFormulas::readingRange(currentRange_t range)
+{
+    return index(range) < currentRanges ? index(range) : 0;
+}
+
+inline int GaleFormulas::readingRange(voltageRange_t range)
+{
+    return index(range) < voltageRanges ? index(range) : 0;
+}
+
+template <typename Real>
+Real GaleFormulas::straightened(const cal_vc07 &record, int range, Real x)
+{
+    return record.iCubic[range] * (x * x * x) + x * x * record.iQuadratic[range] + x;
+}
+
+inline float GaleFormulas::voltage(const cal_vc07 &record, float raw, voltageRange_t range, short ref)
+{
+    const int r = readingRange(range);
+    return record.vOffset[r] + (record.vGain[r] * raw + float(ref) * record.vRefCoeff[r]);
+}
+
+inline float GaleFormulas::current(const cal_vc07 &record, float raw, currentRange_t range, short ref)
+{
+    const int r = readingRange(range);
+    const float x = record.iOffset[r] + (record.iGain[r] * raw + float(ref) * record.iRefCoeff[r]);
+    return straightened(record, r, x);
+}
+
+inline float GaleFormulas::chargeGain(const cal_vc07 &record, int range)
+{
+    return range < currentRanges ? record.iGain[range] : 0.0f;
+}

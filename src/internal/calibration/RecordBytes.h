@@ -7,6 +7,16 @@
 #include <cstring>
 #include <type_traits>
 
+/// Reads a packed record from bytes that hold all of it.
+template <class Record>
+Record recordAt(const char *bytes)
+{
+    static_assert(std::is_trivially_copyable<Record>::value, "a record is plain bytes");
+    Record record;
+    std::memcpy(static_cast<void *>(&record), bytes, sizeof record);
+    return record;
+}
+
 /**
  * Reads a packed record from the front of some bytes. What the bytes lack reads as zero, what exceeds the record is left
  * alone; so no length that an instrument claims makes us read past the end. Records are little-endian, as is the host.

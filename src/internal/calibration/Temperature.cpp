@@ -10,10 +10,6 @@ constexpr float lowestTemperature = -60.0f;
 constexpr float highestTemperature = 135.0f;
 constexpr float noTemperature = std::numeric_limits<float>::quiet_NaN();
 
-constexpr unsigned faultBit = 1u << 16;
-constexpr int readingShift = 18; // the reading fills bits 31 to 18
-constexpr float degreesPerCount = 0.25f;
-
 } // namespace
 
 Thermistor::Thermistor(float a, float b, float c, float d) : A(a), B(b), C(c), D(d)
@@ -53,11 +49,4 @@ double Thermistor::logResistance(double reciprocalTemperature) const
         x -= residual / (B + 2.0 * C * x + 3.0 * D * x * x);
     }
     return x;
-}
-
-float TemperatureParser::getTemp(unsigned word) const
-{
-    if (word & faultBit)
-        return noTemperature;
-    return float(static_cast<int>(word) >> readingShift) * degreesPerCount;
 }

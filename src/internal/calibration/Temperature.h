@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 /**
  * A thermistor at the lower end of a voltage divider, as the battery cyclers measure temperature.
  *
@@ -35,5 +37,15 @@ class TemperatureParser
 {
 public:
     /// Degrees Celsius in steps of 0.25; NaN when the converter flags a fault.
-    float getTemp(unsigned word) const;
+    float getTemp(unsigned word) const
+    {
+        if (word & faultBit)
+            return std::numeric_limits<float>::quiet_NaN();
+        return float(static_cast<int>(word) >> readingShift) * degreesPerCount;
+    }
+
+private:
+    static constexpr unsigned faultBit = 1u << 16;
+    static constexpr int readingShift = 18; // the reading fills bits 31 to 18
+    static constexpr float degreesPerCount = 0.25f;
 };

@@ -6,45 +6,67 @@
 
 namespace {
 
-constexpr int wordCount = 16;
-constexpr int firstPairSize = 8;
+constexpr int pairCount = 8;
+constexpr int pairSize = 2 * sizeof(quint32);
+constexpr int unpackedSize = pairCount * pairSize;
 
-/// Bytes of a difference in a compressed packet; 0 in one whose words are in place as they stand.
-int deltaWidth(int packetLength)
+/// A packet whose differences take so many bytes.
+constexpr int packetSize(int width)
 {
-    switch (packetLength) {
-    case 50:
-        return 3;
-    case 36:
-        return 2;
-    case 22:
-        return 1;
-    default:
-        return 0;
+    return pairSize + 2 * (pairCount - 1) * width;
+}
+
+quint32 wordAt(const char *bytes)
+{
+    quint32 word;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+/// A signed number: the word that ends with its last byte, without the bytes in front of it.
+template <int width>
+quint32 differenceAt(const char *bytes)
+{
+    return quint32(qint32(wordAt(bytes + width - int(sizeof(quint32)))) >> (32 - 8 * width));
+}
+
+/// Sums up the pairs of a packet that is long enough.
+template <int width>
+void sumUp(const char *packet, char *unpacked)
+{
+    std::array<quint32, 2> pair = {wordAt(packet), wordAt(packet + sizeof(quint32))}; // unsigned, so that sums wrap
+    std::memcpy(unpacked, pair.data(), pairSize);
+    const char *difference = packet + pairSize;
+    for (int i = 1; i < pairCount; ++i, difference += 2 * width) {
+        pair[0] += differenceAt<width>(difference);
+        pair[1] += differenceAt<width>(difference + width);
+        std::memcpy(unpacked + i * pairSize, pair.data(), pairSize);
     }
 }
 
-quint32 signExtended(const uchar *bytes, int width)
+/// Fills up with zeros what is too short for whole words.
+void sumUpWords(const QByteArray &packet, char *unpacked)
 {
-    quint32 value = 0;
-    for (int i = 0; i < width; ++i)
-        value |= quint32(bytes[i]) << (8 * i);
-    const int unused = 32 - 8 * width;
-    return quint32(qint32(value << unused) >> unused);
+    std::array<char, unpackedSize> words = {};
+    std::memcpy(words.data(), packet.constData(), std::min(words.size(), std::size_t(packet.size())));
+    sumUp<4>(words.data(), unpacked);
 }
 
 } // namespace
 
-QByteArray unpackDeltaEncodedCompression(const QByteArray &packet)
+void unpackDeltaEncodedCompression(const QByteArray &packet, QByteArray &batch)
 {
-    std::array<quint32, wordCount> words = {}; // unsigned, so that sums wrap
-    std::memcpy(words.data(), packet.constData(), std::min(sizeof words, std::size_t(packet.size())));
-    if (const int width = deltaWidth(packet.size())) {
-        auto delta = reinterpret_cast<const uchar *>(packet.constData()) + firstPairSize;
-        for (auto word = words.begin() + 2; word != words.end(); ++word, delta += width)
-            *word = signExtended(delta, width);
+    const int end = batch.size();
+    batch.resize(end + unpackedSize);
+    char *const unpacked = batch.data() + end;
+    switch (packet.size()) {
+    case packetSize(1):
+        return sumUp<1>(packet.constData(), unpacked);
+    case packetSize(2):
+        return sumUp<2>(packet.constData(), unpacked);
+    case packetSize(3):
+        return sumUp<3>(packet.constData(), unpacked);
+    default:
+        return sumUpWords(packet, unpacked);
     }
-    for (std::size_t i = 2; i < wordCount; ++i)
-        words[i] += words[i - 2];
-    return QByteArray(reinterpret_cast<const char *>(words.data()), int(sizeof words));
 }

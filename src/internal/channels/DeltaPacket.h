@@ -9,6 +9,6 @@
  * how many bytes a difference takes: 50 bytes three, 36 two, 22 one, any other four. A packet that is too short is
  * filled up with zeros; sums wrap.
  *
- * @return the pairs as 64 bytes, little-endian
+ * @param batch what has come before; the pairs are appended as 64 bytes, little-endian
  */
-QByteArray unpackDeltaEncodedCompression(const QByteArray &packet);
+void unpackDeltaEncodedCompression(const QByteArray &packet, QByteArray &batch);

@@ -41,6 +41,7 @@ BootLoaderCommunicator *BootLoaderCommunicator::Instance()
 BootLoaderCommunicator::BootLoaderCommunicator() : _patience(_clock.makeAlarm([this] { onPatienceEnded(); }))
 {
     qRegisterMetaType<QMap<QString, int>>("QMap<QString,int>");
+    qRegisterMetaType<VekFirmwareUpdateStage>("VekFirmwareUpdateStage");
     using Finder = HidFinderThread;
     using This = BootLoaderCommunicator;
     // The finder waits until the updates of its batch have run.
@@ -212,9 +213,10 @@ void BootLoaderCommunicator::runNext()
     const VekErrorCode verdict = verdictOn(data.model);
     _outcome = false;
     if (!isStillThere(data))
-        refuse(data, QStringLiteral("The bootloader that was found has gone, or is another model's now."));
+        refuse(data, VekFirmwareUpdateStage::BootloaderGone,
+               QStringLiteral("The bootloader that was found has gone, or is another model's now."));
     else if (verdict == VekErrorCode::StandInFirmware)
-        refuse(data, verdict.message());
+        refuse(data, VekFirmwareUpdateStage::StandInFirmware, verdict.message());
     else
         flash(data, verdict == VekErrorCode::Success ? findHexFilePath(data.model) : QString());
     if (!_outcome)
@@ -238,9 +240,9 @@ void BootLoaderCommunicator::flash(const HidData &data, const QString &imagePath
     run.exec();
 }
 
-void BootLoaderCommunicator::refuse(const HidData &data, const QString &reason)
+void BootLoaderCommunicator::refuse(const HidData &data, VekFirmwareUpdateStage why, const QString &reason)
 {
-    Q_EMIT Refused(data.deviceName, reason);
+    Q_EMIT Refused(data.deviceName, why, reason);
     Q_EMIT Finished(data.deviceName, false);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VekFirmwareUpdateStage.h"
 #include "firmware/AnnouncedUpdates.h"
 #include "firmware/ApplicationSingleton.h"
 #include "firmware/HidFinderThread.h"
@@ -79,7 +80,7 @@ Q_SIGNALS:
     /// A device does not know its model.
     void FindReleaseNumber(QString path);
     /// Nothing is written to a device, for this reason in words; Finished() follows.
-    void Refused(QString deviceName, QString reason);
+    void Refused(QString deviceName, VekFirmwareUpdateStage why, QString reason);
 
 private:
     friend class ApplicationSingleton<BootLoaderCommunicator>;
@@ -95,7 +96,7 @@ private:
     void startBootLoader();
     void runNext();
     void flash(const HidData &data, const QString &imagePath);
-    void refuse(const HidData &data, const QString &reason);
+    void refuse(const HidData &data, VekFirmwareUpdateStage why, const QString &reason);
     void restartPatience();
 
     HidFinderThread _finder;

@@ -47,7 +47,7 @@ VekErrorCode restart(const InstrumentInfo &info, const Clock &clock)
         return VekErrorCode(VekErrorCode::ConnectionFailed,
                             QStringLiteral("The instrument has left its port before it could be restarted into its "
                                            "bootloader. Nothing was changed; please try again."));
-    link.SendCommand(PC_SOFT_RESET, isGale(info) ? allChannels : deviceChannel);
+    link.SendCommand(PC_SOFT_RESET, factsOf(instrumentLineOf(info.hardware.hwModel)).resetChannel);
     if (!hasAllLeft(link))
         return VekErrorCode(
             VekErrorCode::ConnectionFailed,
@@ -133,28 +133,30 @@ void FirmwareUpdateHandler::updateThroughHidConnections()
 
 void FirmwareUpdateHandler::BootloaderSetProgress(const QString &deviceName, int percent)
 {
-    Q_EMIT firmwareUpdateNotification(deviceName + QStringLiteral(": Progress ") + QString::number(percent));
+    tell(deviceName, Stage::Writing, QStringLiteral(": Progress ") + QString::number(percent), percent);
 }
 
 void FirmwareUpdateHandler::BootloaderFinished(const QString &deviceName, bool success)
 {
-    Q_EMIT firmwareUpdateNotification(deviceName + (success ? QStringLiteral(": Firmware updated successfully.")
-                                                            : QStringLiteral(": Firmware update failed.")));
+    if (success)
+        tell(deviceName, Stage::Succeeded, QStringLiteral(": Firmware updated successfully."));
+    else
+        tell(deviceName, Stage::Failed, QStringLiteral(": Firmware update failed."));
 }
 
-void FirmwareUpdateHandler::BootloaderRefused(const QString &deviceName, const QString &reason)
+void FirmwareUpdateHandler::BootloaderRefused(const QString &deviceName, Stage why, const QString &reason)
 {
-    Q_EMIT firmwareUpdateNotification(deviceName + QStringLiteral(": ") + reason);
+    tell(deviceName, why, QStringLiteral(": ") + reason);
 }
 
 void FirmwareUpdateHandler::BootloaderStarted(const QString &deviceName)
 {
-    Q_EMIT firmwareUpdateNotification(deviceName + QStringLiteral(": Firmware update has initialized."));
+    tell(deviceName, Stage::Begun, QStringLiteral(": Firmware update has initialized."));
 }
 
 void FirmwareUpdateHandler::BootloaderFound(const QString &deviceName)
 {
-    Q_EMIT firmwareUpdateNotification(deviceName + QStringLiteral(": Firmware update is starting."));
+    tell(deviceName, Stage::BootloaderFound, QStringLiteral(": Firmware update is starting."));
 }
 
 // A library without a user interface has no dialog to show.
@@ -164,5 +166,12 @@ void FirmwareUpdateHandler::ShowBootloaderDialog()
 
 void FirmwareUpdateHandler::UnknowHIDModelConnect(const QString &)
 {
-    Q_EMIT firmwareUpdateNotification(QStringLiteral("Unknow HID model connections. "));
+    tell(QString(), Stage::UnknownModel, QStringLiteral("Unknow HID model connections. "));
+}
+
+void FirmwareUpdateHandler::tell(const QString &deviceName, Stage stage, const QString &words, int percent)
+{
+    const QString message = deviceName + words;
+    Q_EMIT firmwareUpdateNotification(message);
+    Q_EMIT firmwareUpdateStageReached(deviceName, stage, percent, message);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VekErrorCode.h"
+#include "VekFirmwareUpdateStage.h"
 #include "waiting/Clock.h"
 
 #include <QObject>
@@ -48,15 +49,22 @@ Q_SIGNALS:
     void firmwareUpdateNotification(QString const &message);
     /// An update over HID has ended. Deliberate: one over the serial road tells its end in the notification alone.
     void firmwareUpdateFinished(QString const &deviceName, bool success);
+    /// What firmwareUpdateNotification() has just told, as values; @p percent is 0 but for Writing.
+    void firmwareUpdateStageReached(const QString &deviceName, VekFirmwareUpdateStage stage, int percent,
+                                    const QString &message);
 
 private:
+    using Stage = VekFirmwareUpdateStage;
+
     void BootloaderSetProgress(const QString &deviceName, int percent);
     void BootloaderFinished(const QString &deviceName, bool success);
-    void BootloaderRefused(const QString &deviceName, const QString &reason);
+    void BootloaderRefused(const QString &deviceName, Stage why, const QString &reason);
     void BootloaderStarted(const QString &deviceName);
     void BootloaderFound(const QString &deviceName);
     void ShowBootloaderDialog();
     void UnknowHIDModelConnect(const QString &path);
+    /// @param words what follows the name in the message
+    void tell(const QString &deviceName, Stage stage, const QString &words, int percent = 0);
 
     const Clock &_clock;
 };

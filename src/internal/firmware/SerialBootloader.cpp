@@ -15,7 +15,6 @@ constexpr int openPauseMs = 5;
 constexpr int serialReplyTimeoutMs = 5000;
 constexpr int readSliceMs = 5; // of the system's time: looks at the port, which decide nothing
 constexpr int channelPosition = 3;
-constexpr int channelsPerBoard = 2;
 constexpr int longestHardwareText = 64;
 constexpr char accessCode[] = "W4TnKqYs8LhBfM2c"; // instrument and host hold the same
 
@@ -98,7 +97,7 @@ bool SerialBootloader::countBoards(QSerialPort &port, int &boards)
     const QByteArray channels = waitForResponse(port, 1);
     if (channels.isEmpty())
         return false;
-    boards = static_cast<qint8>(channels.at(0)) / channelsPerBoard;
+    boards = static_cast<qint8>(channels.at(0)) / galeFacts.channelsPerBoard;
     return true;
 }
 

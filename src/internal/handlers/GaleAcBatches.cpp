@@ -42,7 +42,7 @@ void GaleInstrumentHandler::onExperimentACDataReceived(unsigned char channel, co
     ChannelHandler *const handler = channelAt(channel);
     if (!handler || line() != InstrumentLine::Gale)
         return;
-    handler->ac.data += unpackDeltaEncodedCompression(payload);
+    unpackDeltaEncodedCompression(payload, handler->ac.data);
     --handler->ac.packetsRemaining;
     const Group group = groupOf(*handler);
     if (packetsAwaitedBy(group) != 0)

@@ -55,12 +55,6 @@ void GaleInstrumentHandler::sendInitialDefaults()
     Q_EMIT initialConnectionRequestFinished(_op->isConnected());
 }
 
-void GaleInstrumentHandler::softReset()
-{
-    if (_op)
-        _op->softReset(allChannels);
-}
-
 // Deliberate: the other way round than on a main-line model without a fan control. The cycler's fan is always variable.
 VekErrorCode GaleInstrumentHandler::setFanSpeedVariable(bool variable)
 {
@@ -191,7 +185,7 @@ void GaleInstrumentHandler::onExperimentDataBeginning(unsigned char channel, con
         }
         member->setDataStatus(ChannelHandler::DATA_STARTED);
     }
-    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / galeTicksPerSecond);
+    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / galeFacts.ticksPerSecond);
 }
 
 void GaleInstrumentHandler::onExperimentCompleted(unsigned char channel, const QByteArray &payload)
@@ -208,7 +202,7 @@ void GaleInstrumentHandler::onExperimentCompleted(unsigned char channel, const Q
     for (ChannelHandler *const member : group)
         member->capacity.endExperiment();
     if (isMaster) // the other members end in silence
-        Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
+        tellEnd(channel, payload);
 }
 
 void GaleInstrumentHandler::onExperimentNodeBeginning(unsigned char channel, const QByteArray &payload)

@@ -20,13 +20,12 @@ public:
     explicit GaleInstrumentHandler(const InstrumentInfo &info, const Clock &clock = Clock::host());
     ~GaleInstrumentHandler() override;
 
-    static constexpr int getNumberofChannelperBoard() { return 2; }
+    static constexpr int getNumberofChannelperBoard() { return galeFacts.channelsPerBoard; }
 
     VekErrorCode uploadExperimentToChannel(unsigned char channel,
                                            std::shared_ptr<AbstractExperiment> experiment) override;
     /// @return of a group whose start could not be sent: Unknown, and its channels stay marked as running
     VekErrorCode startUploadedExperiment(unsigned char channel) override;
-    void softReset() override;
     /// @return the lowest channel of the new group, or -1; earlier groups of the channels may be gone even then
     int setLinkedChannels(std::vector<unsigned char> channels, bool bipolar) override;
     bool hasBipolarMode(unsigned char channel) override;

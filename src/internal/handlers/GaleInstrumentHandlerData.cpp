@@ -8,7 +8,7 @@ void GaleInstrumentHandler::onExperimentDCDataReceived(unsigned char channel, co
     ChannelHandler *const handler = channelAt(channel);
     if (!handler || line() != InstrumentLine::Gale || payload.size() != int(sizeof(GaleDcRecord_t)))
         return;
-    const ProcessedDCData point = calibrationOf(channel).ProcessDCDataPoint(ExperimentalDcData::fromPayload(payload));
+    const ProcessedDCData point = calibrationOf(channel).ProcessDCDataPoint(payload);
     if (!hasExperimentData(*handler)) {
         Q_EMIT idleDCDataReady(channel, DcOutputData(point));
         return;

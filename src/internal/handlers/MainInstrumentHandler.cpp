@@ -199,7 +199,7 @@ void MainInstrumentHandler::onExperimentDCDataReceived(unsigned char channel, co
     ChannelHandler *const handler = channelAt(channel);
     if (!handler || line() != InstrumentLine::Main || payload.size() != int(sizeof(MainDcRecord_t)))
         return;
-    const ProcessedDCData point = calibrationOf(channel).ProcessDCDataPoint(ExperimentalDcData::fromPayload(payload));
+    const ProcessedDCData point = calibrationOf(channel).ProcessDCDataPoint(payload);
     handler->capacity.onDcDataReceived(point.charge); // before any filter: charge counts when samples are dropped
     const VekDCData data = withCharge(DcOutputData(point), point.charge, handler->capacity);
     if (hasExperimentData(*handler))

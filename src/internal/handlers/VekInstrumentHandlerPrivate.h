@@ -214,6 +214,7 @@ Q_SIGNALS:
     void memoryDataStarting();
     void memoryDataErased(bool erased);
     void experimentCompleted(unsigned char channel, const QString &reason);
+    void experimentEnded(unsigned char channel, VekExperimentEnd end, const QString &reason); ///< with the above
     void experimentPaused(unsigned char channel);
     void experimentResumed(unsigned char channel);
     void deviceNotification(unsigned char channel, QString text);
@@ -306,8 +307,9 @@ protected:
     void emitACData(unsigned char channel, const ComplexDataPoint_t &point);
     /// Whether samples of the channel belong to an experiment whose first data have been announced.
     static bool hasExperimentData(const ChannelHandler &channel);
-    /// The reason for the end of an experiment, in words.
-    static QString stopMessageIn(const QByteArray &payload);
+    /// Tells the end of an experiment by what the instrument says of it.
+    void tellEnd(unsigned char channel, const QByteArray &payload);
+    void tellEnd(unsigned char channel, VekExperimentEnd end, const QString &reason);
 
     const Clock &_clock;
     InstrumentInfo _info;

@@ -43,6 +43,7 @@ void VekInstrumentHandlerPrivate::onThreadStarted()
     qRegisterMetaType<VekACData>("VekACData");
     qRegisterMetaType<VekDCData>("VekDCData");
     qRegisterMetaType<VekErrorCode>("VekErrorCode");
+    qRegisterMetaType<VekExperimentEnd>("VekExperimentEnd");
     connectWithOperatorSignals();
 }
 
@@ -93,7 +94,7 @@ void VekInstrumentHandlerPrivate::onExperimentDataBeginning(unsigned char channe
     if (!handler)
         return;
     handler->setDataStatus(ChannelHandler::DATA_STARTED);
-    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / mainlineTicksPerSecond);
+    handler->startClockOnce(double(recordFromBytes<quint64>(payload)) / factsOf(line()).ticksPerSecond);
 }
 
 void VekInstrumentHandlerPrivate::onExperimentCompleted(unsigned char channel, const QByteArray &payload)
@@ -104,7 +105,7 @@ void VekInstrumentHandlerPrivate::onExperimentCompleted(unsigned char channel, c
     reportHeldBack(channel);
     handler->capacity.endExperiment();
     endRun(*handler);
-    Q_EMIT experimentCompleted(channel, stopMessageIn(payload));
+    tellEnd(channel, payload);
 }
 
 void VekInstrumentHandlerPrivate::endRun(ChannelHandler &channel)
@@ -114,9 +115,16 @@ void VekInstrumentHandlerPrivate::endRun(ChannelHandler &channel)
     channel.setReport(VekChannelReport::Idle);
 }
 
-QString VekInstrumentHandlerPrivate::stopMessageIn(const QByteArray &payload)
+void VekInstrumentHandlerPrivate::tellEnd(unsigned char channel, const QByteArray &payload)
 {
-    return getStopMessage(recordFromBytes<ExperimentDoneRecord_t>(payload).stopType);
+    const ExpStopType_t type = recordFromBytes<ExperimentDoneRecord_t>(payload).stopType;
+    tellEnd(channel, experimentEndOf(type), getStopMessage(type));
+}
+
+void VekInstrumentHandlerPrivate::tellEnd(unsigned char channel, VekExperimentEnd end, const QString &reason)
+{
+    Q_EMIT experimentCompleted(channel, reason);
+    Q_EMIT experimentEnded(channel, end, reason);
 }
 
 void VekInstrumentHandlerPrivate::onExperimentPaused(unsigned char channel)
@@ -164,7 +172,7 @@ void VekInstrumentHandlerPrivate::takeStartVerdict(unsigned char channel, PCcomm
         member->capacity.endExperiment();
         member->setIdealConfig();
     }
-    Q_EMIT experimentCompleted(channel, reason);
+    tellEnd(channel, refusalOf(code), reason);
 }
 
 void VekInstrumentHandlerPrivate::beginNode(unsigned char channel, const QByteArray &payload, const NodeRules &rules)

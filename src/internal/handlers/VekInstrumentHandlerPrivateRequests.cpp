@@ -493,7 +493,7 @@ void VekInstrumentHandlerPrivate::eraseRecoveryData()
 void VekInstrumentHandlerPrivate::softReset()
 {
     if (_op)
-        _op->softReset(deviceChannel);
+        _op->softReset(factsOf(line()).resetChannel);
 }
 
 void VekInstrumentHandlerPrivate::disconnectDevice()

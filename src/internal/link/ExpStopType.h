@@ -1,5 +1,7 @@
 #pragma once
 
+#include "VekExperimentEnd.h"
+
 #include <QString>
 
 /// Why the instrument ended an experiment: byte 8 of NT_EXPERIMENT_DONE.
@@ -27,3 +29,5 @@ enum ExpStopType_t : quint8 {
  * "Experiment stopped: "; a value that is not listed gives the reason "unknown reason." behind it.
  */
 QString getStopMessage(ExpStopType_t type);
+/// The same for programs.
+VekExperimentEnd experimentEndOf(ExpStopType_t type);

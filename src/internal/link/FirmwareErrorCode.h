@@ -1,5 +1,7 @@
 #pragma once
 
+#include "VekExperimentEnd.h"
+
 #include <QMetaType>
 #include <QString>
 
@@ -24,3 +26,5 @@ Q_DECLARE_METATYPE(FirmwareErrorCode)
 
 /// The words for a verdict; "Unknown Error Code" for a number that the firmware does not define.
 QString handle_error(FirmwareErrorCode code);
+/// The end of an experiment whose start has met with the verdict.
+VekExperimentEnd refusalOf(FirmwareErrorCode code);

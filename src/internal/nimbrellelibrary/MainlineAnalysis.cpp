@@ -66,7 +66,7 @@ std::vector<float> samplesOfBlock(const QByteArray &packet, const P24Experimenta
 ComplexDataPoint_t pointOfHead(const P24ExperimentalAcData &head)
 {
     ComplexDataPoint_t point;
-    point.timestamp = double(head.tick) / mainlineTicksPerSecond;
+    point.timestamp = double(head.tick) / mainFacts.ticksPerSecond;
     point.frequency = double(head.frequency);
     point.currentRange = head.currentRange;
     point.voltageRange = head.voltageRange;

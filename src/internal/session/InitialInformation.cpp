@@ -15,7 +15,6 @@ namespace {
 
 constexpr int answerTimeoutMs = 1000;
 constexpr int galePreHandshakeMs = 500;
-constexpr int galeChannelsPerBoard = 2;
 
 /// A command and the notification that answers it.
 struct Question {
@@ -92,7 +91,7 @@ void configureBoard(InstrumentInfo &info, int firstChannel, const QByteArray &re
 {
     Gale_Cfg_t config;
     std::memcpy(&config, record.constData(), sizeof config);
-    for (int channel = firstChannel; channel < firstChannel + galeChannelsPerBoard; ++channel) {
+    for (int channel = firstChannel; channel < firstChannel + galeFacts.channelsPerBoard; ++channel) {
         if (channel >= info.calibration.size()) {
             qWarning().noquote() << QStringLiteral("Unable to update info for channel %1").arg(channel);
             return;
@@ -280,7 +279,7 @@ bool InitialInformation::getConfigData(SerialCommunicator &link, InstrumentInfo 
         configureBoard(info, answering, record);
         return true;
     };
-    return askChannels(link, info, boardConfig, galeChannelsPerBoard, take);
+    return askChannels(link, info, boardConfig, galeFacts.channelsPerBoard, take);
 }
 
 bool InitialInformation::hasCorrectFirmware(const InstrumentInfo &info)
