@@ -120,8 +120,8 @@ void TestExperimentFile::refusesWithLineAndSuggestion_data()
            "\"voltageVsOCP\"";
     QTest::newRow("limit against the open circuit")
         << fileOf(head + "\"current\": 1, \"maxDuration\": 1, \"maxVoltage\": \"4 V vs OCP\"}")
-        << "file:3: \"maxVoltage\": write \"4 V\"; that it counts from the open circuit is said elsewhere, and this "
-           "element cannot say it";
+        << "file:3: \"maxVoltage\": \"4 V vs OCP\" counts from the open circuit, and this voltage of the element "
+           "cannot";
     QTest::newRow("behind comments") << fileOf("// a comment with \"quotes\n/* and\n a long one */ {\"element\": 5}")
                                      << "file:4: \"element\" takes a text, not a number";
     QTest::newRow("comment without an end") << QByteArray("{\n/* {\"element\": 5}\n}")
