@@ -57,6 +57,8 @@ private Q_SLOTS:
     void doesNotOverwriteARun();
     void monitorsAnIdleChannel();
     void holdsASetPointByHand();
+    void refusesByHandBeforeTheStart_data();
+    void refusesByHandBeforeTheStart();
     void examinesAPort();
     void showsPortsAndRanges();
     void leavesRightFirmwareAlone();
@@ -481,6 +483,42 @@ void TestClient::holdsASetPointByHand()
     QVERIFY(qAbs(idle.at(Voltage).toDouble()) < 1e-3);
 }
 
+void TestClient::refusesByHandBeforeTheStart_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("refusal");
+    const QStringList voltage{"--voltage", "1"};
+    QTest::newRow("voltage") << QStringList{"--voltage", "30"}
+                             << "--voltage is 30 V; the Alder takes values from -10 V to 10 V.";
+    QTest::newRow("current") << QStringList{"--current", "-5"}
+                             << "--current is -5 A; the Alder takes values from -1 A to 1 A.";
+    QTest::newRow("current range") << voltage + QStringList{"--current-range", "8"}
+                                   << "--current-range is 8; the ranges of this instrument are 0 (1 A), 1 (10";
+    QTest::newRow("negative range") << voltage + QStringList{"--current-range", "-1"} << "--current-range is -1;";
+    QTest::newRow("voltage range") << voltage + QStringList{"--voltage-range", "4"} << "--voltage-range is 4;";
+    QTest::newRow("limit") << voltage + QStringList{"--max-voltage", "30"}
+                           << "--max-voltage is 30 V; the Alder takes values from -10 V to 10 V.";
+    QTest::newRow("limits that cross") << voltage + QStringList{"--max-voltage", "1", "--min-voltage", "2"}
+                                       << "--min-voltage of 2 V lies above --max-voltage of 1 V.";
+    QTest::newRow("temperature") << voltage + QStringList{"--max-temperature", "9000"}
+                                 << "the thermocouple of the Alder reads from -270 degC to 1800 degC.";
+    QTest::newRow("all at once") << QStringList{"--voltage", "30", "--voltage-range", "4"}
+                                 << "to 10 V.\n--voltage-range is 4;";
+}
+
+// Not one sample: nothing was begun.
+void TestClient::refusesByHandBeforeTheStart()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, refusal);
+    SimulatorProcess simulator({"--cell", "resistor:R=1000"});
+    ClientProcess client(QStringList{"manual", simulator.portName(), "--duration", "1 s"} + arguments);
+    QCOMPARE(client.finish(), Refused);
+    QVERIFY2(client.errors().contains(refusal), qPrintable(client.errors()));
+    QVERIFY2(!client.errors().contains("stopped"), qPrintable(client.errors()));
+    QCOMPARE(client.output(), QByteArray());
+}
+
 void TestClient::examinesAPort()
 {
     SimulatorProcess simulator({});
@@ -549,6 +587,8 @@ void TestClient::answersWrongUsage_data()
     QTest::newRow("unknown option") << QStringList{"list", "--sloow"} << 2;
     QTest::newRow("unknown model") << QStringList{"plan", "x.json", "--model", "Alder_2_6"} << 2;
     QTest::newRow("missing file") << QStringList{"plan", "/nowhere/x.json", "--model", "Alder_2_5"} << 2;
+    QTest::newRow("no interval") << QStringList{"manual", "x", "--voltage", "1", "--interval", "0 s"} << 2;
+    QTest::newRow("negative duration") << QStringList{"monitor", "x", "--duration", "-1s"} << 2;
     QTest::newRow("bad unit") << QStringList{"manual", "x", "--voltage", "1 A"} << 2;
     QTest::newRow("two set points") << QStringList{"manual", "x", "--voltage", "1", "--current", "1"} << 2;
     QTest::newRow("no such port") << QStringList{"info", "/dev/nowhere"} << 3;
