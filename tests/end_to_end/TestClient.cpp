@@ -64,6 +64,8 @@ private Q_SLOTS:
     void leavesRightFirmwareAlone();
     void answersWrongUsage_data();
     void answersWrongUsage();
+    void namesWhatWasMistyped_data();
+    void namesWhatWasMistyped();
 
 private:
     QString writeExperiment(const QByteArray &elements);
@@ -606,6 +608,32 @@ void TestClient::answersWrongUsage()
     ClientProcess client(arguments);
     QCOMPARE(client.finish(), exitCode);
     QCOMPARE(client.errors().isEmpty(), exitCode == 0);
+}
+
+void TestClient::namesWhatWasMistyped_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("told");
+    QTest::newRow("command") << QStringList{"lst"} << "there is no command \"lst\"; did you mean \"list\"?";
+    QTest::newRow("option that is needed") << QStringList{"run", "x.json", "--prot", "ttyACM0"}
+                                           << "there is no option \"--prot\"; did you mean \"--port\"?";
+    QTest::newRow("option of a group") << QStringList{"manual", "x", "--curent=1"}
+                                       << "there is no option \"--curent\"; did you mean \"--current\"?";
+    QTest::newRow("option of all") << QStringList{"list", "--quite"}
+                                   << "there is no option \"--quite\"; did you mean \"--quiet\"?";
+    QTest::newRow("element") << QStringList{"elements", "cv"} << "did you mean \"CyclicVoltammetry\"?";
+    QTest::newRow("folder") << QStringList{"plot", "/nowhere"} << "/nowhere: there is no such folder";
+    QTest::newRow("what a terminal would act on") << QStringList{"info", "x", "\033[2J"} << "?[2J";
+}
+
+void TestClient::namesWhatWasMistyped()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, told);
+    ClientProcess client(arguments);
+    QVERIFY(client.finish() > 0);
+    const QString errors = client.errors();
+    QVERIFY2(errors.contains(told) && !errors.contains('\033'), qPrintable(errors));
 }
 
 NIMBRELLE_TEST_MAIN(TestClient)
