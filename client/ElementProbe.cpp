@@ -36,10 +36,9 @@ PlanComplaints complaintsWith(const FileElement &element, const ElementRow &row,
 {
     const std::unique_ptr<VekAbstractElement> made = row.make();
     for (const PropertyRow &property : row.properties) {
-        const QString name = QString::fromLatin1(property.name);
         if (&property == &changed)
             property.set(*made, value);
-        else if (element.propertyLines.count(name) > 0 && element.unread.count(name) == 0)
+        else if (element.propertyLines.count(QString::fromLatin1(property.name)) > 0)
             property.set(*made, property.get(*element.element));
     }
     VekExperiment experiment;
@@ -56,17 +55,9 @@ auto countOf(const VekPlanComplaint &complaint, const PlanComplaints &all)
     });
 }
 
-/// A text that counts something reads otherwise after a change, and is not lifted by it.
-auto unnamedCount(const PlanComplaints &all)
-{
-    return std::count_if(all.begin(), all.end(),
-                         [](const VekPlanComplaint &each) { return each.property().isEmpty(); });
-}
-
 bool isLifted(const VekPlanComplaint &complaint, const PlanComplaints &before, const PlanComplaints &after)
 {
-    const bool isRarer = countOf(complaint, after) < countOf(complaint, before);
-    return isRarer && (!complaint.property().isEmpty() || unnamedCount(after) < unnamedCount(before));
+    return countOf(complaint, after) < countOf(complaint, before);
 }
 
 } // namespace

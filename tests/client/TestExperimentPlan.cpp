@@ -331,6 +331,8 @@ void TestExperimentPlan::tellsFileAndModelTogether_data()
     QTest::newRow("the same element has a wrong unit")
         << power + "\"power\": 11,\n\"maxDuration\": \"1 V\"}"
         << QStringList{"3: power is 11 W;", "4: is not a unit of a time"};
+    QTest::newRow("just beyond the limit")
+        << power + "\"power\": 10.0001, \"maxDuration\": 1}" << QStringList{"3: power is 10.0001 W;"};
     QTest::newRow("the same element has an unknown property")
         << power + "\"power\": 1, \"maxDuration\": 1,\n\"minVoltage\": -50,\n\"colour\": 1}"
         << QStringList{"4: from -10 V to 10 V, or \"none\" for no limit.", "5: has no \"colour\""};
@@ -345,6 +347,11 @@ void TestExperimentPlan::tellsFileAndModelTogether_data()
         << pot + "\"potential\": 12,\n\"voltageVsOPC\": true}" << QStringList{"4: did you mean \"voltageVsOCP\"?"};
     QTest::newRow("what does not is") << pot + "\"potential\": 30,\n\"voltageVsOPC\": true}"
                                       << QStringList{"3: potential is 30 V", "4: did you mean \"voltageVsOCP\"?"};
+    QTest::newRow("nor what does not go with the first of two")
+        << QByteArray(
+               "{\"element\": \"NormalPulseVoltammetry\", \"startVoltage\": 0, \"endVoltage\": 1, \"vStep\": 0.1,\n"
+               "\"pulseWidth\": 2, \"pulsePeriod\": 1,\n\"pulseWidth\": 0.5}")
+        << QStringList{"4: \"pulseWidth\" stands twice"};
     QTest::newRow("nor is what hangs on the first of two")
         << power + "\"power\": 1, \"maxDuration\": 1, \"minVoltage\": 5,\n\"maxVoltage\": 1,\n\"maxVoltage\": 9}"
         << QStringList{"5: \"maxVoltage\" stands twice"};

@@ -498,10 +498,6 @@ void TestClient::refusesByHandBeforeTheStart_data()
                                    << "--current-range is 8; the ranges of this instrument are 0 (1 A), 1 (10";
     QTest::newRow("negative range") << voltage + QStringList{"--current-range", "-1"} << "--current-range is -1;";
     QTest::newRow("voltage range") << voltage + QStringList{"--voltage-range", "4"} << "--voltage-range is 4;";
-    QTest::newRow("limit") << voltage + QStringList{"--max-voltage", "30"}
-                           << "--max-voltage is 30 V; the Alder takes values from -10 V to 10 V.";
-    QTest::newRow("limits that cross") << voltage + QStringList{"--max-voltage", "1", "--min-voltage", "2"}
-                                       << "--min-voltage of 2 V lies above --max-voltage of 1 V.";
     QTest::newRow("temperature") << voltage + QStringList{"--max-temperature", "9000"}
                                  << "the thermocouple of the Alder reads from -270 degC to 1800 degC.";
     QTest::newRow("all at once") << QStringList{"--voltage", "30", "--voltage-range", "4"}
