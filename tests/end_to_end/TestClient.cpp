@@ -619,6 +619,11 @@ void TestClient::namesWhatWasMistyped_data()
                                    << "there is no option \"--quite\"; did you mean \"--quiet\"?";
     QTest::newRow("element") << QStringList{"elements", "cv"} << "did you mean \"CyclicVoltammetry\"?";
     QTest::newRow("folder") << QStringList{"plot", "/nowhere"} << "/nowhere: there is no such folder";
+    const QStringList manual{"manual", "x", "--voltage"};
+    QTest::newRow("set point against the open circuit")
+        << manual + QStringList{"0.1 V vs OCP"} << "An experiment file can say it: \"voltageVsOCP\" of a ConstantPot\n";
+    QTest::newRow("limit against the open circuit")
+        << manual + QStringList{"1", "--max-voltage", "1 V vs. ocp"} << "\"maximumVoltageVsOCP\" of a ConstantPower\n";
     QTest::newRow("what a terminal would act on") << QStringList{"info", "x", "\033[2J"} << "?[2J";
 }
 
