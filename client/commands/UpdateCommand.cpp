@@ -52,12 +52,14 @@ QStringList newcomers(const QStringList &before)
     return ports;
 }
 
-/// An update of all opens every port, and so does the wait for its end.
-QStringList everyPort()
+/// The ports on which an instrument may come back; what USB knows as something else is not asked time and again.
+QStringList portsToAsk()
 {
     QStringList ports;
     for (const QSerialPortInfo &info : QSerialPortInfo::availablePorts()) {
-        if (QFileInfo::exists(info.systemLocation()))
+        const bool isOther =
+            info.hasVendorIdentifier() && !looksLikeInstrument(info.vendorIdentifier(), info.manufacturer());
+        if (!isOther && QFileInfo::exists(info.systemLocation()))
             ports.append(info.systemLocation());
     }
     return ports;
@@ -121,7 +123,7 @@ ExitCode UpdateCommand::updateOne()
 
 ExitCode UpdateCommand::updateAll()
 {
-    const RestartWait restarts({everyPort, nameOnPort});
+    const RestartWait restarts({portsToAsk, nameOnPort});
     UpdateWatch watch;
     const int count = VekDeviceTracker::Instance()->updateFirmwareOnAllAvailableDevices();
     const ExitCode end = count > 0 ? watch.waitForEnds(count) : Done;
