@@ -4,13 +4,17 @@
 #include "link/Frame.h"
 #include "link/SerialPort.h"
 
+#include <QMetaMethod>
+
+#include <utility>
+
 namespace {
 
 constexpr int writeTimeoutMs = 1000;
 constexpr int closeTimeoutMs = 1000;
 constexpr int readBufferBytes = 1 << 16;
-/// Packets that may be on their way to the client: some 40 MB, and 10 s of what full-speed USB can carry.
-constexpr int mostPacketsOnTheirWay = 1 << 17;
+/// Of frames that may be on their way to the client: 10 s of what full-speed USB can carry.
+constexpr qint64 mostBytesOnTheirWay = 12'000'000;
 
 void configure(SerialPort &port, const QString &portName)
 {
@@ -112,25 +116,40 @@ void SerialThread::DataArrived()
     if (!_port || isHeldBack())
         return;
     _buffer += _port->readAll();
-    const QVector<Frame> frames = takeFrames(_buffer, _skippedBytes);
-    _packetsOnTheirWay += frames.size();
-    for (const Frame &frame : frames)
-        Q_EMIT PacketReceived(frame.type, frame.channel, frame.payload);
+    PacketBuffer packets = takePackets(_buffer, _skippedBytes);
+    if (packets.isEmpty())
+        return;
+    showToWatchers(packets);
+    _bytesOnTheirWay += packets.bytes();
+    _arrivals.put(std::move(packets));
+}
+
+void SerialThread::showToWatchers(PacketBuffer packets)
+{
+    static const QMetaMethod packetReceived = QMetaMethod::fromSignal(&SerialThread::PacketReceived);
+    if (!isSignalConnected(packetReceived))
+        return;
+    while (!packets.isEmpty()) {
+        const Frame packet = packets.takeFirst();
+        Q_EMIT PacketReceived(packet.type, packet.channel, packet.payload);
+    }
 }
 
 bool SerialThread::isHeldBack()
 {
     // The flag is raised before the second look, so that the receiver cannot finish in between unseen.
     _heldBack = true;
-    if (_packetsOnTheirWay >= mostPacketsOnTheirWay)
+    if (_bytesOnTheirWay >= mostBytesOnTheirWay)
         return true;
     _heldBack = false;
     return false;
 }
 
-void SerialThread::packetHandled()
+void SerialThread::packetsHandled(qint64 bytes)
 {
-    if (--_packetsOnTheirWay == mostPacketsOnTheirWay / 2 && _heldBack.exchange(false))
+    constexpr qint64 half = mostBytesOnTheirWay / 2;
+    const qint64 before = _bytesOnTheirWay.fetch_sub(bytes);
+    if (before > half && before - bytes <= half && _heldBack.exchange(false))
         post([this] { QMetaObject::invokeMethod(this, &SerialThread::DataArrived, Qt::QueuedConnection); });
 }
 

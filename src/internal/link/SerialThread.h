@@ -1,7 +1,9 @@
 #pragma once
 
 #include "link/Notifications.h"
+#include "link/PacketBuffer.h"
 #include "waiting/Clock.h"
+#include "waiting/Mailbox.h"
 
 #include <QByteArray>
 #include <QSerialPort>
@@ -59,12 +61,14 @@ public:
      * was handed over before goes out first. Blocks the caller until that is done, at most twice 1,000 ms.
      */
     void hangUp();
+    /// What has arrived and waits for its receiver; it is told by packetsWaiting().
+    Mailbox<PacketBuffer> &arrivals() { return _arrivals; }
     /**
-     * Says that a packet has been dealt with; any thread. When too many are on their way, reading stops until half of
-     * them are done, and the driver holds the instrument back: a client that cannot keep up loses no packet and its
-     * memory stays bounded.
+     * Says that packets have been dealt with, by the size of their frames; any thread. When too much is on its way,
+     * reading stops until half of it is done, and the driver holds the instrument back: a client that cannot keep up
+     * loses no packet and its memory stays bounded.
      */
-    void packetHandled();
+    void packetsHandled(qint64 bytes);
 
 public Q_SLOTS:
     /// Opens the port, throws stale input away, raises DTR. PortOpened() comes in any case.
@@ -77,6 +81,9 @@ public Q_SLOTS:
     void ErrorOnSerial(QSerialPort::SerialPortError error);
 
 Q_SIGNALS:
+    /// arrivals() has something to deliver.
+    void packetsWaiting();
+    /// For whoever wants to see the packets one by one; nothing in the library does.
     void PacketReceived(Notifications_t type, unsigned int channel, const QByteArray &payload);
     void deviceDisconnected();
     void PortOpened();
@@ -94,6 +101,7 @@ private:
     };
 
     bool isHeldBack();
+    void showToWatchers(PacketBuffer packets);
     void lose();
     void refusePosts();
     void onBytesWritten(qint64 bytes);
@@ -112,7 +120,8 @@ private:
     std::atomic<qint64> _bytesHandedOver{0};
     std::atomic<qint64> _bytesTaken{0}; ///< of these, accepted or dropped
     bool _lost = false;
-    std::atomic<int> _packetsOnTheirWay{0};
+    Mailbox<PacketBuffer> _arrivals{[this] { Q_EMIT packetsWaiting(); }};
+    std::atomic<qint64> _bytesOnTheirWay{0};
     std::atomic<bool> _heldBack{false};
     std::vector<Waiter> _waiters;
     std::shared_mutex _overLock; // guards _isOver, and is held while something is queued

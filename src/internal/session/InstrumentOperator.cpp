@@ -118,9 +118,9 @@ InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent, con
       _ackGuard(std::make_shared<QSemaphore>(1)), _connected(true)
 {
     _communicator->setParent(_communicatorOwner);
-    _communicator->letReceiverConfirm();
+    _communicator->letReceiverTakePackets();
     // Queued: the communicator stays on this thread while the operator moves on with its handler.
-    connect(_communicator, &SerialCommunicator::ResponseReceived, this, &InstrumentOperator::onPacketArrived,
+    connect(_communicator, &SerialCommunicator::packetsWaiting, this, &InstrumentOperator::takePackets,
             Qt::QueuedConnection);
     connect(_communicator, &SerialCommunicator::markPassed, this, &InstrumentOperator::onMarkPassed,
             Qt::QueuedConnection);

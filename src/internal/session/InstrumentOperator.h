@@ -186,7 +186,7 @@ private:
     struct Road;
     class Wait;
 
-    void onPacketArrived(Notifications_t type, unsigned int channel, const QByteArray &data);
+    void takePackets();
     void onMarkPassed(int number);
     void onLinkLost();
     void onCurrentRangeUp(unsigned char channel, const QByteArray &data);
