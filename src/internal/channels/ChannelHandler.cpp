@@ -11,20 +11,11 @@ ChannelHandler::ChannelHandler(const QString &deviceName, unsigned char channelN
 
 void ChannelHandler::setIdealConfig()
 {
-    static_cast<RealTimeTracker &>(*this) =
-        RealTimeTracker(); // first: once the channel is free, the client may start anew
-    State before;          // its experiment and nodes go when the lock is free again
+    // Before the state: once the channel counts as stopped, the client may start anew.
+    static_cast<RealTimeTracker &>(*this) = RealTimeTracker();
+    Run before; // with its experiment and its nodes, which go when the lock is free again
     const std::lock_guard<std::mutex> lock(_mutex);
-    State fresh;
-    fresh.irComp = _state.irComp;
-    fresh.limits = _state.limits;
-    fresh.compRange = _state.compRange;
-    fresh.loadImpedance = _state.loadImpedance;
-    fresh.calibrationRawData = _state.calibrationRawData;
-    fresh.recoverDataAvailable = _state.recoverDataAvailable;
-    fresh.activeRecoverExperiment = _state.activeRecoverExperiment;
-    fresh.report = _state.report;
-    before = std::exchange(_state, std::move(fresh));
+    before = std::exchange(static_cast<Run &>(_state), Run());
 }
 
 void ChannelHandler::setDataStatus(DataStatus status)

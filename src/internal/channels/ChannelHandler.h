@@ -133,14 +133,8 @@ public:
 private:
     static constexpr auto noStart = PCcommand_t(0);
 
-    /// All that several threads read and write of a channel.
-    struct State {
-        // What the client has set.
-        IRComp irComp;
-        ChannelLimit limits;
-        VekCompRange compRange{QString(), 0, 0};
-        float loadImpedance = 0.0f;
-        // What runs.
+    /// What ends with an experiment.
+    struct Run {
         ExperimentStatus experimentStatus = EXPERIMENT_STOPPED;
         ExperimentMode experimentMode = MODE_IDLE;
         DataStatus dataStatus = DATA_NOT_STARTED;
@@ -148,22 +142,30 @@ private:
         bool cellOn = false;
         std::shared_ptr<AbstractExperiment> loadedExperiment;
         std::shared_ptr<const NodeList> loadedNodes;
-        // What the instrument has told.
         SDCardStatus sdCardStatus = SD_IDLE;
+    };
+    /// All that several threads read and write of a channel.
+    struct State : Run {
+        // What the client has set.
+        IRComp irComp;
+        ChannelLimit limits;
+        VekCompRange compRange{QString(), 0, 0};
+        float loadImpedance = 0.0f;
+        // What the instrument has told.
         QByteArray calibrationRawData;
         bool recoverDataAvailable = false;
         bool activeRecoverExperiment = false;
         VekChannelReport report = VekChannelReport::Unknown;
     };
 
-    template <typename Field>
-    Field get(Field State::*field) const
+    template <typename Part, typename Field>
+    Field get(Field Part::*field) const
     {
         const std::lock_guard<std::mutex> lock(_mutex);
         return _state.*field;
     }
-    template <typename Field, typename Value>
-    void set(Field State::*field, Value &&value)
+    template <typename Part, typename Field, typename Value>
+    void set(Field Part::*field, Value &&value)
     {
         const std::lock_guard<std::mutex> lock(_mutex);
         _state.*field = std::forward<Value>(value);
