@@ -15,6 +15,7 @@ import sys
 PROGRAMS = [
     "expansion-benchmark",
     "hex-benchmark",
+    "announcement-benchmark",
     "frame-benchmark",
     "dc-record-benchmark",
     "delta-packet-benchmark",
