@@ -13,6 +13,8 @@ import sys
 
 # In the order of the table.
 PROGRAMS = [
+    "expansion-benchmark",
+    "hex-benchmark",
     "frame-benchmark",
     "dc-record-benchmark",
     "delta-packet-benchmark",

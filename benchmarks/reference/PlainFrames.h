@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <QByteArray>
+
 #include <vector>
 
 struct PlainFrame {
@@ -11,23 +11,24 @@ struct PlainFrame {
 };
 
 /// Cuts frames off a receive buffer, byte by byte as the form of a frame is written down; one cut for each arrival.
-inline std::vector<PlainFrame> plainFrames(std::vector<unsigned char> &buffer, std::uint32_t &skipped)
+inline std::vector<PlainFrame> plainFrames(QByteArray &buffer, quint32 &skipped)
 {
+    const auto *bytes = reinterpret_cast<const unsigned char *>(buffer.constData());
     std::vector<PlainFrame> frames;
-    std::size_t position = 0;
+    int position = 0;
     while (position + 6 <= buffer.size()) {
-        const unsigned char *header = buffer.data() + position;
+        const unsigned char *header = bytes + position;
         if (header[0] != 0xEE || header[1] != 0xFF) {
             ++position;
             ++skipped;
             continue;
         }
-        const std::size_t size = header[4] + 256u * header[5];
+        const int size = header[4] + 256 * header[5];
         if (position + 6 + size > buffer.size())
             break;
         frames.push_back({static_cast<signed char>(header[2]), header[3], {header + 6, header + 6 + size}});
         position += 6 + size;
     }
-    buffer.erase(buffer.begin(), buffer.begin() + std::ptrdiff_t(position));
+    buffer.remove(0, position);
     return frames;
 }

@@ -1,5 +1,6 @@
 #include "VekInstrumentHandler.h"
 
+#include "SignalRelay.h"
 #include "VekCompRange.h"
 #include "VekExperiment.h"
 #include "experiments/VekExperimentPrivate.h"
@@ -44,22 +45,23 @@ VekInstrumentHandler::~VekInstrumentHandler() = default;
 void VekInstrumentHandler::connectWithOperatorSignals(VekInstrumentHandlerPrivate *handler)
 {
     using Me = VekInstrumentHandler;
-    connect(handler, &Private::deviceDisconnected, this, &Me::onDeviceDisconnected);
-    connect(handler, &Private::groundFloatStateChanged, this, &Me::groundFloatStateChanged);
-    connect(handler, &Private::experimentStarting, this, &Me::experimentStarting);
-    connect(handler, &Private::activeExperimentNodeBeginning, this, &Me::onActiveExperimentNodeBeginning);
-    connect(handler, &Private::recoveryExperimentNodeBeginning, this, &Me::onRecoveryExperimentNodeBeginning);
-    connect(handler, &Private::activeDCDataReady, this, &Me::activeDCDataReady);
-    connect(handler, &Private::idleDCDataReady, this, &Me::idleDCDataReady);
-    connect(handler, &Private::recoveryDCDataReady, this, &Me::recoveryDCDataReady);
-    connect(handler, &Private::activeACDataReady, this, &Me::activeACDataReady);
-    connect(handler, &Private::recoveryACDataReady, this, &Me::recoveryACDataReady);
-    connect(handler, &Private::experimentCompleted, this, &Me::onExperimentCompleted);
-    connect(handler, &Private::experimentPaused, this, &Me::experimentPaused);
-    connect(handler, &Private::experimentResumed, this, &Me::experimentResumed);
-    connect(handler, &Private::memoryDataErased, this, &Me::recoverDataErased);
-    connect(handler, &Private::deviceError, this, &Me::deviceError);
-    connect(handler, &Private::channelsPrepared, this, &Me::channelsPrepared);
+    auto *const relay = new SignalRelay(*this); // a child
+    relay->connectTo(handler, &Private::deviceDisconnected, &Me::onDeviceDisconnected);
+    relay->connectTo(handler, &Private::groundFloatStateChanged, &Me::groundFloatStateChanged);
+    relay->connectTo(handler, &Private::experimentStarting, &Me::experimentStarting);
+    relay->connectTo(handler, &Private::activeExperimentNodeBeginning, &Me::onActiveExperimentNodeBeginning);
+    relay->connectTo(handler, &Private::recoveryExperimentNodeBeginning, &Me::onRecoveryExperimentNodeBeginning);
+    relay->connectTo(handler, &Private::activeDCDataReady, &Me::activeDCDataReady);
+    relay->connectTo(handler, &Private::idleDCDataReady, &Me::idleDCDataReady);
+    relay->connectTo(handler, &Private::recoveryDCDataReady, &Me::recoveryDCDataReady);
+    relay->connectTo(handler, &Private::activeACDataReady, &Me::activeACDataReady);
+    relay->connectTo(handler, &Private::recoveryACDataReady, &Me::recoveryACDataReady);
+    relay->connectTo(handler, &Private::experimentCompleted, &Me::onExperimentCompleted);
+    relay->connectTo(handler, &Private::experimentPaused, &Me::experimentPaused);
+    relay->connectTo(handler, &Private::experimentResumed, &Me::experimentResumed);
+    relay->connectTo(handler, &Private::memoryDataErased, &Me::recoverDataErased);
+    relay->connectTo(handler, &Private::deviceError, &Me::deviceError);
+    relay->connectTo(handler, &Private::channelsPrepared, &Me::channelsPrepared);
 }
 
 void VekInstrumentHandler::onDeviceDisconnected()

@@ -75,8 +75,8 @@ void arrangeEndWithApplication()
 
 } // namespace
 
-VekDeviceTrackerPrivate::VekDeviceTrackerPrivate(QObject *parent)
-    : QObject(parent), _nullHandler(std::make_shared<VekInstrumentHandler>(nullptr))
+VekDeviceTrackerPrivate::VekDeviceTrackerPrivate(QObject *parent, const Clock &clock)
+    : QObject(parent), _clock(clock), _nullHandler(std::make_shared<VekInstrumentHandler>(nullptr))
 {
     makeFirmwareUpdater();
     allTrackers().append(this);
@@ -91,7 +91,7 @@ VekDeviceTrackerPrivate::~VekDeviceTrackerPrivate()
 
 VekInstrumentHandlerPrivate *VekDeviceTrackerPrivate::instrumentHandlerFactory(const InstrumentInfo &info) const
 {
-    return makeInstrumentHandler(info);
+    return makeInstrumentHandler(info, _clock);
 }
 
 std::optional<VekErrorCode> VekDeviceTrackerPrivate::connectToPort(const QString &port, const QString &onlyName,
@@ -103,10 +103,10 @@ std::optional<VekErrorCode> VekDeviceTrackerPrivate::connectToPort(const QString
     if (held || _isQuestioning)
         return VekErrorCode::ConnectionInProgress;
     const QScopedValueRollback<bool> turn(_isQuestioning, true);
-    if (!InitialInformation::PingToInstrument(port))
+    if (!InitialInformation::PingToInstrument(port, _clock))
         return std::nullopt;
     InstrumentInfo info;
-    const VekErrorCode verdict = InitialInformation::getBasicInfoSuccessfully(port, info);
+    const VekErrorCode verdict = InitialInformation::getBasicInfoSuccessfully(port, info, _clock);
     if (verdict != VekErrorCode::Success || (!onlyName.isEmpty() && info.deviceName != onlyName))
         return verdict;
     if (!connectToDeviceWithInfo(info, untouched))
@@ -278,7 +278,7 @@ void VekDeviceTrackerPrivate::makeFirmwareUpdater()
     using Updater = FirmwareUpdateHandler;
     using Me = VekDeviceTrackerPrivate;
     arrangeEndWithApplication();
-    _firmwareUpdater = std::make_shared<Updater>();
+    _firmwareUpdater = std::make_shared<Updater>(nullptr, _clock);
     connect(_firmwareUpdater.get(), &Updater::firmwareUpdateNotification, this, &Me::firmwareUpdateNotification,
             Qt::QueuedConnection);
     connect(_firmwareUpdater.get(), &Updater::firmwareUpdateFinished, this, &Me::firmwareUpdateFinished,

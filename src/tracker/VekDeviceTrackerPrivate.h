@@ -2,6 +2,7 @@
 
 #include "VekErrorCode.h"
 #include "VekFirmwareUpdateStage.h"
+#include "waiting/Clock.h"
 
 #include <QList>
 #include <QObject>
@@ -37,7 +38,7 @@ class VekDeviceTrackerPrivate : public QObject
     Q_OBJECT
 
 public:
-    explicit VekDeviceTrackerPrivate(QObject *parent = nullptr);
+    explicit VekDeviceTrackerPrivate(QObject *parent = nullptr, const Clock &clock = Clock::host());
     ~VekDeviceTrackerPrivate() override;
 
     /// Opens the port once more and makes the handler for the instrument on it.
@@ -107,6 +108,7 @@ private:
     void endHandlers();
     void makeFirmwareUpdater();
 
+    const Clock &_clock;
     std::map<QString, QString> _portToName; // by the key of the port
     std::map<QString, std::shared_ptr<VekInstrumentHandler>> _nameToHandler;
     QList<std::shared_ptr<VekInstrumentHandler>> _handedOut; // a client may hold references to these

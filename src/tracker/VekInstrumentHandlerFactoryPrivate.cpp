@@ -3,42 +3,45 @@
 #include "handlers/GaleInstrumentHandler.h"
 #include "handlers/MainInstrumentHandler.h"
 #include "session/InstrumentInfo.h"
-#include "waiting/BoundedExec.h"
+#include "waiting/BoundedWait.h"
 
 #include <QDebug>
-#include <QEventLoop>
 #include <QThread>
 
 namespace {
 
 constexpr int startUpTimeoutMs = 5000;
 
-void startUp(VekInstrumentHandlerPrivate *handler)
+void startUp(VekInstrumentHandlerPrivate *handler, const Clock &clock)
 {
-    QEventLoop loop;
-    QObject::connect(handler, &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, &loop, &QEventLoop::quit,
-                     Qt::QueuedConnection);
+    BoundedWait wait(startUpTimeoutMs, clock);
+    wait.endOn(handler, &VekInstrumentHandlerPrivate::initialConnectionRequestFinished, WaitEnd::Answered);
     QMetaObject::invokeMethod(handler, &VekInstrumentHandlerPrivate::sendInitialDefaults, Qt::QueuedConnection);
-    execBounded(loop, startUpTimeoutMs);
+    wait.exec();
 }
 
 } // namespace
 
-VekInstrumentHandlerPrivate *makeInstrumentHandler(const InstrumentInfo &info)
+VekInstrumentHandlerPrivate *makeInstrumentHandler(const InstrumentInfo &info, const Clock &clock)
 {
     if (isGale(info))
-        return new GaleInstrumentHandler(info);
-    return new MainInstrumentHandler(info);
+        return new GaleInstrumentHandler(info, clock);
+    return new MainInstrumentHandler(info, clock);
+}
+
+VekInstrumentHandlerFactoryPrivate::VekInstrumentHandlerFactoryPrivate(QObject *parent, const Clock &clock)
+    : QObject(parent), _clock(clock)
+{
 }
 
 VekInstrumentHandlerPrivate *
 VekInstrumentHandlerFactoryPrivate::createInstrumentHandler(const InstrumentInfo &info) const
 {
-    VekInstrumentHandlerPrivate *handler = makeInstrumentHandler(info);
+    VekInstrumentHandlerPrivate *handler = makeInstrumentHandler(info, _clock);
     if (isGale(info))
         return handler;
     if (handler->thread() == QThread::currentThread()) // it has no thread of its own if its port could not be opened
         qWarning("Factory called from the instrument handler's worker thread.");
-    startUp(handler);
+    startUp(handler, _clock);
     return handler;
 }

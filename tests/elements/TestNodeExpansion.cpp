@@ -8,7 +8,12 @@
 #include "logging/ErrorStringList.h"
 #include "support/TestMain.h"
 
+#include <random>
+#include <set>
+
 namespace {
+
+using VekInternalContainer::BuilderContainer;
 
 /// Makes a number of rests, each of which would open a step of its own, and complains as often.
 class Rests : public BuilderElement<Rests, measuresDc>
@@ -22,7 +27,7 @@ public:
         NodeList list;
         for (int i = 0; i < _count; ++i) {
             Node node;
-            node.hwNode = Vek_Node_Open_Circuit(1, 0);
+            node.hwNode = Vek_Node_Open_Circuit(float(10 * _count + i), 0);
             node.setNewSubStep(true);
             list.addNode(node);
         }
@@ -72,6 +77,56 @@ QString outline(const CustomExperimentRunner &runner)
     return words.join(QStringLiteral(", "));
 }
 
+QByteArray bytesOf(const Node &node)
+{
+    return QByteArray(reinterpret_cast<const char *>(&node.hwNode), sizeof node.hwNode);
+}
+
+/// The rules written down one by one, each list of the tree for itself.
+NodeList plainExpansion(const BuilderContainer &vertex)
+{
+    NodeList list;
+    if (!vertex.isList)
+        list = vertex.element.pointer->GetNodesData(CalibrationData(), HardwareVersion());
+    for (const auto &node : list.getNodeList())
+        node->stepNumber = 1;
+    for (const BuilderContainer &child : vertex.children) {
+        const int steps = list.isEmpty() ? 0 : list[list.size() - 1]->stepNumber;
+        const NodeList next = plainExpansion(child);
+        for (const auto &node : next.getNodeList())
+            node->stepNumber += steps;
+        list.append(next);
+    }
+    if (vertex.repeats < 2 || list.isEmpty())
+        return list;
+    if (list.size() == 1 && list[0]->hwNode.repeats == 1) {
+        list[0]->hwNode.repeats = quint16(vertex.repeats);
+        return list;
+    }
+    Node loop;
+    loop.hwNode = Vek_Node_Loop(qint16(-list.size()), quint16(vertex.repeats));
+    list.addNode(loop);
+    return list;
+}
+
+/// Elements and groups at random; most groups stand in several places, themselves included.
+std::shared_ptr<CustomExperimentRunner> randomExperiment(std::mt19937 &random)
+{
+    std::vector<std::shared_ptr<CustomExperimentRunner>> groups(4);
+    for (auto &group : groups)
+        group = experiment();
+    for (int growth = 0; growth < 24; ++growth) {
+        const auto &group = groups[random() % groups.size()];
+        const auto &other = groups[random() % groups.size()];
+        const quint32 repeats = 1 + random() % 3;
+        if (random() % 2)
+            add(*group, int(random() % 4), repeats);
+        else if (group->root().elementCount + other->root().elementCount < 500)
+            group->addLoop(other, repeats);
+    }
+    return groups.back();
+}
+
 } // namespace
 
 /// How a tree of elements with repeats becomes the flat list that the instrument runs.
@@ -85,6 +140,7 @@ private Q_SLOTS:
     void numbersStepsThroughTheTree();
     void nestsLoops();
     void loopsOverARepeatedNode();
+    void expandsByThePlainRules();
     void skipsElementsWithoutNodes();
     void endsWithAnEmptyRecord();
     void namesNodesThatGotNoName();
@@ -142,6 +198,26 @@ void TestNodeExpansion::loopsOverARepeatedNode()
     QCOMPARE(outline(runner), QStringLiteral("1/1 x5, 20/1 to -1 x2"));
 }
 
+void TestNodeExpansion::expandsByThePlainRules()
+{
+    std::mt19937 random(1);
+    for (int i = 0; i < 500; ++i) {
+        const auto runner = randomExperiment(random);
+        const NodeList list = FillNodeData(runner->root(), CalibrationData(), HardwareVersion());
+        const NodeList plain = plainExpansion(runner->root());
+        QCOMPARE(list.size(), plain.size());
+        std::set<const Node *> places;
+        for (int position = 0; position < list.size(); ++position) {
+            const Node &node = *list[position];
+            QCOMPARE(bytesOf(node), bytesOf(*plain[position]));
+            QCOMPARE(node.stepNumber, plain[position]->stepNumber);
+            QCOMPARE(node.stepName, plain[position]->stepName);
+            places.insert(&node);
+        }
+        QCOMPARE(places.size(), std::size_t(list.size())); // no two share a node
+    }
+}
+
 void TestNodeExpansion::skipsElementsWithoutNodes()
 {
     CustomExperimentRunner runner;
@@ -159,7 +235,7 @@ void TestNodeExpansion::endsWithAnEmptyRecord()
     add(runner, 1, 1);
     const NodeList list = nodesOf(runner);
     const Node end = *list[2];
-    QCOMPARE(QByteArray(reinterpret_cast<const char *>(&end.hwNode), 64), QByteArray(64, '\0'));
+    QCOMPARE(bytesOf(end), QByteArray(64, '\0'));
     QCOMPARE(end.stepName, QStringLiteral("Experiment Complete"));
     QCOMPARE(end.stepNumber, 2);
     QCOMPARE(list.getHWNodeList().size(), 3);

@@ -21,8 +21,8 @@ private Q_SLOTS:
 namespace {
 
 constexpr double interval = 0.001;
-constexpr double mostMegabytesWaiting = 100.0; ///< of the 131,072 packets that the link lets be on their way
-constexpr qint64 mostBytesKept = 32000000;     ///< once they have come; the lists of events stay as long as they were
+constexpr double mostMegabytesWaiting = 40.0; ///< the 12 MB that may be on their way, and what comes of them
+constexpr qint64 mostBytesKept = 32000000;    ///< once they have come; the lists of events stay as long as they were
 constexpr qint64 leastSamples = 10000;
 
 /// Up and down between two voltages, over and over.

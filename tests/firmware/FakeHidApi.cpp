@@ -172,6 +172,12 @@ int FakeHidBus::openDevices()
     return open;
 }
 
+int FakeHidBus::searches()
+{
+    const Lock lock(mutex);
+    return searchCount;
+}
+
 extern "C" {
 
 int hid_init(void)
@@ -190,6 +196,7 @@ hid_device_info *hid_enumerate(unsigned short, unsigned short)
 {
     const UnsafeCall call;
     const Lock lock(FakeHidBus::bus().mutex);
+    ++FakeHidBus::bus().searchCount;
     hid_device_info *list = nullptr;
     const auto &devices = FakeHidBus::bus().devices;
     for (auto device = devices.begin(); device != devices.end(); ++device) {
@@ -251,7 +258,7 @@ int hid_write(hid_device *handle, const unsigned char *data, size_t length)
     ++device.writes;
     if (device.takesNoReports) {
         lock.unlock();
-        std::this_thread::sleep_for(1200ms); // five seconds in the kernel
+        bus.onBlockedWrite();
         return -1;
     }
     device.incoming.append(reinterpret_cast<const char *>(data) + 1, int(length) - 1);

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
 #include <mutex>
 #include <string>
 
@@ -22,7 +23,7 @@ struct FakeHidDevice {
     // faults
     int silentAt = 0;             ///< command that gets no reply
     bool repliesWrongCrc = false; ///< READ_CRC tells another value
-    bool takesNoReports = false;  ///< a write blocks, then fails
+    bool takesNoReports = false;  ///< a write blocks, see onBlockedWrite, then fails
     int refusedOpens = 0;         ///< so many opens are refused for lack of rights
     bool isBroken = false;        ///< cannot be opened at all
     // what it has seen
@@ -56,10 +57,13 @@ public:
     /// How often two threads were inside hidapi's unsafe calls at once.
     int overlaps();
     int openDevices();
+    int searches(); ///< for devices, so far
 
     // for hidapi's functions
     std::mutex mutex;                         // guards what follows
     QMap<std::string, FakeHidDevice> devices; ///< those that have left are kept under their path with a blank in front
     int open = 0;
     int overlapCount = 0;
+    int searchCount = 0;
+    std::function<void()> onBlockedWrite; // the time that it takes; set while no update runs
 };

@@ -6,6 +6,7 @@
 #include "firmware/HidCommunicator.h"
 #include "hardware_models/HardwareModelNumber.h"
 #include "images/HexLoader.h"
+#include "support/SteppedClock.h"
 #include "support/TestMain.h"
 
 #include <atomic>
@@ -16,7 +17,13 @@ namespace {
 const QString path = "/dev/hidraw-test";
 const QString otherPath = "/dev/hidraw-test2";
 constexpr int model = int(HardwareModel_t::Alder_2_5);
-constexpr int runTimeoutMs = 20000;
+
+/// Outlives the application object, and the bootloaders with it.
+SteppedClock hostClock(SteppedClock::Use::AsHost);
+constexpr int pollMs = 20;
+constexpr int rightsPauseMs = 50;
+constexpr int searchPauseMs = 1000;
+constexpr int replyTimeoutMs = 5000;
 
 constexpr int otherModel = int(HardwareModel_t::Heron_2_0);
 const QByteArray permission = "NIMBRELLE_ALLOW_STAND_IN";
@@ -76,6 +83,8 @@ private Q_SLOTS:
 
 private:
     bool finishes(int runs = 1);
+    bool endsSearch();
+    bool searchesOn();
 
     FakeHidBus &_bus = FakeHidBus::bus();
     BootLoaderCommunicator *_hid = nullptr;
@@ -96,15 +105,28 @@ void TestHidBootloader::init()
 
 void TestHidBootloader::cleanup()
 {
-    QTRY_COMPARE_WITH_TIMEOUT(_bus.openDevices(), 0, 10000);
+    QTRY_COMPARE(_bus.openDevices(), 0);
     _bus.clear();
-    if (!_finished->isEmpty())
-        QTest::qWait(1200); // the search that has found something ends
+    QVERIFY(_finished->isEmpty() || endsSearch());
 }
 
 bool TestHidBootloader::finishes(int runs)
 {
-    return QTest::qWaitFor([&] { return _finished->size() >= runs; }, runs * runTimeoutMs);
+    return hostClock.stepUntil([&] { return _finished->size() >= runs; },
+                               {pollMs, rightsPauseMs, searchPauseMs, replyTimeoutMs});
+}
+
+/// The search that has found something goes on for a moment.
+bool TestHidBootloader::endsSearch()
+{
+    return hostClock.stepUntil([this] { return !_hid->isSearching(); }, {searchPauseMs});
+}
+
+/// Lets the bus be looked at some more times.
+bool TestHidBootloader::searchesOn()
+{
+    const int searches = _bus.searches() + 4;
+    return hostClock.stepUntil([&] { return _bus.searches() >= searches; }, {searchPauseMs});
 }
 
 void TestHidBootloader::bootloadersAreToldByFourIdentities_data()
@@ -176,6 +198,7 @@ void TestHidBootloader::failureEndsTheRunAndTheNextSucceeds_data()
 void TestHidBootloader::failureEndsTheRunAndTheNextSucceeds()
 {
     QFETCH(Fault, fault);
+    _bus.onBlockedWrite = [] { hostClock.step(5000); };
     Device device;
     fault(device);
     _bus.plug(path, device);
@@ -184,7 +207,7 @@ void TestHidBootloader::failureEndsTheRunAndTheNextSucceeds()
     QCOMPARE(_finished->first(), QVariantList({"", false}));
     QVERIFY(!_bus.device(path).hasJumped);
 
-    QTest::qWait(1200); // the search that found it is over
+    QVERIFY(endsSearch());
     _bus.mend(path);
     _hid->checkForHidConnections();
     QVERIFY(finishes(2));
@@ -217,11 +240,11 @@ void TestHidBootloader::onlyRefusedRightsAreWaitedFor()
     Device device;
     fault(device);
     _bus.plug(path, device);
-    QElapsedTimer timer;
-    timer.start();
+    hostClock.hurry(rightsPauseMs);
+    const qint64 before = hostClock.now();
     const HidCommunicator communicator(path);
-    QCOMPARE(timer.hasExpired(2000), isWaitedFor);
-    QVERIFY(!timer.hasExpired(10000));
+    hostClock.hurry(rightsPauseMs, 0);
+    QCOMPARE(hostClock.now() - before, isWaitedFor ? 2000 : 0);
     QVERIFY(!isWaitedFor || _bus.device(path).refusedOpens < 990); // tried again and again
     QCOMPARE(_bus.openDevices(), 0);
 }
@@ -285,7 +308,7 @@ void TestHidBootloader::whatNobodyAskedForIsLeftAlone()
     _hid->setReleaseNumber("awaited", model);
     _bus.plug(path, deviceOf(release));
     _hid->checkForAnnounced();
-    QTest::qWait(1500); // it is found, and the next search goes on
+    QVERIFY(searchesOn()); // it is found, and the next search goes on
     _bus.plug(otherPath, deviceOf(model));
     QVERIFY(finishes());
     QCOMPARE(_finished->first(), QVariantList({"awaited", true}));
@@ -305,7 +328,7 @@ void TestHidBootloader::announcementExpires()
     QCOMPARE(_finished->first(), QVariantList({"lost", false}));
     QVERIFY(_started->isEmpty());
     _bus.plug(path); // it comes all the same, and the next update of all devices finds it
-    QTest::qWait(2500);
+    QVERIFY(endsSearch());
     QCOMPARE(_bus.device(path).writes, 0);
     _hid->checkForHidConnections();
     QVERIFY(finishes(2));
@@ -381,7 +404,7 @@ void TestHidBootloader::standInIsNotWritten()
     BootloaderThread::Instance()->SetHexFile(BootLoaderCommunicator::findHexFilePath(model));
     BootloaderThread::Instance()->SetHIDPath(path);
     BootloaderThread::Instance()->upLoading();
-    QTRY_COMPARE_WITH_TIMEOUT(runs.size(), 1, runTimeoutMs);
+    QTRY_COMPARE(runs.size(), 1);
     QCOMPARE(runs.first().at(1).toBool(), false);
     QCOMPARE(_bus.device(path).writes, 0);
 }
@@ -393,10 +416,10 @@ void TestHidBootloader::unknownModelWaitsForAnAnswer()
     _bus.plug(path, device);
     QSignalSpy questions(_hid, &BootLoaderCommunicator::FindReleaseNumber);
     _hid->checkForHidConnections();
-    QVERIFY(questions.wait(runTimeoutMs));
+    QTRY_COMPARE(questions.size(), 1);
     QCOMPARE(questions.first(), QVariantList({path}));
     QVERIFY(_started->isEmpty());
-    _hid->UpdateUnknowReleaseNumber(path, HardwareModel_t(model)); // runs in here
+    QTimer::singleShot(0, _hid, [this] { _hid->UpdateUnknowReleaseNumber(path, HardwareModel_t(model)); });
     QVERIFY(finishes());
     QCOMPARE(_finished->first(), QVariantList({"", true}));
     QVERIFY(_bus.device(path).hasJumped);
@@ -448,10 +471,11 @@ void TestHidBootloader::connectedDeviceIsNotFoundTwice()
     _bus.plug(path, device);
     _hid->checkForHidConnections();
     QVERIFY(finishes());
-    QTest::qWait(1200);
+    QVERIFY(endsSearch());
     _hid->setReleaseNumber("announced", model); // the device that stayed must not take this update
     _hid->checkForHidConnections();
-    QVERIFY(!QTest::qWaitFor([&] { return _finished->size() > 1; }, 1500));
+    QVERIFY(searchesOn());
+    QCOMPARE(_finished->size(), 1);
     _bus.plug(otherPath);
     QVERIFY(finishes(2));
     QCOMPARE(_finished->last(), QVariantList({"announced", true}));
@@ -479,7 +503,8 @@ void TestHidBootloader::applicationMayEndInTheMiddleOfARun()
     device.silentAt = 2;
     _bus.plug(path, device);
     _hid->checkForHidConnections();
-    QTimer::singleShot(1500, QCoreApplication::instance(), &QCoreApplication::quit);
+    connect(_hid, &BootLoaderCommunicator::Started, QCoreApplication::instance(), &QCoreApplication::quit,
+            Qt::QueuedConnection);
     QCoreApplication::exec();
     QCOMPARE(_started->size(), 1);
     QVERIFY(_finished->isEmpty());

@@ -80,7 +80,7 @@ bug() {
 }
 
 bug FuzzFrameStream src/internal/link/Frame.cpp \
-    '/payloadSize > buffer.size\(\)/,+1d' 'a frame may end behind the buffer'
+    '/end - header < frameSize/,+1d' 'a frame may end behind the buffer'
 bug FuzzAcRecords src/internal/nimbrellelibrary/MainlineAnalysis.cpp \
     's/return body >= 0 && body == .*/return body >= 0 \&\& sampleSize;/' 'a record may claim more samples than it holds'
 bug FuzzHandshake src/internal/session/InitialInformation.cpp \

@@ -1,6 +1,9 @@
+#include "benchmarks/reference/PlainHexText.h"
 #include "images/CrcCalculator.h"
 #include "images/HexLoader.h"
 #include "support/TestMain.h"
+
+#include <random>
 
 namespace {
 
@@ -28,6 +31,7 @@ private Q_SLOTS:
     void crcHasItsPublishedValue();
     void recordIsChecked_data();
     void recordIsChecked();
+    void damagedRecordIsReadByItsWrittenForm();
     void fileIsReadWholeOrNotAtAll_data();
     void fileIsReadWholeOrNotAtAll();
     void signatureIsTheLastTwoLines_data();
@@ -84,6 +88,39 @@ void TestHexLoader::recordIsChecked()
     QByteArray decoded = "untouched";
     QCOMPARE(ReadHexRecord(line, decoded), !bytes.isEmpty());
     QCOMPARE(decoded, bytes.isEmpty() ? QByteArray("untouched") : bytes);
+}
+
+/// A record of up to 140 data bytes, in either case, with up to three characters put in or taken out.
+static QString damagedLine(std::mt19937 &random)
+{
+    const QByteArray digits =
+        record(int(random()) & 0xFFFF, 0, QByteArray(int(random() % 140), char(random()))).toHex();
+    QString line = ':' + QString::fromLatin1(random() % 2 ? digits : digits.toUpper());
+    const QString strays = QStringLiteral(":;gF0 \u00e9\u0141\n") + QChar(0);
+    for (unsigned damage = random() % 4; damage > 0; --damage) {
+        const int place = int(random()) & 0xFFFF;
+        if (random() % 4 == 0)
+            line.remove(place % line.size(), 1);
+        else // in front of the colon, among the first digits, anywhere
+            line.insert(place % std::min(line.size(), 1 << random() % 9),
+                        strays.at(int(random() % unsigned(strays.size()))));
+    }
+    return line;
+}
+
+void TestHexLoader::damagedRecordIsReadByItsWrittenForm()
+{
+    std::mt19937 random(1);
+    int sound = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const QString line = damagedLine(random);
+        QByteArray record = "untouched", plain = "untouched";
+        const bool isSound = ReadHexRecord(line, record);
+        QVERIFY2(isSound == plainHexRecord(line, plain), qPrintable(line));
+        QCOMPARE(record, plain);
+        sound += isSound;
+    }
+    QVERIFY2(sound > 4000 && sound < 16000, "both kinds are many");
 }
 
 void TestHexLoader::fileIsReadWholeOrNotAtAll_data()

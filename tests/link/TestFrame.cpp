@@ -1,6 +1,9 @@
 #include "link/Frame.h"
 
+#include "benchmarks/reference/PlainFrames.h"
 #include "support/TestMain.h"
+
+#include <random>
 
 class TestFrame : public QObject
 {
@@ -10,6 +13,8 @@ private Q_SLOTS:
     void cutsFrames_data();
     void cutsFrames();
     void givesTheSamePacketsForEveryChunking();
+    void cutsAsThePlainParserDoes_data();
+    void cutsAsThePlainParserDoes();
     void widensTypeSignedAndChannelUnsigned();
     void makesFrames_data();
     void makesFrames();
@@ -79,6 +84,81 @@ void TestFrame::givesTheSamePacketsForEveryChunking()
         QCOMPARE(frames.at(2).channel, 7u);
         QCOMPARE(skipped, 3u);
         QVERIFY(buffer.isEmpty());
+    }
+}
+
+/// Halves and wholes of a magic, lengths from nothing to more than comes, and anything else, at every alignment.
+static QByteArray damagedStream(unsigned seed)
+{
+    std::mt19937 random(seed);
+    QByteArray bytes;
+    while (bytes.size() < 20000) {
+        const QByteArray any(int(random() % 200), char(random()));
+        switch (random() % 6) {
+        case 0:
+            bytes += any;
+            break;
+        case 1:
+            bytes += QByteArray(int(random() % 80), '\xEE');
+            break;
+        case 2:
+            bytes += QByteArray(int(random() % 80), '\xFF');
+            break;
+        case 3:
+            bytes += hex("eeff") + any.left(2) + char(random() % 100) + '\0';
+            break;
+        default:
+            bytes += makeFrame(quint8(random()), quint8(random()), any);
+            break;
+        }
+    }
+    return bytes;
+}
+
+/// The frames as they would be sent.
+static QList<QByteArray> wireOf(const QVector<Frame> &frames)
+{
+    QList<QByteArray> wire;
+    for (const Frame &frame : frames)
+        wire += makeFrame(quint8(frame.type), quint8(frame.channel), frame.payload);
+    return wire;
+}
+
+static QList<QByteArray> wireOf(const std::vector<PlainFrame> &frames)
+{
+    QList<QByteArray> wire;
+    for (const PlainFrame &frame : frames) {
+        const auto *payload = reinterpret_cast<const char *>(frame.payload.data());
+        wire += makeFrame(quint8(frame.type), frame.channel, QByteArray(payload, int(frame.payload.size())));
+    }
+    return wire;
+}
+
+void TestFrame::cutsAsThePlainParserDoes_data()
+{
+    QTest::addColumn<int>("longestPiece");
+    QTest::newRow("byte by byte") << 1;
+    QTest::newRow("a few bytes") << 12;
+    QTest::newRow("as a port delivers") << 512;
+    QTest::newRow("all at once") << 20000;
+}
+
+void TestFrame::cutsAsThePlainParserDoes()
+{
+    QFETCH(const int, longestPiece);
+    std::mt19937 random(1);
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        QByteArray buffer, plainBuffer;
+        quint32 skipped = 0, plainSkipped = 0;
+        for (QByteArray stream = damagedStream(seed); !stream.isEmpty();) {
+            const QByteArray piece = stream.left(1 + int(random() % unsigned(longestPiece)));
+            stream.remove(0, piece.size());
+            buffer += piece;
+            plainBuffer += piece;
+            QCOMPARE(wireOf(takeFrames(buffer, skipped)), wireOf(plainFrames(plainBuffer, plainSkipped)));
+            QCOMPARE(skipped, plainSkipped);
+            QCOMPARE(buffer, plainBuffer);
+        }
     }
 }
 

@@ -267,29 +267,32 @@ void TestLink::waitForBytesSentFromAnotherThreadWhileDataStreamIn()
 
 void TestLink::aSlowReceiverHoldsTheLinkBackAndLosesNothing()
 {
-    constexpr int sent = 200000;
-    constexpr int bound = 131072;
-    constexpr int oneRead = 65536 / 10 + 1; // what a read may bring beyond the bound, at ten bytes a frame
+    constexpr int sent = 2000000;
+    constexpr qint64 bound = 12000000;
+    constexpr qint64 oneRead = 65536 + 10; // what a read may bring beyond the bound, and the rest of a frame before it
     FakeInstrument instrument;
     SerialCommunicator communicator(instrument.portName());
-    communicator.letReceiverConfirm();
+    communicator.letReceiverTakePackets();
     int received = 0;
     int outOfOrder = 0;
-    connect(&communicator, &SerialCommunicator::ResponseReceived, this,
-            [&](Notifications_t, unsigned int, const QByteArray &payload) {
-                if (payload != QByteArray(reinterpret_cast<const char *>(&received), sizeof received))
-                    ++outOfOrder;
-                ++received;
-            });
+    const auto take = [&](const Frame &packet) {
+        if (packet.payload != QByteArray(reinterpret_cast<const char *>(&received), sizeof received))
+            ++outOfOrder;
+        ++received;
+        return true;
+    };
+    connect(
+        &communicator, &SerialCommunicator::packetsWaiting, this, [&] { communicator.packets().deliver(take); },
+        Qt::QueuedConnection);
+    const auto bytesReceived = [&] { return 10 * qint64(received); };
     QVERIFY(communicator.Start(true));
     QByteArray stream;
     for (int i = 0; i < sent; ++i)
         stream += makeFrame(NT_DC_DATA, 0, QByteArray(reinterpret_cast<const char *>(&i), sizeof i));
     instrument.sendRaw(stream);
-    QTRY_VERIFY_WITH_TIMEOUT(received >= bound, 20000);
-    QVERIFY(!QTest::qWaitFor([&] { return received > bound + oneRead; }, 200));
-    for (int i = received; i > 0; --i)
-        communicator.packetHandled();
+    QTRY_VERIFY_WITH_TIMEOUT(bytesReceived() >= bound, 20000);
+    QVERIFY(!QTest::qWaitFor([&] { return bytesReceived() > bound + oneRead; }, 200));
+    communicator.packetsHandled(bytesReceived());
     QTRY_COMPARE_WITH_TIMEOUT(received, sent, 20000);
     QCOMPARE(outOfOrder, 0);
 }

@@ -15,7 +15,7 @@ constexpr int channelsEach = 16;
 constexpr double interval = 0.01; // seconds of instrument time
 constexpr int sampleMs = 2000;    // between two looks at the memory
 constexpr int drainMs = 300000;   // for what is on its way when the channels are stopped
-/// Megabytes of the heap. Event lists keep the room for the 131,072 packets that may be on their way from each instrument;
+/// Megabytes of the heap. The 12 MB that may be on their way from each instrument are not on their way at rest;
 /// half an hour at the preset speed brings 46 million samples, so that one byte for each would show.
 constexpr double mostGrowth = 32.0;
 

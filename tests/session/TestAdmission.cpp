@@ -32,24 +32,29 @@ void answerOnePing(AdmittedInstrument &instrument)
 Q_DECLARE_METATYPE(Spoil)
 Q_DECLARE_METATYPE(HardwareModel_t)
 
-/// The verdict of the whole handshake. Each attempt costs the second of the echo test, each missing answer another.
+/// The verdict of the whole handshake.
 class TestAdmission : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { _clock.hurry(500); } // the pause in which a Gale prepares itself
     void aRightInstrumentIsAdmitted();
     void aRightGaleIsAdmitted();
     void anEchoIsRefused();
     void aMissingAnswerIsNamed_data();
     void aMissingAnswerIsNamed();
+
+private:
+    SteppedClock _clock;
 };
 
 void TestAdmission::aRightInstrumentIsAdmitted()
 {
     AdmittedInstrument instrument(HardwareModel_t::Alder_2_5, "Alder-0042", 2);
+    instrument.setClock(_clock);
     InstrumentInfo info;
-    QCOMPARE(InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info),
+    QCOMPARE(InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info, _clock),
              VekErrorCode(VekErrorCode::Success));
     QCOMPARE(instrument.commandNames(),
              (QVector<PCcommand_t>{PC_ECHO_TEST, PC_PING, PC_READ_HARDWARE_VERSION, PC_READ_CHANNEL_COUNT,
@@ -64,14 +69,17 @@ void TestAdmission::aRightInstrumentIsAdmitted()
 void TestAdmission::aRightGaleIsAdmitted()
 {
     AdmittedInstrument instrument(HardwareModel_t::Gale, "Gale-7", 2);
+    instrument.setClock(_clock);
     InstrumentInfo info;
-    QCOMPARE(InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info),
+    const qint64 before = _clock.now();
+    QCOMPARE(InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info, _clock),
              VekErrorCode(VekErrorCode::Success));
     QCOMPARE(instrument.commandNames(),
              (QVector<PCcommand_t>{PC_ECHO_TEST, PC_PING, PC_READ_HARDWARE_VERSION, PC_READ_CHANNEL_COUNT,
                                    PC_READ_FIRMWARE_CHECKSUM, PC_GALE_PRE_HANDSHAKE, PC_PING, PC_READ_FIRMWARE_VERSION,
                                    PC_READ_FLASH_CAL, PC_READ_FLASH_CAL, PC_READ_CONFIG}));
     QCOMPARE(instrument.commands()[5].channel, quint8(255));
+    QCOMPARE(_clock.now() - before, 1000 + 500); // the echo that does not come, and the time to prepare
 }
 
 void TestAdmission::anEchoIsRefused()
@@ -80,7 +88,7 @@ void TestAdmission::anEchoIsRefused()
     loop.setEchoing(true);
     QVERIFY(InitialInformation::PingToInstrument(loop.portName())); // its ping comes back as a reply would
     InstrumentInfo info;
-    const VekErrorCode verdict = InitialInformation::getBasicInfoSuccessfully(loop.portName(), info);
+    const VekErrorCode verdict = InitialInformation::getBasicInfoSuccessfully(loop.portName(), info, _clock);
     QCOMPARE(int(verdict), 255);
     QCOMPARE(verdict.message(), QString("Unknown error occurred"));
 }
@@ -134,9 +142,10 @@ void TestAdmission::aMissingAnswerIsNamed()
     QFETCH(HardwareModel_t, model);
     QFETCH(Spoil, spoil);
     AdmittedInstrument instrument(model, "X", 1);
+    instrument.setClock(_clock);
     spoil(instrument);
     InstrumentInfo info;
-    const VekErrorCode verdict = InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info);
+    const VekErrorCode verdict = InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info, _clock);
     QTEST(int(verdict), "code");
     QTEST(verdict.message(), "message");
     QVERIFY(info.comPort.isEmpty()); // set by success alone

@@ -2,6 +2,25 @@
 
 #include <algorithm>
 
+namespace {
+
+constexpr int answerTimeoutMs = 1000;
+
+bool isQuestion(PCcommand_t command)
+{
+    static const QSet<int> questions = {PC_ECHO_TEST,
+                                        PC_PING,
+                                        PC_READ_HARDWARE_VERSION,
+                                        PC_READ_CHANNEL_COUNT,
+                                        PC_READ_FIRMWARE_CHECKSUM,
+                                        PC_READ_FIRMWARE_VERSION,
+                                        PC_READ_FLASH_CAL,
+                                        PC_READ_CONFIG};
+    return questions.contains(command);
+}
+
+} // namespace
+
 FakeInstrument::FakeInstrument(QObject *parent) : QObject(parent)
 {
     connect(&_terminal, &PseudoTerminal::received, this, &FakeInstrument::onReceived);
@@ -28,6 +47,7 @@ void FakeInstrument::reply(PCcommand_t command, Notifications_t type, const QByt
 
 void FakeInstrument::send(Notifications_t type, quint8 channel, const QByteArray &payload)
 {
+    _hasSent = true;
     _terminal.write(makeFrame(quint8(type), channel, payload));
 }
 
@@ -40,8 +60,11 @@ void FakeInstrument::onReceived(const QByteArray &bytes)
     for (const Frame &frame : frames) {
         const Command command{PCcommand_t(quint8(frame.type)), quint8(frame.channel), frame.payload};
         _commands.append(command);
+        _hasSent = _echoing;
         if (const Answer answer = _answers.value(command.command))
             answer(command);
+        if (!_hasSent && _clock && isPluggedIn() && isQuestion(command.command))
+            _clock->step(answerTimeoutMs);
         Q_EMIT commandReceived(command.command, command.channel, command.payload);
     }
 }

@@ -2,6 +2,7 @@
 
 #include "link/Frame.h"
 #include "simulator/PseudoTerminal.h"
+#include "support/SteppedClock.h"
 
 #include <QMap>
 
@@ -46,6 +47,8 @@ public:
     void sendRaw(const QByteArray &bytes) { _terminal.write(bytes); }
     /// Sends everything back that arrives, as a plugged loop would.
     void setEchoing(bool echoing) { _echoing = echoing; }
+    /// Lets the second of the handshake be over on a clock as soon as a question of it is left without an answer.
+    void setClock(SteppedClock &clock) { _clock = &clock; }
     void unplug() { _terminal.unplug(); }
     bool isPluggedIn() const { return _terminal.isOpen(); }
 
@@ -59,6 +62,8 @@ private:
     QByteArray _buffer;
     quint32 _skipped = 0;
     bool _echoing = false;
+    bool _hasSent = false;
+    SteppedClock *_clock = nullptr;
     QVector<Command> _commands;
     QMap<int, Answer> _answers;
 };

@@ -10,8 +10,7 @@ struct BuilderContainer;
 
 /**
  * How large an experiment may be. The first two bounds are the instrument's, which counts nodes and jumps in 16 bits.
- * The third keeps the recursion through the tree on any stack that a client's thread may have: expansion, which takes
- * most, takes a third of a kilobyte a level with the address sanitizer and so two thirds of a stack of 512 kB.
+ * The third keeps what is recursive about a tree, its destruction, on any stack that a client's thread may have.
  */
 namespace ExperimentSize {
 

@@ -62,6 +62,19 @@ void NodeList::append(const NodeList &other)
     _nodes.insert(_nodes.end(), nodes.begin(), nodes.end());
 }
 
+void NodeList::append(NodeList &&other)
+{
+    _nodes.insert(_nodes.end(), std::make_move_iterator(other._nodes.begin()),
+                  std::make_move_iterator(other._nodes.end()));
+    other._nodes.clear();
+}
+
+void NodeList::appendCopies(int first, int count)
+{
+    for (int i = first; i < first + count; ++i)
+        _nodes.push_back(std::make_shared<Node>(*(*this)[i]));
+}
+
 int NodeList::getStepNumber(bool newSubStep, NodeType_t type) const
 {
     if (isEmpty())

@@ -22,6 +22,10 @@ public:
     void insert(int index, const Node &node);
     /// Appends the nodes of another list, which are shared from now on.
     void append(const NodeList &other);
+    /// Appends the nodes of another list, which is empty from now on.
+    void append(NodeList &&other);
+    /// Appends copies of @p count nodes of its own from position @p first on.
+    void appendCopies(int first, int count);
 
     /// Step number for a node that comes next: a new one if it opens a sub-step, save for loops; 1 on an empty list.
     int getStepNumber(bool newSubStep, NodeType_t type) const;

@@ -63,7 +63,7 @@ std::optional<Announcement> AnnouncedUpdates::takeFor(const AppearedDevice &devi
 QStringList AnnouncedUpdates::takeExpired()
 {
     QStringList names;
-    const auto isExpired = [](const Announcement &each) { return each.deadline.hasExpired(); };
+    const auto isExpired = [](const Announcement &each) { return each.deadline.hasCome(); };
     for (const Announcement &expired : takeIf(_waiting, isExpired))
         names.append(expired.deviceName);
     return names;
@@ -75,17 +75,17 @@ void AnnouncedUpdates::forgetPath(const QString &path)
         each.olderOnes.removeAll(path);
 }
 
-void AnnouncedUpdates::waitFor(int milliseconds)
+void AnnouncedUpdates::setDeadline(const Deadline &deadline)
 {
     for (Announcement &each : _waiting)
-        each.deadline.setRemainingTime(milliseconds);
+        each.deadline = deadline;
 }
 
-qint64 AnnouncedUpdates::remainingTime() const
+int AnnouncedUpdates::remainingTime() const
 {
-    qint64 shortest = -1;
+    int shortest = -1;
     for (const Announcement &each : _waiting) {
-        const qint64 remaining = each.deadline.remainingTime();
+        const int remaining = each.deadline.remaining();
         shortest = shortest < 0 ? remaining : qMin(shortest, remaining);
     }
     return shortest;

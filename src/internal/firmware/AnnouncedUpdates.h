@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDeadlineTimer>
+#include "waiting/Clock.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -14,7 +15,7 @@ struct Announcement {
     QString port;          ///< the serial port that it leaves; empty if that is not known
     QString usbPlace;      ///< of that port, see usbPlaceOf(); empty if that is not known
     QStringList olderOnes; ///< HID paths of the bootloaders that were there before, none of which is this instrument
-    QDeadlineTimer deadline;
+    Deadline deadline;
 };
 
 /// A HID bootloader as the system tells it.
@@ -48,9 +49,9 @@ public:
     /// A path from which a device has gone may be the next one's.
     void forgetPath(const QString &path);
     /// Sets all deadlines anew.
-    void waitFor(int milliseconds);
+    void setDeadline(const Deadline &deadline);
     /// Time until the first one expires, in milliseconds; -1 if none waits.
-    qint64 remainingTime() const;
+    int remainingTime() const;
 
 private:
     QList<Announcement> _waiting;

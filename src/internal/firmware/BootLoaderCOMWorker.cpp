@@ -4,10 +4,10 @@
 #include "firmware/SerialBootloader.h"
 #include "images/HexLoader.h"
 #include "link/Frame.h"
+#include "waiting/Clock.h"
 
 #include <QFile>
 #include <QSerialPort>
-#include <QThread>
 
 using namespace SerialBootloader;
 
@@ -15,7 +15,7 @@ namespace {
 
 constexpr int recordsInFlight = 8; // keep the line busy while the boards write to their flash
 constexpr int writeTimeoutMs = 1000;
-constexpr unsigned long resetMs = 100;
+constexpr int resetMs = 100;
 
 /// Opens the port and throws away what was on its way.
 bool openClean(QSerialPort &port)
@@ -47,7 +47,7 @@ void reset(QSerialPort &port)
 bool entersBootloader(QSerialPort &port)
 {
     reset(port);
-    QThread::msleep(resetMs);
+    Clock::host().sleep(resetMs);
     return openClean(port);
 }
 

@@ -4,6 +4,9 @@
 #include "firmware/FirmwareImages.h"
 #include "firmware/HidCommunicator.h"
 #include "firmware/UsbPlace.h"
+#include "waiting/BoundedWait.h"
+
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <utility>
@@ -11,6 +14,7 @@
 namespace {
 
 constexpr unsigned long finderEndPollMs = 20;
+constexpr int longestRunMs = 3600000; // each step of a run has its own time, and no image has so many
 
 /// Whether what stands on the path now may have the model's image: paths are given again, and a run may wait for long.
 bool isStillThere(const BootLoaderCommunicator::HidData &data)
@@ -34,7 +38,7 @@ BootLoaderCommunicator *BootLoaderCommunicator::Instance()
     return ApplicationSingleton<BootLoaderCommunicator>::instance();
 }
 
-BootLoaderCommunicator::BootLoaderCommunicator()
+BootLoaderCommunicator::BootLoaderCommunicator() : _patience(_clock.makeAlarm([this] { onPatienceEnded(); }))
 {
     qRegisterMetaType<QMap<QString, int>>("QMap<QString,int>");
     qRegisterMetaType<VekFirmwareUpdateStage>("VekFirmwareUpdateStage");
@@ -44,9 +48,6 @@ BootLoaderCommunicator::BootLoaderCommunicator()
     connect(&_finder, &Finder::HidConnectionsFound, this, &This::HidConnectionsFound, Qt::BlockingQueuedConnection);
     connect(&_finder, &Finder::HidConnectionsRemove, this, &This::HidConnectionsRemove, Qt::QueuedConnection);
     connect(&_finder, &Finder::finished, this, &This::onSearchEnded, Qt::QueuedConnection);
-
-    _patience.setSingleShot(true);
-    connect(&_patience, &QTimer::timeout, this, &This::onPatienceEnded);
 
     BootloaderThread *const thread = BootloaderThread::Instance();
     connect(thread, &BootloaderThread::ProgressChanged, this, &This::ProgressChanged, Qt::QueuedConnection);
@@ -74,7 +75,7 @@ void BootLoaderCommunicator::setReleaseNumber(QString deviceName, int model)
 void BootLoaderCommunicator::announce(Announcement announcement)
 {
     const bool neverLeft = _pending.takeSame(announcement);
-    announcement.deadline.setRemainingTime(_patienceMs);
+    announcement.deadline = Deadline(_patienceMs, _clock);
     _pending.add(announcement);
     restartPatience();
     if (neverLeft)
@@ -183,9 +184,9 @@ void BootLoaderCommunicator::onPatienceEnded()
 void BootLoaderCommunicator::restartPatience()
 {
     if (_pending.isEmpty())
-        _patience.stop();
+        _patience->stop();
     else
-        _patience.start(static_cast<int>(_pending.remainingTime()));
+        _patience->start(_pending.remainingTime());
 }
 
 void BootLoaderCommunicator::goOn()
@@ -202,7 +203,7 @@ void BootLoaderCommunicator::startBootLoader()
     while (!_toRun.isEmpty())
         runNext();
     _isRunning = false;
-    _pending.waitFor(_patienceMs);
+    _pending.setDeadline({_patienceMs, _clock});
     restartPatience();
 }
 
@@ -233,8 +234,10 @@ void BootLoaderCommunicator::flash(const HidData &data, const QString &imagePath
     thread->SetHIDPath(data.path);
     thread->SetDeviceName(data.deviceName);
     _outcome.reset();
+    BoundedWait run(longestRunMs, _clock);
+    const QScopedValueRollback<BoundedWait *> underWay(_run, &run);
     thread->upLoading();
-    _runLoop.exec();
+    run.exec();
 }
 
 void BootLoaderCommunicator::refuse(const HidData &data, VekFirmwareUpdateStage why, const QString &reason)
@@ -246,7 +249,8 @@ void BootLoaderCommunicator::refuse(const HidData &data, VekFirmwareUpdateStage 
 void BootLoaderCommunicator::onRunFinished(const QString &, bool success)
 {
     _outcome = success;
-    _runLoop.quit();
+    if (_run)
+        _run->end(WaitEnd::Answered);
 }
 
 QString BootLoaderCommunicator::findHexFilePath(int model)

@@ -6,15 +6,16 @@
 #include "firmware/HidFinderThread.h"
 #include "hardware_models/HardwareModelNumber.h"
 
-#include <QEventLoop>
 #include <QMap>
 #include <QObject>
 #include <QQueue>
 #include <QString>
 #include <QStringList>
-#include <QTimer>
 
+#include <memory>
 #include <optional>
+
+class BoundedWait;
 
 /**
  * Matches instruments that appear in their HID bootloader with the updates that were announced, and flashes them one
@@ -65,6 +66,8 @@ public:
     /// Lets no update begin before as many calls of goOn(): it would hold the thread while somebody questions a port.
     void hold() { ++_holds; }
     void goOn();
+    /// Whether devices are being looked for, or the last of their updates are under way.
+    bool isSearching() const { return _finder.isRunning(); }
     /// How long a device is waited for; for tests.
     void setPatience(int milliseconds) { _patienceMs = milliseconds; }
 
@@ -99,11 +102,12 @@ private:
     HidFinderThread _finder;
     QMap<QString, int> _connected; ///< HID path to release number
     AnnouncedUpdates _pending;
-    QTimer _patience; ///< until the first of them expires
+    const Clock &_clock = Clock::host();
+    const std::unique_ptr<Alarm> _patience; ///< until the first of them expires
     int _patienceMs = 30000;
     bool _wantsAll = false; ///< devices of the next batch that nobody has announced are flashed too
     QQueue<HidData> _toRun;
-    QEventLoop _runLoop;
+    BoundedWait *_run = nullptr; ///< that is under way
     bool _isRunning = false;
     int _holds = 0;
     std::optional<bool> _outcome; ///< of the last run; empty until it has come, also if the application quits

@@ -27,8 +27,8 @@ QByteArray crcRequest(HexCrc const &image)
 
 } // namespace
 
-BootloaderOperator::BootloaderOperator(QString const &hidPath, QObject *parent)
-    : QObject(parent), _communicator(new HidCommunicator(hidPath, this))
+BootloaderOperator::BootloaderOperator(QString const &hidPath, QObject *parent, const Clock &clock)
+    : QObject(parent), _communicator(new HidCommunicator(hidPath, this, clock))
 {
     connect(_communicator, &HidCommunicator::DataReceived, this, &BootloaderOperator::DataReceived);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "images/HexLoader.h"
+#include "waiting/Clock.h"
 
 #include <QByteArray>
 #include <QMetaType>
@@ -25,7 +26,8 @@ class BootloaderOperator : public QObject
 
 public:
     /// Opens the device; one that cannot be opened never replies.
-    explicit BootloaderOperator(QString const &hidPath, QObject *parent = nullptr);
+    explicit BootloaderOperator(QString const &hidPath, QObject *parent = nullptr,
+                                const Clock &clock = Clock::host());
 
     void RequestBootloaderInfo();
     void EraseFlash();

@@ -4,26 +4,15 @@
 #include "firmware/FirmwareImages.h"
 #include "firmware/HidCommunicator.h"
 #include "images/HexLoader.h"
-#include "waiting/BoundedExec.h"
-
-#include <QEventLoop>
+#include "waiting/BoundedWait.h"
 
 namespace {
 
-constexpr unsigned long replyTimeoutMs = 5000;
-constexpr unsigned long searchPauseMs = 100;
+constexpr int replyTimeoutMs = 5000;
+constexpr int searchPauseMs = 100;
 constexpr int recordsPerBatch = 10;
 
 } // namespace
-
-bool WaitForSignal(QObject *sender, char const *signal, unsigned long milliseconds, std::function<void()> action)
-{
-    QEventLoop loop;
-    QObject::connect(sender, signal, &loop, SLOT(quit()));
-    action();
-    return execBounded(loop, static_cast<int>(milliseconds)) == 0 &&
-           !QThread::currentThread()->isInterruptionRequested();
-}
 
 BootloaderThread *BootloaderThread::Instance()
 {
@@ -76,7 +65,7 @@ bool BootloaderThread::flash()
     if (_hidPath.isEmpty())
         SearchForHidPath();
     Q_EMIT BootloaderFound(_deviceName);
-    _operator = new BootloaderOperator(_hidPath, this);
+    _operator = new BootloaderOperator(_hidPath, this, _clock);
     Q_EMIT ProgressChanged(_deviceName, 0);
     const bool success = EraseFlash() && ProgramFlash() && CheckCrc();
     if (success)
@@ -90,16 +79,25 @@ void BootloaderThread::SearchForHidPath()
 {
     QMap<QString, int> found = HidCommunicator::SearchForBootloaderHidPath();
     while (found.isEmpty() && !isInterruptionRequested()) {
-        msleep(searchPauseMs);
+        _clock.sleep(searchPauseMs);
         found = HidCommunicator::SearchForBootloaderHidPath();
     }
     if (!found.isEmpty())
         _hidPath = found.firstKey();
 }
 
+template <typename Signal, typename Action>
+bool BootloaderThread::isAnswered(Signal reply, Action action)
+{
+    BoundedWait wait(replyTimeoutMs, _clock);
+    wait.endOn(_operator, reply, WaitEnd::Answered);
+    action();
+    return wait.exec() == WaitEnd::Answered && !isInterruptionRequested();
+}
+
 bool BootloaderThread::EraseFlash()
 {
-    return WaitForSignal(_operator, SIGNAL(FlashErased()), replyTimeoutMs, [this] { _operator->EraseFlash(); });
+    return isAnswered(&BootloaderOperator::FlashErased, [this] { _operator->EraseFlash(); });
 }
 
 bool BootloaderThread::ProgramFlash()
@@ -107,8 +105,8 @@ bool BootloaderThread::ProgramFlash()
     int lastPercent = 0;
     for (int sent = 0; sent < _records.size();) {
         const QList<QByteArray> batch = _records.mid(sent, recordsPerBatch);
-        if (!WaitForSignal(_operator, SIGNAL(FlashProgramed()), replyTimeoutMs,
-                           [&] { _operator->ProgramFlash(QByteArrayList(batch).join()); }))
+        if (!isAnswered(&BootloaderOperator::FlashProgramed,
+                        [&] { _operator->ProgramFlash(QByteArrayList(batch).join()); }))
             return false;
         sent += batch.size();
         const int percent = sent * 100 / _records.size();
@@ -126,7 +124,7 @@ bool BootloaderThread::CheckCrc()
     QObject context; // undoes the connection
     connect(_operator, &BootloaderOperator::FirmwareCrcReceived, &context,
             [&received](unsigned short crc) { received = crc; });
-    const bool hasReply = WaitForSignal(_operator, SIGNAL(FirmwareCrcReceived(unsigned short)), replyTimeoutMs,
-                                        [&] { _operator->RequestFirmwareCrc(image); });
+    const bool hasReply =
+        isAnswered(&BootloaderOperator::FirmwareCrcReceived, [&] { _operator->RequestFirmwareCrc(image); });
     return hasReply && received == image.crc;
 }

@@ -1,13 +1,12 @@
 #pragma once
 
 #include "firmware/ApplicationSingleton.h"
+#include "waiting/Clock.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QThread>
-
-#include <functional>
 
 class BootloaderOperator;
 
@@ -54,16 +53,13 @@ private:
     bool EraseFlash();
     bool ProgramFlash();
     bool CheckCrc();
+    /// Does something and waits for the reply to it. @return whether it came; false too when the thread is asked to end
+    template <typename Signal, typename Action>
+    bool isAnswered(Signal reply, Action action);
 
+    const Clock &_clock = Clock::host();
     QList<QByteArray> _records;
     BootloaderOperator *_operator = nullptr; ///< during a run
     QString _hidPath;
     QString _deviceName;
 };
-
-/**
- * Runs @p action and then a local event loop until the signal has come or the time is over.
- *
- * @return whether the signal came first; false too when the thread is asked to end
- */
-bool WaitForSignal(QObject *sender, char const *signal, unsigned long milliseconds, std::function<void()> action);

@@ -7,11 +7,9 @@
 #include "link/SerialCommunicator.h"
 #include "session/InitialInformation.h"
 
-#include <QThread>
-
 namespace {
 
-constexpr unsigned long softResetMs = 100;
+constexpr int softResetMs = 100;
 
 /// For as long as a port is questioned.
 struct Hold {
@@ -41,9 +39,9 @@ bool hasAllLeft(SerialCommunicator &link)
 }
 
 /// Restarts an instrument into its bootloader, and holds the port until the command has left it.
-VekErrorCode restart(const InstrumentInfo &info)
+VekErrorCode restart(const InstrumentInfo &info, const Clock &clock)
 {
-    SerialCommunicator link(info.comPort);
+    SerialCommunicator link(info.comPort, nullptr, clock);
     link.Start(true);
     if (!isSameInstrument(link, info))
         return VekErrorCode(VekErrorCode::ConnectionFailed,
@@ -56,14 +54,14 @@ VekErrorCode restart(const InstrumentInfo &info)
             QStringLiteral("The instrument did not take the command to restart into its bootloader, so "
                            "that nothing was written. If it does not answer any more, please update all "
                            "available devices."));
-    QThread::msleep(softResetMs);
+    clock.sleep(softResetMs);
     link.Stop();
     return VekErrorCode::Success;
 }
 
 } // namespace
 
-FirmwareUpdateHandler::FirmwareUpdateHandler(QObject *parent) : QObject(parent)
+FirmwareUpdateHandler::FirmwareUpdateHandler(QObject *parent, const Clock &clock) : QObject(parent), _clock(clock)
 {
     using This = FirmwareUpdateHandler;
     using Hid = BootLoaderCommunicator;
@@ -88,11 +86,11 @@ FirmwareUpdateHandler::FirmwareUpdateHandler(QObject *parent) : QObject(parent)
 
 VekErrorCode FirmwareUpdateHandler::hasCorrectFirmware(const QString &port, InstrumentInfo &info)
 {
-    if (!InitialInformation::PingToInstrument(port))
+    if (!InitialInformation::PingToInstrument(port, _clock))
         return VekErrorCode(VekErrorCode::ConnectionFailed,
                             QStringLiteral("Nimbrelle is not connect at selected USB port. Unplug USB cable from "
                                            "computer, and plug it again."));
-    SerialCommunicator link(port);
+    SerialCommunicator link(port, nullptr, _clock);
     link.Start(true);
     const VekErrorCode verdict = InitialInformation::validateFirmware(link, info);
     link.Stop();
@@ -116,7 +114,7 @@ VekErrorCode FirmwareUpdateHandler::update(const QString &port)
 
     const QString usbPlace = usbPlaceOf(port);
     const QStringList bootloaders = BootLoaderCommunicator::Instance()->presentPaths();
-    const VekErrorCode restarted = restart(info);
+    const VekErrorCode restarted = restart(info, _clock);
     if (restarted != VekErrorCode::Success)
         return restarted;
     if (isGale(info)) {

@@ -2,6 +2,7 @@
 
 #include "VekErrorCode.h"
 #include "VekFirmwareUpdateStage.h"
+#include "waiting/Clock.h"
 
 #include <QObject>
 
@@ -22,7 +23,7 @@ class FirmwareUpdateHandler : public QObject
     Q_OBJECT
 
 public:
-    explicit FirmwareUpdateHandler(QObject *parent = nullptr);
+    explicit FirmwareUpdateHandler(QObject *parent = nullptr, const Clock &clock = Clock::host());
 
     /**
      * Questions the instrument on a port. What it answered stands in @p info.
@@ -64,4 +65,6 @@ private:
     void UnknowHIDModelConnect(const QString &path);
     /// @param words what follows the name in the message
     void tell(const QString &deviceName, Stage stage, const QString &words, int percent = 0);
+
+    const Clock &_clock;
 };

@@ -2,11 +2,8 @@
 
 #include "firmware/HidFrame.h"
 
-#include <QDeadlineTimer>
-#include <QElapsedTimer>
 #include <QMutex>
 #include <QMutexLocker>
-#include <QThread>
 
 #include <hidapi.h>
 
@@ -22,8 +19,8 @@ constexpr wchar_t bootloaderName[] = L"Nimbrelle HID bootloader";
 
 constexpr int pollMs = 20;
 constexpr int rightsTimeoutMs = 2000;
-constexpr unsigned long rightsRetryMs = 50;
-constexpr qint64 deafAfterMs = 1000;
+constexpr int rightsRetryMs = 50;
+constexpr int deafAfterMs = 1000;
 
 /// Guards hidapi's init, exit, enumerate, open and close: they share state of the library's own.
 QMutex &hidapiMutex()
@@ -51,12 +48,12 @@ hid_device *openOnce(const QByteArray &path)
     return hid_open_path(path.constData());
 }
 
-hid_device *openPatiently(const QByteArray &path)
+hid_device *openPatiently(const QByteArray &path, const Clock &clock)
 {
-    const QDeadlineTimer deadline(rightsTimeoutMs);
+    const Deadline deadline(rightsTimeoutMs, clock);
     hid_device *device = openOnce(path);
-    while (!device && errno == EACCES && !deadline.hasExpired()) {
-        QThread::msleep(rightsRetryMs);
+    while (!device && errno == EACCES && !deadline.hasCome()) {
+        clock.sleep(rightsRetryMs);
         device = openOnce(path);
     }
     return device;
@@ -71,27 +68,26 @@ QByteArray &sharedBuffer()
 
 } // namespace
 
-HidCommunicator::HidCommunicator(QString const &path, QObject *parent) : QObject(parent), _pollTimer(this)
+HidCommunicator::HidCommunicator(QString const &path, QObject *parent, const Clock &clock)
+    : QObject(parent), _clock(clock), _pollAlarm(clock.makeAlarm([this] { poll(); }))
 {
     {
         const QMutexLocker locker(&hidapiMutex());
         if (hid_init() != 0)
             return;
     }
-    _device = openPatiently(path.toLocal8Bit());
+    _device = openPatiently(path.toLocal8Bit(), clock);
     if (!_device) {
         const QMutexLocker locker(&hidapiMutex());
         hid_exit();
         return;
     }
     hid_set_nonblocking(_device, 1);
-    connect(&_pollTimer, &QTimer::timeout, this, &HidCommunicator::TryToReceive);
-    _pollTimer.start(pollMs);
+    _pollAlarm->start(pollMs);
 }
 
 HidCommunicator::~HidCommunicator()
 {
-    _pollTimer.stop();
     if (!_device)
         return;
     const QMutexLocker locker(&hidapiMutex());
@@ -126,12 +122,17 @@ void HidCommunicator::SendData(QByteArray const &body)
 
 void HidCommunicator::write(const QByteArray &report)
 {
-    QElapsedTimer timer;
-    timer.start();
+    const Deadline patience(deafAfterMs, _clock);
     const int written =
         hid_write(_device, reinterpret_cast<const unsigned char *>(report.constData()), size_t(report.size()));
     // Any other failure shows by the device's silence; this one would add up over the reports of an image.
-    _isDeaf = written < 0 && timer.hasExpired(deafAfterMs);
+    _isDeaf = written < 0 && patience.hasCome();
+}
+
+void HidCommunicator::poll()
+{
+    _pollAlarm->start(pollMs);
+    TryToReceive();
 }
 
 void HidCommunicator::TryToReceive()

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "waiting/Clock.h"
+
 #include <QByteArray>
 #include <QMap>
 #include <QObject>
 #include <QString>
-#include <QTimer>
+
+#include <memory>
 
 struct hid_device_;
 
@@ -26,7 +29,7 @@ class HidCommunicator : public QObject
 
 public:
     /// Opens the device. Refused rights are waited for up to 2 s, since udev grants them after the device appears.
-    explicit HidCommunicator(QString const &path, QObject *parent = nullptr);
+    explicit HidCommunicator(QString const &path, QObject *parent = nullptr, const Clock &clock = Clock::host());
     ~HidCommunicator() override;
 
     /// The bootloaders that are there: path to USB release number, which is the model number or 256 for an unknown one.
@@ -40,10 +43,12 @@ Q_SIGNALS:
 
 private:
     void write(const QByteArray &report);
+    void poll();
     void TryToReceive();
 
+    const Clock &_clock;
     hid_device_ *_device = nullptr;
     QByteArray _received; ///< decoded since the last start of a frame
-    QTimer _pollTimer;
+    const std::unique_ptr<Alarm> _pollAlarm;
     bool _isDeaf = false; ///< a write has blocked in vain
 };

@@ -1,20 +1,13 @@
 #include "firmware/HidFinderThread.h"
 
 #include "firmware/HidCommunicator.h"
-#include "waiting/BoundedExec.h"
+#include "waiting/BoundedWait.h"
 
-#include <QEventLoop>
 #include <QMutexLocker>
 
 namespace {
 
 constexpr int searchPeriodMs = 1000;
-
-void pause()
-{
-    QEventLoop loop;
-    execBounded(loop, searchPeriodMs); // quit() of the thread leaves it
-}
 
 /// The entries of the first map whose path is not in the second one.
 QMap<QString, int> difference(const QMap<QString, int> &first, const QMap<QString, int> &second)
@@ -29,7 +22,7 @@ QMap<QString, int> difference(const QMap<QString, int> &first, const QMap<QStrin
 
 } // namespace
 
-HidFinderThread::HidFinderThread(QObject *parent) : QThread(parent)
+HidFinderThread::HidFinderThread(QObject *parent, const Clock &clock) : QThread(parent), _clock(clock)
 {
 }
 
@@ -64,7 +57,7 @@ void HidFinderThread::run()
         const QMap<QString, int> current = HidCommunicator::SearchForBootloaderHidPath();
         hasFound = announceNew(current);
         announceGone(current);
-        pause();
+        BoundedWait(searchPeriodMs, _clock).exec(); // quit() of the thread leaves it
     }
     // What was updated meanwhile has left as well.
     announceGone(HidCommunicator::SearchForBootloaderHidPath());

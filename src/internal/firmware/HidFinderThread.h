@@ -1,5 +1,7 @@
 #pragma once
 
+#include "waiting/Clock.h"
+
 #include <QMap>
 #include <QMutex>
 #include <QString>
@@ -18,7 +20,7 @@ class HidFinderThread : public QThread
     Q_OBJECT
 
 public:
-    explicit HidFinderThread(QObject *parent = nullptr);
+    explicit HidFinderThread(QObject *parent = nullptr, const Clock &clock = Clock::host());
     ~HidFinderThread() override;
 
     /// Makes the next search take a device for new.
@@ -41,6 +43,7 @@ private:
     QMap<QString, int> getnewHIDConnection(const QMap<QString, int> &current);
     QMap<QString, int> RemoveUnavaliableHIDConnection(const QMap<QString, int> &current);
 
+    const Clock &_clock;
     QMap<QString, int> _known;
     QMutex _mutex; // guards _known
 };

@@ -2,8 +2,8 @@
 
 #include "link/Frame.h"
 #include "session/InstrumentInfo.h"
+#include "waiting/Clock.h"
 
-#include <QDeadlineTimer>
 #include <QSerialPort>
 #include <QThread>
 #include <QtEndian>
@@ -11,16 +11,16 @@
 namespace {
 
 constexpr int openTimeoutMs = 10000;
-constexpr unsigned long openPauseMs = 5;
+constexpr int openPauseMs = 5;
 constexpr int serialReplyTimeoutMs = 5000;
-constexpr int readSliceMs = 5;
+constexpr int readSliceMs = 5; // of the system's time: looks at the port, which decide nothing
 constexpr int channelPosition = 3;
 constexpr int longestHardwareText = 64;
 constexpr char accessCode[] = "W4TnKqYs8LhBfM2c"; // instrument and host hold the same
 
-bool mayGoOn(const QDeadlineTimer &deadline)
+bool mayGoOn(const Deadline &deadline)
 {
-    return !deadline.hasExpired() && !QThread::currentThread()->isInterruptionRequested();
+    return !deadline.hasCome() && !QThread::currentThread()->isInterruptionRequested();
 }
 
 QByteArray emptyFrame(PCcommand_t command, unsigned char channel = deviceChannel)
@@ -38,18 +38,18 @@ bool isAnswered(QSerialPort &port, const QByteArray &frame, const QByteArray &re
 
 bool SerialBootloader::tryOpen(QSerialPort &port)
 {
-    const QDeadlineTimer deadline(openTimeoutMs);
+    const Deadline deadline(openTimeoutMs, Clock::host());
     while (!port.open(QIODevice::ReadWrite)) {
         if (!mayGoOn(deadline))
             return false;
-        QThread::msleep(openPauseMs);
+        Clock::host().sleep(openPauseMs);
     }
     return true;
 }
 
 QByteArray SerialBootloader::waitForResponse(QSerialPort &port, int size)
 {
-    const QDeadlineTimer deadline(serialReplyTimeoutMs);
+    const Deadline deadline(serialReplyTimeoutMs, Clock::host());
     port.waitForReadyRead(readSliceMs);
     QByteArray response = port.read(size);
     while (response.size() < size && mayGoOn(deadline)) {

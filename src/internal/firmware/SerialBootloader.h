@@ -9,7 +9,7 @@ class QSerialPort;
 /**
  * The talk with a serial bootloader: blocking calls on a port that no event loop serves.
  *
- * @thread The one that has opened the port. A request to interrupt it ends every wait.
+ * @thread The one that has opened the port. A request to interrupt it ends every wait. Times are those of Clock::host().
  */
 namespace SerialBootloader {
 

@@ -37,7 +37,8 @@ int neighbourOf(unsigned char channel)
 
 } // namespace
 
-GaleInstrumentHandler::GaleInstrumentHandler(const InstrumentInfo &info) : VekInstrumentHandlerPrivate(info)
+GaleInstrumentHandler::GaleInstrumentHandler(const InstrumentInfo &info, const Clock &clock)
+    : VekInstrumentHandlerPrivate(info, clock)
 {
 }
 

@@ -17,7 +17,7 @@ class GaleInstrumentHandler : public VekInstrumentHandlerPrivate
     Q_OBJECT
 
 public:
-    explicit GaleInstrumentHandler(const InstrumentInfo &info);
+    explicit GaleInstrumentHandler(const InstrumentInfo &info, const Clock &clock = Clock::host());
     ~GaleInstrumentHandler() override;
 
     static constexpr int getNumberofChannelperBoard() { return galeFacts.channelsPerBoard; }

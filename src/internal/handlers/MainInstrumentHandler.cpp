@@ -6,10 +6,9 @@
 #include "hardware_models/HardwareModel.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 #include "session/InstrumentOperator.h"
-#include "waiting/BoundedExec.h"
+#include "waiting/BoundedWait.h"
 
 #include <QDebug>
-#include <QEventLoop>
 #include <QStringList>
 #include <QTimer>
 
@@ -43,7 +42,8 @@ constexpr VekChannelReport report(quint16 status, int channel)
 
 } // namespace
 
-MainInstrumentHandler::MainInstrumentHandler(const InstrumentInfo &info) : VekInstrumentHandlerPrivate(info)
+MainInstrumentHandler::MainInstrumentHandler(const InstrumentInfo &info, const Clock &clock)
+    : VekInstrumentHandlerPrivate(info, clock)
 {
 }
 
@@ -132,20 +132,22 @@ void MainInstrumentHandler::readCalibrationTables()
 
 void MainInstrumentHandler::waitForSdCard(std::set<unsigned char> pending)
 {
-    constexpr int checkMs = 20;
+    constexpr int lookMs = 20;
     constexpr int longestMs = 5000;
-    QEventLoop loop;
-    const auto check = [this, &pending, &loop] {
+    BoundedWait reading(longestMs, _clock);
+    QTimer looks; // the end of a run ends a reading as well; looks decide nothing, so the system's time will do
+    const auto look = [&] {
         keepThoseBeingRead(pending);
-        if (pending.empty() || !_op->isConnected())
-            loop.quit();
+        if (pending.empty())
+            reading.end(WaitEnd::Answered);
     };
-    QTimer checks;
-    connect(&checks, &QTimer::timeout, &loop, check);
-    connect(_op, &InstrumentOperator::calibrationHeaderReceived, &loop, check, Qt::QueuedConnection);
-    connect(_op, &InstrumentOperator::calibrationDataReceived, &loop, check, Qt::QueuedConnection);
-    checks.start(checkMs);
-    execBounded(loop, longestMs);
+    connect(&looks, &QTimer::timeout, &looks, look);
+    connect(_op, &InstrumentOperator::calibrationHeaderReceived, &looks, look, Qt::QueuedConnection);
+    connect(_op, &InstrumentOperator::calibrationDataReceived, &looks, look, Qt::QueuedConnection);
+    looks.start(lookMs);
+    reading.endOn(_op, &InstrumentOperator::deviceDisconnected, WaitEnd::LinkLost);
+    if (_op->isConnected())
+        reading.exec();
 
     keepThoseBeingRead(pending);
     if (!pending.empty() && _op->isConnected())

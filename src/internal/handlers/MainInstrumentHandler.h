@@ -17,7 +17,7 @@ class MainInstrumentHandler : public VekInstrumentHandlerPrivate
     Q_OBJECT
 
 public:
-    explicit MainInstrumentHandler(const InstrumentInfo &info);
+    explicit MainInstrumentHandler(const InstrumentInfo &info, const Clock &clock = Clock::host());
     ~MainInstrumentHandler() override;
 
     VekErrorCode setFanSpeedVariable(bool variable) override;

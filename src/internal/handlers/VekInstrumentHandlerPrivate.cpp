@@ -17,12 +17,14 @@ namespace {
 const auto retirement = QEvent::Type(QEvent::registerEventType());
 }
 
-VekInstrumentHandlerPrivate::VekInstrumentHandlerPrivate() : _link(std::make_shared<HandlerLink>(this))
+VekInstrumentHandlerPrivate::VekInstrumentHandlerPrivate()
+    : _clock(Clock::host()), _link(std::make_shared<HandlerLink>(this))
 {
 }
 
-VekInstrumentHandlerPrivate::VekInstrumentHandlerPrivate(const InstrumentInfo &info)
-    : _info(info), _op(new InstrumentOperator(info.comPort, this)), _link(std::make_shared<HandlerLink>(this))
+VekInstrumentHandlerPrivate::VekInstrumentHandlerPrivate(const InstrumentInfo &info, const Clock &clock)
+    : _clock(clock), _info(info), _op(new InstrumentOperator(info.comPort, this, clock)),
+      _link(std::make_shared<HandlerLink>(this))
 {
     _info.calibration.detach(); // now, not when the handler's thread first writes to it
     if (!_op->isConnected())

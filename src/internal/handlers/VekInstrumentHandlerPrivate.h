@@ -11,6 +11,7 @@
 #include "channels/NodeBeginning.h"
 #include "link/FirmwareErrorCode.h"
 #include "session/InstrumentInfo.h"
+#include "waiting/Clock.h"
 
 #include <QObject>
 #include <QPointer>
@@ -54,7 +55,7 @@ public:
     /// Stands for no instrument: no operator, no channels, no thread.
     VekInstrumentHandlerPrivate();
     /// Opens the port of the instrument, which may take 10 s, and starts the handler's thread.
-    explicit VekInstrumentHandlerPrivate(const InstrumentInfo &info);
+    explicit VekInstrumentHandlerPrivate(const InstrumentInfo &info, const Clock &clock = Clock::host());
     /// Waits for requests that are under way, and for the thread unless it runs on it.
     ~VekInstrumentHandlerPrivate() override;
 
@@ -308,6 +309,7 @@ protected:
     /// Tells the end of an experiment by what the instrument says of it.
     void tellEnd(unsigned char channel, const QByteArray &payload);
 
+    const Clock &_clock;
     InstrumentInfo _info;
     quint8 _groundFloatState = 0;
     InstrumentOperator *_op = nullptr; // a child

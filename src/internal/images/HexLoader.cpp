@@ -4,10 +4,12 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QRegExp>
 
+#include <array>
 #include <cstring>
+#include <iterator>
 #include <numeric>
+#include <utility>
 
 // The images would not survive static linking without this reference; it also makes them available to every user of
 // this class before main() begins. Outside of the namespace below, since the macro declares a global function.
@@ -22,6 +24,7 @@ enum RecordType : quint8 { Data = 0, EndOfFile = 1, ExtendedSegmentAddress = 2, 
 
 constexpr int dataOffset = 4;     // behind length, address and type
 constexpr int recordOverhead = 5; // these and the checksum
+constexpr int mostDataBytes = 127;
 
 quint8 byteAt(const QByteArray &record, int position)
 {
@@ -110,6 +113,74 @@ FlashImage imageOf(const QList<QByteArray> &records)
     return image;
 }
 
+constexpr quint8 noDigit = 0xFF;
+
+constexpr std::array<quint8, 256> digitValues = [] {
+    std::array<quint8, 256> values{};
+    for (quint8 &value : values)
+        value = noDigit;
+    for (quint8 value = 0; value < 16; ++value) {
+        values[std::size_t("0123456789ABCDEF"[value])] = value;
+        values[std::size_t("0123456789abcdef"[value])] = value;
+    }
+    return values;
+}();
+
+quint8 digitOf(char character)
+{
+    return digitValues[static_cast<quint8>(character)];
+}
+
+/// One line, without its end.
+struct Line {
+    const char *begin;
+    const char *end;
+
+    bool isComment() const { return begin != end && *begin == ';'; }
+};
+
+/// Whether a colon has the digits of a record without data behind it. Anything may stand around these.
+bool holdsRecord(const Line &line)
+{
+    constexpr int outside = -1; // of a row of digits that began with a colon
+    int digits = outside;
+    for (const char *character = line.begin; character != line.end; ++character) {
+        if (*character == ':')
+            digits = 0;
+        else if (digits == outside || digitOf(*character) == noDigit)
+            digits = outside;
+        else if (++digits == 2 * recordOverhead)
+            return true;
+    }
+    return false;
+}
+
+/// Shortens a line to what stands in front of its last digit; noDigit where it has none.
+quint8 takeLastDigit(Line &line)
+{
+    while (line.end != line.begin) {
+        const quint8 digit = digitOf(*--line.end);
+        if (digit != noDigit)
+            return digit;
+    }
+    return noDigit;
+}
+
+/// All digits of a line in pairs from the right, whatever stands between them; cut short where no record is so long.
+QByteArray bytesOf(Line line)
+{
+    char bytes[mostDataBytes + recordOverhead + 1];
+    char *first = std::end(bytes);
+    while (first != bytes) {
+        const quint8 low = takeLastDigit(line);
+        if (low == noDigit)
+            break;
+        const quint8 high = takeLastDigit(line);
+        *--first = static_cast<char>(high == noDigit ? low : high << 4 | low);
+    }
+    return QByteArray(first, static_cast<int>(std::end(bytes) - first));
+}
+
 bool hasRightLength(const QByteArray &record)
 {
     const auto length = static_cast<qint8>(record.at(0)); // signed: long records are refused
@@ -121,55 +192,70 @@ bool hasRightChecksum(const QByteArray &record)
     return std::accumulate(record.begin(), record.end(), 0) % 256 == 0;
 }
 
-/// The lines of a file, without their ends. All at once: line by line, Qt drops a stray carriage return here, not there.
-QList<QByteArray> linesOf(QFile &file)
+bool readRecord(const Line &line, QByteArray &record)
 {
-    QList<QByteArray> lines = file.readAll().split('\n');
-    if (lines.last().isEmpty())
-        lines.removeLast();
-    return lines;
+    if (!holdsRecord(line))
+        return false;
+    QByteArray bytes = bytesOf(line);
+    if (!hasRightLength(bytes) || !hasRightChecksum(bytes))
+        return false;
+    record = std::move(bytes);
+    return true;
+}
+
+/// Takes the first line off a text.
+Line takeLine(const char *&text, const char *end)
+{
+    const auto *lineEnd = static_cast<const char *>(std::memchr(text, '\n', static_cast<std::size_t>(end - text)));
+    const Line line{text, lineEnd ? lineEnd : end};
+    text = lineEnd ? lineEnd + 1 : end;
+    return line;
+}
+
+/// All records of a text; empty if a line is neither record nor comment.
+QList<QByteArray> recordsOf(const QByteArray &text)
+{
+    QList<QByteArray> records;
+    const char *const end = text.constData() + text.size();
+    for (const char *rest = text.constData(); rest != end;) {
+        const Line line = takeLine(rest, end);
+        if (line.isComment())
+            continue;
+        records.append(QByteArray()); // filled in place: counting references is slow
+        if (!readRecord(line, records.last()))
+            return {};
+    }
+    return records;
 }
 
 /// Takes the last line off, without its comment signs; empty if there is none.
-QString takeCommentLine(QList<QByteArray> &lines)
+QString takeCommentLine(QByteArray &text)
 {
-    return lines.isEmpty() ? QString() : QString::fromUtf8(lines.takeLast()).remove(QLatin1Char(';'));
+    if (text.endsWith('\n'))
+        text.chop(1);
+    const int begin = text.lastIndexOf('\n') + 1;
+    const QString line = QString::fromUtf8(text.mid(begin)).remove(QLatin1Char(';'));
+    text.truncate(begin);
+    return line;
 }
 
 } // namespace
 
 bool ReadHexRecord(QString const &line, QByteArray &record)
 {
-    // One per thread, since a match leaves its traces in the expression.
-    thread_local const QRegExp form(
-        QStringLiteral(":([0-9a-fA-F]{2}[0-9a-fA-F]{4}[0-9a-fA-F]{2}([0-9a-fA-F]{2})*[0-9a-fA-F]{2})"));
-    if (form.indexIn(line) < 0)
-        return false;
-    const QByteArray bytes = QByteArray::fromHex(line.toLatin1());
-    if (!hasRightLength(bytes) || !hasRightChecksum(bytes))
-        return false;
-    record = bytes;
-    return true;
+    const QByteArray characters = line.toLatin1();
+    return readRecord({characters.begin(), characters.end()}, record);
 }
+
+// The text of a file is read at once: line by line, Qt drops a stray carriage return here, not there.
 
 QList<QByteArray> HexLoader::ReadFile(QString const &path)
 {
     QFile file(path);
     if (!QFileInfo(path).isReadable() || !file.open(QIODevice::ReadOnly | QIODevice::Text))
         return {};
-    QList<QByteArray> records;
-    const QList<QByteArray> lines = linesOf(file);
-    if (file.error() != QFileDevice::NoError)
-        return {};
-    for (const QByteArray &line : lines) {
-        if (line.startsWith(';'))
-            continue;
-        QByteArray record;
-        if (!ReadHexRecord(QString::fromLatin1(line.constData(), line.size()), record)) // past a NUL too
-            return {};
-        records.append(record);
-    }
-    return records;
+    const QByteArray text = file.readAll();
+    return file.error() == QFileDevice::NoError ? recordsOf(text) : QList<QByteArray>();
 }
 
 HexSignature HexLoader::ReadHexSignature(QString const &path)
@@ -177,10 +263,10 @@ HexSignature HexLoader::ReadHexSignature(QString const &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return {};
-    QList<QByteArray> lines = linesOf(file);
+    QByteArray text = file.readAll();
     HexSignature signature;
-    signature.text = takeCommentLine(lines);
-    signature.checksum = takeCommentLine(lines);
+    signature.text = takeCommentLine(text);
+    signature.checksum = takeCommentLine(text);
     return signature;
 }
 

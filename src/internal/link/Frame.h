@@ -14,7 +14,38 @@ struct Frame {
     Notifications_t type; ///< the type byte read as signed: 0x80 and above come out negative
     unsigned int channel; ///< 0-based; 255 stands for all channels
     QByteArray payload;   ///< 0 to 65,535 bytes; the type decides their layout
+
+    int size() const { return frameHeaderSize + payload.size(); } ///< on the wire, in bytes
 };
+Q_DECLARE_TYPEINFO(Frame, Q_MOVABLE_TYPE);
+
+/**
+ * Moves a position on to the next complete frame.
+ *
+ * The search for a magic moves on by single bytes, so that one behind a stray 0xEE is still found.
+ *
+ * @param position  where to begin; then of the frame that was found, else of the first byte worth keeping
+ * @param skipped   raised by the count of bytes that belonged to no frame
+ * @return the size of the frame, its header included; 0 if there is none
+ */
+int seekFrame(const char *&position, const char *end, quint32 &skipped);
+/// Takes bytes off the front. Unlike QByteArray::remove() keeps the memory, which the next arrival would ask for again.
+void cutFront(QByteArray &buffer, int count);
+/// A complete frame, unwrapped.
+Frame frameAt(const char *bytes);
+
+/// Calls @p take with the bytes and the size of each complete frame, and cuts them off the front: takeFrames() tells more.
+template <typename Take>
+void cutFrames(QByteArray &buffer, quint32 &skipped, Take take)
+{
+    const char *position = buffer.constData();
+    const char *const end = position + buffer.size();
+    while (const int size = seekFrame(position, end, skipped)) {
+        take(position, size);
+        position += size;
+    }
+    cutFront(buffer, static_cast<int>(position - buffer.constData())); // once for each arrival, not once for each frame
+}
 
 /**
  * Cuts every complete frame off the front of a receive buffer.

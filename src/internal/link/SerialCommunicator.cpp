@@ -2,9 +2,8 @@
 
 #include "link/Frame.h"
 #include "link/SerialThread.h"
-#include "waiting/BoundedExec.h"
+#include "waiting/BoundedWait.h"
 
-#include <QEventLoop>
 #include <QPointer>
 
 namespace {
@@ -13,9 +12,10 @@ constexpr int openTimeoutMs = 10000;
 
 } // namespace
 
-SerialCommunicator::SerialCommunicator(const QString &portName, QObject *) : _thread(new SerialThread(portName))
+SerialCommunicator::SerialCommunicator(const QString &portName, QObject *, const Clock &clock)
+    : _clock(clock), _thread(new SerialThread(portName, clock))
 {
-    connect(_thread, &SerialThread::PacketReceived, this, &SerialCommunicator::relay, Qt::QueuedConnection);
+    connect(_thread, &SerialThread::packetsWaiting, this, &SerialCommunicator::onPacketsArrived, Qt::QueuedConnection);
     connect(_thread, &SerialThread::deviceDisconnected, this, &SerialCommunicator::onLost, Qt::QueuedConnection);
     connect(_thread, &SerialThread::PortOpened, this, &SerialCommunicator::portTried, Qt::QueuedConnection);
     connect(_thread, &QThread::finished, this, &SerialCommunicator::threadEnded, Qt::QueuedConnection);
@@ -31,12 +31,41 @@ SerialCommunicator::~SerialCommunicator()
     delete _thread;
 }
 
-void SerialCommunicator::relay(Notifications_t type, unsigned int channel, const QByteArray &payload)
+void SerialCommunicator::onPacketsArrived()
 {
-    const QPointer<SerialCommunicator> alive(this); // a receiver may delete the link
-    Q_EMIT ResponseReceived(type, channel, payload);
-    if (alive && !_receiverConfirms)
-        packetHandled();
+    if (!_receiverTakes)
+        _thread->arrivals().deliver([this](const Frame &packet) { return announce(packet); });
+    else if (_unrelayed.isEmpty()) // else its events are under way
+        relay();
+}
+
+/**
+ * Passes on some of what has come, and the rest by events behind this one. What the receiver makes of it comes back to
+ * this thread between them, so that no more of that waits here than this event brings, however slow a client's slots are.
+ */
+void SerialCommunicator::relay()
+{
+    if (passSomeOn())
+        QMetaObject::invokeMethod(this, &SerialCommunicator::relay, Qt::QueuedConnection);
+}
+
+/// @return whether there is more
+bool SerialCommunicator::passSomeOn()
+{
+    _unrelayed.append(_thread->arrivals().takeAll());
+    if (!_unrelayed.isEmpty())
+        _packets.put(_unrelayed.takeSome());
+    return !_unrelayed.isEmpty();
+}
+
+/// @return whether the link is still there: a receiver may delete it
+bool SerialCommunicator::announce(const Frame &packet)
+{
+    const QPointer<SerialCommunicator> alive(this);
+    Q_EMIT ResponseReceived(packet.type, packet.channel, packet.payload);
+    if (alive)
+        packetsHandled(packet.size());
+    return alive;
 }
 
 void SerialCommunicator::onLost()
@@ -45,9 +74,9 @@ void SerialCommunicator::onLost()
     Q_EMIT deviceDisconnected();
 }
 
-void SerialCommunicator::packetHandled()
+void SerialCommunicator::packetsHandled(qint64 bytes)
 {
-    _thread->packetHandled();
+    _thread->packetsHandled(bytes);
 }
 
 bool SerialCommunicator::Start(bool wait)
@@ -56,17 +85,12 @@ bool SerialCommunicator::Start(bool wait)
         _thread->post([this] { Q_EMIT OpenPort(); });
         return true;
     }
-    QEventLoop loop;
-    bool opened = false;
-    connect(this, &SerialCommunicator::portTried, &loop, [&] {
-        opened = true;
-        loop.quit();
-    });
-    connect(this, &SerialCommunicator::threadEnded, &loop, &QEventLoop::quit);
+    BoundedWait opening(openTimeoutMs, _clock);
+    opening.endOn(this, &SerialCommunicator::portTried, WaitEnd::Answered);
+    opening.endOn(this, &SerialCommunicator::threadEnded, WaitEnd::LinkLost);
     if (!_thread->post([this] { Q_EMIT OpenPort(); }))
         return false;
-    execBounded(loop, openTimeoutMs);
-    return opened;
+    return opening.exec() == WaitEnd::Answered;
 }
 
 void SerialCommunicator::Stop()
@@ -92,9 +116,14 @@ bool SerialCommunicator::WaitForBytesSent()
 
 void SerialCommunicator::mark(int number)
 {
-    // The link thread queues each packet to this object as soon as it has it, so there is nothing to wait for there.
     QMetaObject::invokeMethod(
-        this, [this, number] { Q_EMIT markPassed(number); }, Qt::QueuedConnection);
+        this,
+        [this, number] {
+            while (_receiverTakes && passSomeOn()) {
+            }
+            Q_EMIT markPassed(number);
+        },
+        Qt::QueuedConnection);
 }
 
 void SerialCommunicator::hangUp()

@@ -2,6 +2,9 @@
 
 #include "link/Notifications.h"
 #include "link/PCcommand.h"
+#include "link/PacketBuffer.h"
+#include "waiting/Clock.h"
+#include "waiting/Mailbox.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -24,7 +27,7 @@ class SerialCommunicator : public QObject
 
 public:
     /// @p parent is accepted and left unused: the object belongs to whoever made it.
-    explicit SerialCommunicator(const QString &portName, QObject *parent = nullptr);
+    explicit SerialCommunicator(const QString &portName, QObject *parent = nullptr, const Clock &clock = Clock::host());
     /// Ends the link thread and waits until the port is closed.
     ~SerialCommunicator() override;
 
@@ -43,12 +46,14 @@ public:
     /// Sends bytes as they stand, unframed.
     Q_INVOKABLE void SendCommand(const QByteArray &bytes);
     /**
-     * Leaves it to the receiver of ResponseReceived() to say when it is done with each packet, by packetHandled(). Without
-     * this a packet counts as done when the signal has been emitted. Call it before Start().
+     * Has the packets wait in packets() instead of coming by ResponseReceived(). Their receiver, on whatever thread,
+     * delivers them from there when packetsWaiting() reaches it, and says by packetsHandled() when it is done with them;
+     * without this a packet counts as done when the signal has been emitted. Call it before Start().
      */
-    void letReceiverConfirm() { _receiverConfirms = true; }
-    /// Says that a packet has been dealt with; any thread.
-    void packetHandled();
+    void letReceiverTakePackets() { _receiverTakes = true; }
+    Mailbox<PacketBuffer> &packets() { return _packets; }
+    /// Says that packets of so many bytes, headers included, have been dealt with; any thread.
+    void packetsHandled(qint64 bytes);
     /// Blocks until what was handed over before has left the port, or 1,000 ms have gone by. @return whether all has left
     Q_INVOKABLE bool WaitForBytesSent();
     /**
@@ -63,12 +68,15 @@ public:
     void hangUp();
     /// Whether deviceDisconnected() has come; on the communicator's thread.
     bool isLost() const { return _isLost; }
+    /// By which everybody who waits for this link tells the time.
+    const Clock &clock() const { return _clock; }
 
 Q_SIGNALS:
     void OpenPort();
     void ClosePort();
     void SendData(const QByteArray &bytes);
     void ResponseReceived(Notifications_t type, unsigned int channel, const QByteArray &payload);
+    void packetsWaiting();
     void markPassed(int number);
     /// The port has failed; comes once.
     void deviceDisconnected();
@@ -78,9 +86,15 @@ Q_SIGNALS:
 
 private:
     void onLost();
-    void relay(Notifications_t type, unsigned int channel, const QByteArray &payload);
+    void onPacketsArrived();
+    void relay();
+    bool passSomeOn();
+    bool announce(const Frame &packet);
 
+    const Clock &_clock;
     SerialThread *_thread; // owned
-    bool _receiverConfirms = false;
+    Mailbox<PacketBuffer> _packets{[this] { Q_EMIT packetsWaiting(); }};
+    PacketBuffer _unrelayed; ///< taken from the link's thread
+    bool _receiverTakes = false;
     bool _isLost = false;
 };

@@ -4,15 +4,17 @@
 #include "link/Frame.h"
 #include "link/SerialPort.h"
 
-#include <QSemaphore>
+#include <QMetaMethod>
+
+#include <utility>
 
 namespace {
 
 constexpr int writeTimeoutMs = 1000;
 constexpr int closeTimeoutMs = 1000;
 constexpr int readBufferBytes = 1 << 16;
-/// Packets that may be on their way to the client: some 40 MB, and 10 s of what full-speed USB can carry.
-constexpr int mostPacketsOnTheirWay = 1 << 17;
+/// Of frames that may be on their way to the client: 10 s of what full-speed USB can carry.
+constexpr qint64 mostBytesOnTheirWay = 12'000'000;
 
 void configure(SerialPort &port, const QString &portName)
 {
@@ -29,11 +31,21 @@ void configure(SerialPort &port, const QString &portName)
 } // namespace
 
 struct SerialThread::Departure {
-    QSemaphore isOver;
-    bool hasLeft = false; // set before the semaphore is released
+    void end(bool allHasLeft)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        isOver = true;
+        hasLeft = allHasLeft;
+        change.notify_all();
+    }
+
+    std::mutex mutex; // guards the two below
+    bool isOver = false;
+    bool hasLeft = false;
+    std::condition_variable change;
 };
 
-SerialThread::SerialThread(const QString &portName) : _port(new SerialPort(this))
+SerialThread::SerialThread(const QString &portName, const Clock &clock) : _clock(clock), _port(new SerialPort(this))
 {
     qRegisterMetaType<Notifications_t>();
     qRegisterMetaType<QSerialPort::SerialPortError>();
@@ -104,25 +116,40 @@ void SerialThread::DataArrived()
     if (!_port || isHeldBack())
         return;
     _buffer += _port->readAll();
-    const QVector<Frame> frames = takeFrames(_buffer, _skippedBytes);
-    _packetsOnTheirWay += frames.size();
-    for (const Frame &frame : frames)
-        Q_EMIT PacketReceived(frame.type, frame.channel, frame.payload);
+    PacketBuffer packets = takePackets(_buffer, _skippedBytes);
+    if (packets.isEmpty())
+        return;
+    showToWatchers(packets);
+    _bytesOnTheirWay += packets.bytes();
+    _arrivals.put(std::move(packets));
+}
+
+void SerialThread::showToWatchers(PacketBuffer packets)
+{
+    static const QMetaMethod packetReceived = QMetaMethod::fromSignal(&SerialThread::PacketReceived);
+    if (!isSignalConnected(packetReceived))
+        return;
+    while (!packets.isEmpty()) {
+        const Frame packet = packets.takeFirst();
+        Q_EMIT PacketReceived(packet.type, packet.channel, packet.payload);
+    }
 }
 
 bool SerialThread::isHeldBack()
 {
     // The flag is raised before the second look, so that the receiver cannot finish in between unseen.
     _heldBack = true;
-    if (_packetsOnTheirWay >= mostPacketsOnTheirWay)
+    if (_bytesOnTheirWay >= mostBytesOnTheirWay)
         return true;
     _heldBack = false;
     return false;
 }
 
-void SerialThread::packetHandled()
+void SerialThread::packetsHandled(qint64 bytes)
 {
-    if (--_packetsOnTheirWay == mostPacketsOnTheirWay / 2 && _heldBack.exchange(false))
+    constexpr qint64 half = mostBytesOnTheirWay / 2;
+    const qint64 before = _bytesOnTheirWay.fetch_sub(bytes);
+    if (before > half && before - bytes <= half && _heldBack.exchange(false))
         post([this] { QMetaObject::invokeMethod(this, &SerialThread::DataArrived, Qt::QueuedConnection); });
 }
 
@@ -146,7 +173,7 @@ void SerialThread::hangUp()
 {
     waitForBytesWritten(); // closing throws away what Qt has not handed to the driver
     post([this] { QMetaObject::invokeMethod(this, &SerialThread::lose, Qt::QueuedConnection); });
-    wait(closeTimeoutMs);
+    wait(closeTimeoutMs); // of the system's time: it is the kernel that keeps it
 }
 
 bool SerialThread::waitForBytesWritten()
@@ -162,7 +189,9 @@ bool SerialThread::waitForBytesWritten()
     });
     if (!isPosted)
         return hadAllLeft();
-    return departure->isOver.tryAcquire(1, writeTimeoutMs) && departure->hasLeft;
+    std::unique_lock<std::mutex> lock(departure->mutex);
+    const auto isOver = [&departure] { return departure->isOver; };
+    return _clock.block(lock, departure->change, writeTimeoutMs, isOver) && departure->hasLeft;
 }
 
 /// Whether a port that is closed by now took everything along, the commands included that came too late for it.
@@ -178,26 +207,22 @@ void SerialThread::addWaiter(const std::shared_ptr<Departure> &departure)
         _waiters.push_back({_bytesAccepted, departure});
         return;
     }
-    departure->hasLeft = isOpen ? !_hasDropped : hadAllLeft();
-    departure->isOver.release();
+    departure->end(isOpen ? !_hasDropped : hadAllLeft());
 }
 
 void SerialThread::onBytesWritten(qint64 bytes)
 {
     _bytesWritten += bytes;
     while (!_waiters.empty() && _waiters.front().target <= _bytesWritten) {
-        _waiters.front().departure->hasLeft = !_hasDropped;
-        _waiters.front().departure->isOver.release();
+        _waiters.front().departure->end(!_hasDropped);
         _waiters.erase(_waiters.begin());
     }
 }
 
 void SerialThread::wakeAllWaiters()
 {
-    for (const Waiter &waiter : _waiters) {
-        waiter.departure->hasLeft = hadAllLeft();
-        waiter.departure->isOver.release();
-    }
+    for (const Waiter &waiter : _waiters)
+        waiter.departure->end(hadAllLeft());
     _waiters.clear();
     _bytesWritten = _bytesAccepted; // what a closed port had not written is gone
 }

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "link/Notifications.h"
+#include "link/PacketBuffer.h"
+#include "waiting/Clock.h"
+#include "waiting/Mailbox.h"
 
 #include <QByteArray>
 #include <QSerialPort>
@@ -27,7 +30,7 @@ class SerialThread : public QThread
     Q_OBJECT
 
 public:
-    explicit SerialThread(const QString &portName);
+    explicit SerialThread(const QString &portName, const Clock &clock = Clock::host());
     ~SerialThread() override; ///< ends the thread and waits for it
 
     /**
@@ -58,12 +61,14 @@ public:
      * was handed over before goes out first. Blocks the caller until that is done, at most twice 1,000 ms.
      */
     void hangUp();
+    /// What has arrived and waits for its receiver; it is told by packetsWaiting().
+    Mailbox<PacketBuffer> &arrivals() { return _arrivals; }
     /**
-     * Says that a packet has been dealt with; any thread. When too many are on their way, reading stops until half of
-     * them are done, and the driver holds the instrument back: a client that cannot keep up loses no packet and its
-     * memory stays bounded.
+     * Says that packets have been dealt with, by the size of their frames; any thread. When too much is on its way,
+     * reading stops until half of it is done, and the driver holds the instrument back: a client that cannot keep up
+     * loses no packet and its memory stays bounded.
      */
-    void packetHandled();
+    void packetsHandled(qint64 bytes);
 
 public Q_SLOTS:
     /// Opens the port, throws stale input away, raises DTR. PortOpened() comes in any case.
@@ -76,6 +81,9 @@ public Q_SLOTS:
     void ErrorOnSerial(QSerialPort::SerialPortError error);
 
 Q_SIGNALS:
+    /// arrivals() has something to deliver.
+    void packetsWaiting();
+    /// For whoever wants to see the packets one by one; nothing in the library does.
     void PacketReceived(Notifications_t type, unsigned int channel, const QByteArray &payload);
     void deviceDisconnected();
     void PortOpened();
@@ -93,6 +101,7 @@ private:
     };
 
     bool isHeldBack();
+    void showToWatchers(PacketBuffer packets);
     void lose();
     void refusePosts();
     void onBytesWritten(qint64 bytes);
@@ -100,6 +109,7 @@ private:
     void addWaiter(const std::shared_ptr<Departure> &departure);
     void wakeAllWaiters();
 
+    const Clock &_clock;
     QByteArray _buffer;        ///< bytes read from the port and not yet consumed
     SerialPort *_port;         ///< owned; null once the thread has finished
     quint32 _skippedBytes = 0; ///< for the debugger: bytes that belonged to no frame since the start
@@ -110,7 +120,8 @@ private:
     std::atomic<qint64> _bytesHandedOver{0};
     std::atomic<qint64> _bytesTaken{0}; ///< of these, accepted or dropped
     bool _lost = false;
-    std::atomic<int> _packetsOnTheirWay{0};
+    Mailbox<PacketBuffer> _arrivals{[this] { Q_EMIT packetsWaiting(); }};
+    std::atomic<qint64> _bytesOnTheirWay{0};
     std::atomic<bool> _heldBack{false};
     std::vector<Waiter> _waiters;
     std::shared_mutex _overLock; // guards _isOver, and is held while something is queued

@@ -3,11 +3,9 @@
 #include "hardware_models/HardwareModel.h"
 #include "hardware_models/HardwareModelFactory.h"
 #include "link/SerialCommunicator.h"
-#include "waiting/BoundedExec.h"
+#include "waiting/BoundedWait.h"
 
 #include <QDebug>
-#include <QEventLoop>
-#include <QThread>
 
 #include <algorithm>
 #include <cstring>
@@ -16,7 +14,7 @@
 namespace {
 
 constexpr int answerTimeoutMs = 1000;
-constexpr unsigned long galePreHandshakeMs = 500;
+constexpr int galePreHandshakeMs = 500;
 
 /// A command and the notification that answers it.
 struct Question {
@@ -53,30 +51,25 @@ bool takesAnything(unsigned int, const QByteArray &)
 }
 
 /// Asks one question. @return true when the answer did NOT come
-bool ask(SerialCommunicator &link, QEventLoop &loop, const Question &question, unsigned char channel,
-         const Taker &take = takesAnything)
+bool ask(SerialCommunicator &link, const Question &question, const Taker &take = takesAnything,
+         unsigned char channel = deviceChannel)
 {
     if (link.isLost())
         return true;
-    QObject context; // undoes both connections
+    BoundedWait wait(answerTimeoutMs, link.clock());
+    wait.endOn(&link, &SerialCommunicator::deviceDisconnected, WaitEnd::LinkLost);
+    QObject context; // undoes the connection
     bool isAnswered = false;
     QObject::connect(&link, &SerialCommunicator::ResponseReceived, &context,
                      [&](Notifications_t type, unsigned int answerChannel, const QByteArray &payload) {
                          if (isAnswered || !question.isAnsweredBy(type, payload) || !take(answerChannel, payload))
                              return;
                          isAnswered = true;
-                         loop.exit(0);
+                         wait.end(WaitEnd::Answered);
                      });
-    QObject::connect(&link, &SerialCommunicator::deviceDisconnected, &context, [&] { loop.exit(1); });
     link.SendCommand(question.command, channel);
-    InitialInformation::receivedInfo(loop);
-    return !isAnswered; // and not the loop's exit code: events that came in one go may have left it more than once
-}
-
-bool ask(SerialCommunicator &link, const Question &question, const Taker &take = takesAnything)
-{
-    QEventLoop loop;
-    return ask(link, loop, question, deviceChannel, take);
+    wait.exec();
+    return !isAnswered; // and not what has ended the wait: the answer may have come in one go with the end of the time
 }
 
 void complainOfMissingCalibration(const InstrumentInfo &info, int channel)
@@ -114,13 +107,12 @@ using RecordTaker = std::function<bool(int asked, int answering, const QByteArra
 bool askChannels(SerialCommunicator &link, const InstrumentInfo &info, const Question &question, int step,
                  const RecordTaker &take)
 {
-    QEventLoop loop;
     bool anyFailed = false;
     for (int channel = 0; channel < info.channelCount; channel += step) {
         const auto takeFor = [&take, channel](unsigned int answering, const QByteArray &record) {
             return take(channel, int(answering), record);
         };
-        if (ask(link, loop, question, static_cast<unsigned char>(channel), takeFor)) {
+        if (ask(link, question, takeFor, static_cast<unsigned char>(channel))) {
             complainOfMissingCalibration(info, channel);
             anyFailed = true;
         }
@@ -168,22 +160,22 @@ const QLatin1String noConfiguration(
 bool preparesGale(SerialCommunicator &link)
 {
     link.SendCommand(PC_GALE_PRE_HANDSHAKE, allChannels);
-    QThread::msleep(galePreHandshakeMs);
+    link.clock().sleep(galePreHandshakeMs);
     return !InitialInformation::doHandShake(link);
 }
 
 } // namespace
 
-bool InitialInformation::PingToInstrument(const QString &port)
+bool InitialInformation::PingToInstrument(const QString &port, const Clock &clock)
 {
-    SerialCommunicator link(port);
+    SerialCommunicator link(port, nullptr, clock);
     link.Start(true);
     return !doHandShake(link);
 }
 
-VekErrorCode InitialInformation::getBasicInfoSuccessfully(const QString &port, InstrumentInfo &info)
+VekErrorCode InitialInformation::getBasicInfoSuccessfully(const QString &port, InstrumentInfo &info, const Clock &clock)
 {
-    SerialCommunicator link(port);
+    SerialCommunicator link(port, nullptr, clock);
     link.Start(true);
     const VekErrorCode verdict = validateFirmware(link, info);
     if (verdict != VekErrorCode::Success)
@@ -288,11 +280,6 @@ bool InitialInformation::getConfigData(SerialCommunicator &link, InstrumentInfo 
         return true;
     };
     return askChannels(link, info, boardConfig, galeFacts.channelsPerBoard, take);
-}
-
-bool InitialInformation::receivedInfo(QEventLoop &loop)
-{
-    return execBounded(loop, answerTimeoutMs) != 0;
 }
 
 bool InitialInformation::hasCorrectFirmware(const InstrumentInfo &info)

@@ -2,8 +2,8 @@
 
 #include "VekErrorCode.h"
 #include "session/InstrumentInfo.h"
+#include "waiting/Clock.h"
 
-class QEventLoop;
 class SerialCommunicator;
 
 /**
@@ -23,14 +23,15 @@ public:
     InitialInformation() = delete;
 
     /// Opens the port, pings, closes it. @return true if an instrument, or an echo, has answered
-    static bool PingToInstrument(const QString &port);
+    static bool PingToInstrument(const QString &port, const Clock &clock = Clock::host());
     /**
      * The whole handshake, on a link of its own. After a failure @p info is half filled and good for nothing.
      *
      * @return Success; ConnectionFailed with the question that failed; FirmwareNotSupported; Unknown for a port that
      *         sends back what it is sent
      */
-    static VekErrorCode getBasicInfoSuccessfully(const QString &port, InstrumentInfo &info);
+    static VekErrorCode getBasicInfoSuccessfully(const QString &port, InstrumentInfo &info,
+                                                 const Clock &clock = Clock::host());
     /// The first half of it, up to the comparison of the firmware checksums.
     static VekErrorCode validateFirmware(SerialCommunicator &link, InstrumentInfo &info);
 
@@ -45,8 +46,6 @@ public:
     static bool getCalData(SerialCommunicator &link, InstrumentInfo &info);
     /// The board configurations of the Gale line; any other line has none, and false is returned at once.
     static bool getConfigData(SerialCommunicator &link, InstrumentInfo &info);
-    /// The wait that all questions share: until something leaves the loop, 1,000 ms at most; true unless it left by 0.
-    static bool receivedInfo(QEventLoop &loop);
     /// @}
 
     /// @name Verdicts: true when right

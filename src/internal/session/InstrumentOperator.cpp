@@ -3,9 +3,8 @@
 #include "VekCompRange.h"
 #include "link/SerialCommunicator.h"
 #include "session/WireValues.h"
-#include "waiting/BoundedExec.h"
+#include "waiting/BoundedWait.h"
 
-#include <QEventLoop>
 #include <QSemaphore>
 
 #include <algorithm>
@@ -40,8 +39,8 @@ QByteArray wireForm(const ExpNode_t &node)
 } // namespace
 
 /**
- * A wait for the instrument: an event loop on the waiting thread, which the operator's thread wakes when something comes
- * that concerns it, or when the link is lost. What comes after its construction is not missed.
+ * A wait for the instrument, which the operator's thread ends when something comes that concerns it, or when the link is
+ * lost. What comes after its construction is not missed, so it is made before the command is sent.
  *
  * Signals would not do: a connection to one would be made while it may be emitted, and what it brings would be queued
  * behind whatever holds the waiting thread.
@@ -49,12 +48,13 @@ QByteArray wireForm(const ExpNode_t &node)
 class InstrumentOperator::Wait
 {
 public:
-    Wait(InstrumentOperator &instrument, const AckInfo &wanted) : _instrument(instrument), _wanted(wanted)
+    Wait(InstrumentOperator &instrument, const AckInfo &wanted, int milliseconds)
+        : _instrument(instrument), _wanted(wanted), _wait(milliseconds, instrument._clock)
     {
         const QMutexLocker locker(&instrument._waitsGuard);
         instrument._waits.append(this);
         if (!instrument._connected)
-            wake();
+            wake(WaitEnd::LinkLost);
     }
     ~Wait()
     {
@@ -62,11 +62,13 @@ public:
         _instrument._waits.removeOne(this);
     }
 
-    /// Delivers events until it is woken. @return whether the time was up before that
-    bool timesOut(int milliseconds)
+    /// Delivers events until it is woken. @return whether it was in vain: the time was up, or the thread is to end
+    bool timesOut()
     {
-        return execBounded(_loop, milliseconds) != 0; // be it that the thread ends, and no event will wake it any more
+        const WaitEnd end = _wait.exec();
+        return end == WaitEnd::TimeIsUp || end == WaitEnd::Quit;
     }
+    void goOn(int milliseconds) { _wait.restart(milliseconds); }
     /// Whether nothing more is to come: a node was acknowledged, or what may have done so has come through.
     bool isOver()
     {
@@ -85,7 +87,7 @@ public:
     }
 
     // For wakeWaits(), which holds the guard.
-    void wake() { QMetaObject::invokeMethod(&_loop, &QEventLoop::quit, Qt::QueuedConnection); }
+    void wake(WaitEnd reason) { _wait.endSoon(reason); }
     bool isAnsweredBy(const AckInfo &ack) const { return ack.answersSameCommand(_wanted); }
     /// Deliberate: the first one counts, be it of another channel, as only one channel is uploaded to at a time.
     bool takesNodeAck(const AckInfo &ack)
@@ -104,20 +106,21 @@ public:
 private:
     InstrumentOperator &_instrument;
     const AckInfo _wanted;
-    QEventLoop _loop;
+    BoundedWait _wait;
     std::optional<AckInfo> _nodeAck;
     std::optional<int> _mark;
     bool _isRoadClear = false;
 };
 
-InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent)
-    : QObject(parent), _communicator(new SerialCommunicator(port)), _communicatorOwner(new QObject),
+InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent, const Clock &clock)
+    : QObject(parent), _clock(clock), _communicator(new SerialCommunicator(port, nullptr, clock)),
+      _communicatorOwner(new QObject),
       _ackGuard(std::make_shared<QSemaphore>(1)), _connected(true)
 {
     _communicator->setParent(_communicatorOwner);
-    _communicator->letReceiverConfirm();
+    _communicator->letReceiverTakePackets();
     // Queued: the communicator stays on this thread while the operator moves on with its handler.
-    connect(_communicator, &SerialCommunicator::ResponseReceived, this, &InstrumentOperator::onPacketArrived,
+    connect(_communicator, &SerialCommunicator::packetsWaiting, this, &InstrumentOperator::takePackets,
             Qt::QueuedConnection);
     connect(_communicator, &SerialCommunicator::markPassed, this, &InstrumentOperator::onMarkPassed,
             Qt::QueuedConnection);
@@ -142,7 +145,7 @@ void InstrumentOperator::onLinkLost()
 {
     _connected = false;
     Q_EMIT deviceDisconnected();
-    wakeWaits([](Wait &) { return true; });
+    wakeWaits([](Wait &) { return true; }, WaitEnd::LinkLost);
 }
 
 bool InstrumentOperator::isConnected() const
@@ -345,8 +348,9 @@ void InstrumentOperator::requesFlashCalibrationData(unsigned char channel)
 
 void InstrumentOperator::writeCalDataToDevice(unsigned char channel, const QByteArray &record)
 {
+    Wait wait(*this, AckInfo(channel, PC_WRITE_CAL_DATA), calibrationWriteMs);
     if (send(PC_WRITE_CAL_DATA, channel, record))
-        Wait(*this, AckInfo(channel, PC_WRITE_CAL_DATA)).timesOut(calibrationWriteMs);
+        wait.timesOut();
 }
 
 void InstrumentOperator::writeCalFileHeaderToSDCard(unsigned char channel, const QByteArray &header)
@@ -383,9 +387,9 @@ bool InstrumentOperator::uploadExperimentToInstrument(unsigned char channel, con
 
 FirmwareErrorCode InstrumentOperator::appendNode(unsigned char channel, const ExpNode_t &node)
 {
-    Wait wait(*this, AckInfo(channel, PC_NODE_APPEND));
+    Wait wait(*this, AckInfo(channel, PC_NODE_APPEND), nodeAckTimeoutMs);
     send(PC_NODE_APPEND, channel, wireForm(node));
-    if (wait.timesOut(nodeAckTimeoutMs))
+    if (wait.timesOut())
         letArrivedPacketsThrough(wait);
     return wait.nodeVerdict();
 }
@@ -396,13 +400,15 @@ void InstrumentOperator::letArrivedPacketsThrough(Wait &wait)
     const int mark = ++_lastMark;
     wait.setMark(mark);
     _communicator->mark(mark);
-    for (int pass = 0; pass < mostPassesOnTheRoad && _connected && !wait.isOver(); ++pass)
-        wait.timesOut(nodeAckTimeoutMs);
+    for (int pass = 0; pass < mostPassesOnTheRoad && _connected && !wait.isOver(); ++pass) {
+        wait.goOn(nodeAckTimeoutMs);
+        wait.timesOut();
+    }
 }
 
 void InstrumentOperator::onMarkPassed(int number)
 {
-    wakeWaits([number](Wait &wait) { return wait.takesMark(number); });
+    wakeWaits([number](Wait &wait) { return wait.takesMark(number); }, WaitEnd::Answered);
 }
 
 bool InstrumentOperator::send(PCcommand_t command, unsigned char channel, const QByteArray &payload)
@@ -416,7 +422,9 @@ bool InstrumentOperator::send(PCcommand_t command, unsigned char channel, const 
 bool InstrumentOperator::sendAndWait(PCcommand_t command, unsigned char channel, const QByteArray &payload,
                                      int milliseconds)
 {
-    return send(command, channel, payload) && waitForAcknowledgment(AckInfo(channel, command), milliseconds);
+    const AckInfo wanted(channel, command);
+    Wait wait(*this, wanted, milliseconds);
+    return send(command, channel, payload) && waitForAcknowledgment(wait, wanted, milliseconds);
 }
 
 bool InstrumentOperator::receivedAcknowledgment(const AckInfo &ack)
@@ -428,23 +436,23 @@ bool InstrumentOperator::receivedAcknowledgment(const AckInfo &ack)
             _acks.removeFirst();
         _acks.append(ack);
     }
-    wakeWaits([&ack](const Wait &wait) { return wait.isAnsweredBy(ack); });
+    wakeWaits([&ack](const Wait &wait) { return wait.isAnsweredBy(ack); }, WaitEnd::Answered);
     return true;
 }
 
 void InstrumentOperator::receivedNodeAcknowledgment(const AckInfo &ack)
 {
-    wakeWaits([&ack](Wait &wait) { return wait.takesNodeAck(ack); });
+    wakeWaits([&ack](Wait &wait) { return wait.takesNodeAck(ack); }, WaitEnd::Answered);
 }
 
 /// Wakes the waits for which a condition holds; it is asked under their guard.
 template <typename Condition>
-void InstrumentOperator::wakeWaits(Condition condition)
+void InstrumentOperator::wakeWaits(Condition condition, WaitEnd reason)
 {
     const QMutexLocker locker(&_waitsGuard);
     for (Wait *const wait : qAsConst(_waits)) {
         if (condition(*wait))
-            wait->wake();
+            wait->wake(reason);
     }
 }
 
@@ -452,14 +460,14 @@ void InstrumentOperator::wakeWaits(Condition condition)
  * An acknowledgement that comes after the wait is left to the next one for the same command. That is accepted: entries
  * carry no sequence. The passes give one that a held thread kept back the time to come through.
  */
-bool InstrumentOperator::waitForAcknowledgment(const AckInfo &wanted, int milliseconds)
+bool InstrumentOperator::waitForAcknowledgment(Wait &wait, const AckInfo &wanted, int milliseconds)
 {
-    Wait wait(*this, wanted);
-    for (int pass = 0; pass < ackPasses && _connected;) {
+    for (int pass = 0; _connected;) {
         if (claimAcknowledgment(wanted))
             return true;
-        if (wait.timesOut(milliseconds)) // else woken, perhaps for what another wait has claimed
-            ++pass;
+        if (wait.timesOut() && ++pass == ackPasses) // else woken, perhaps for what another wait has claimed
+            break;
+        wait.goOn(milliseconds);
     }
     return claimAcknowledgment(wanted);
 }

@@ -8,6 +8,7 @@
 #include "link/Notifications.h"
 #include "link/PCcommand.h"
 #include "session/AckInfo.h"
+#include "waiting/Clock.h"
 
 #include <QByteArray>
 #include <QList>
@@ -22,6 +23,7 @@
 class QSemaphore;
 class SerialCommunicator;
 class VekCompRange;
+enum class WaitEnd;
 
 namespace Manual {
 /// Current range of manual mode as a record; only its first byte travels.
@@ -48,7 +50,7 @@ class InstrumentOperator : public QObject
 
 public:
     /// Opens the port and waits for that, at most 10 s; isConnected() tells the outcome.
-    explicit InstrumentOperator(const QString &port, QObject *parent = nullptr);
+    explicit InstrumentOperator(const QString &port, QObject *parent = nullptr, const Clock &clock = Clock::host());
     ~InstrumentOperator() override;
 
     /**
@@ -184,7 +186,7 @@ private:
     struct Road;
     class Wait;
 
-    void onPacketArrived(Notifications_t type, unsigned int channel, const QByteArray &data);
+    void takePackets();
     void onMarkPassed(int number);
     void onLinkLost();
     void onCurrentRangeUp(unsigned char channel, const QByteArray &data);
@@ -201,13 +203,14 @@ private:
 
     bool receivedAcknowledgment(const AckInfo &ack);
     void receivedNodeAcknowledgment(const AckInfo &ack);
-    bool waitForAcknowledgment(const AckInfo &wanted, int milliseconds);
+    bool waitForAcknowledgment(Wait &wait, const AckInfo &wanted, int milliseconds);
     bool claimAcknowledgment(const AckInfo &wanted);
     template <typename Condition>
-    void wakeWaits(Condition condition);
+    void wakeWaits(Condition condition, WaitEnd reason);
 
     static const Road _roads[];
 
+    const Clock &_clock;
     SerialCommunicator *_communicator;     // stays on the thread that made it
     QObject *_communicatorOwner;           // its parent, on the same thread
     QList<AckInfo> _acks;                  // received and not yet claimed

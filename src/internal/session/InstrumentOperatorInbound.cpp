@@ -158,12 +158,19 @@ void InstrumentOperator::responseReceived(Notifications_t type, unsigned int cha
     Q_EMIT deviceNotification(narrowChannel, QStringLiteral("Unknown response. Response ID: %1").arg(int(type)));
 }
 
-void InstrumentOperator::onPacketArrived(Notifications_t type, unsigned int channel, const QByteArray &data)
+void InstrumentOperator::takePackets()
 {
+    if (!_communicator)
+        return;
     const QPointer<InstrumentOperator> alive(this); // a listener may discard the handler
-    responseReceived(type, channel, data);
+    qint64 bytesHandled = 0;
+    _communicator->packets().deliver([&](const Frame &packet) {
+        responseReceived(packet.type, packet.channel, packet.payload);
+        bytesHandled += packet.size();
+        return alive && _communicator;
+    });
     if (alive && _communicator)
-        _communicator->packetHandled();
+        _communicator->packetsHandled(bytesHandled);
 }
 
 void InstrumentOperator::onCurrentRangeUp(unsigned char channel, const QByteArray &data)
