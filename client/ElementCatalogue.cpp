@@ -1,5 +1,6 @@
 #include "ElementCatalogue.h"
 
+#include "Suggestion.h"
 #include "VekConstantCurrentElement.h"
 #include "VekConstantPotElement.h"
 #include "VekConstantPowerElement.h"
@@ -510,6 +511,17 @@ QStringList elementsAbbreviated(const QString &abbreviation)
             return row.elements;
     }
     return {};
+}
+
+QString elementMeant(const QString &word)
+{
+    const QStringList elements = elementsAbbreviated(word);
+    if (elements.isEmpty())
+        return didYouMean(word, elementNames());
+    const bool isSequence = word.toUpper() == QLatin1String("CCCV");
+    return isSequence ? QStringLiteral("; write \"%1\" with \"maxVoltage\", and a \"%2\" behind it")
+                            .arg(elements[0], elements[1])
+                      : QStringLiteral("; did you mean \"%1\"?").arg(elements.join(QLatin1String("\" or \"")));
 }
 
 } // namespace client

@@ -74,6 +74,9 @@ const ElementRow *findElement(const QString &name);
 
 QStringList elementNames();
 
+/// "; did you mean \"CyclicVoltammetry\"?" for a word that is no element, or nothing.
+QString elementMeant(const QString &word);
+
 /// The elements that an abbreviation of the laboratory stands for ("CV", "GEIS"), whatever its case; empty for others.
 QStringList elementsAbbreviated(const QString &abbreviation);
 

@@ -8,8 +8,13 @@ namespace client {
 
 struct ExperimentFile;
 
-/// What a plan of a usable file's experiment complains about, each with its line as far as one is to blame.
-Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &plan);
+/**
+ * What is wrong with a file, and what the plan of its experiment complains about, each with its line as far as one is
+ * to blame. What a model says of values that could not be read is left out.
+ *
+ * @param modelNumber the one that the plan is for
+ */
+Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &plan, int modelNumber);
 
 /// Writes complaints to the console, each as "file:line: text".
 void tellComplaints(const ExperimentFile &file, const Complaints &complaints);

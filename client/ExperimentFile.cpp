@@ -180,26 +180,12 @@ private:
             return complain(
                 name.value.line,
                 QStringLiteral("there is no element \"%1\"%2").arg(name.value.text, elementMeant(name.value.text)));
-        const std::size_t complaintsBefore = _file.complaints.size();
-        checkElementNames(item, *row);
-        const std::shared_ptr<VekAbstractElement> element = row->make();
+        FileElement read{item.line, name.value.text, row->make(), linesOf(item), {}};
+        checkElementNames(item, *row, read);
         for (const PropertyRow &property : row->properties)
-            readProperty(item, *row, property, *element);
-        experiment.appendElement(*element, readRepeats(item));
-        const bool isWhole = _file.complaints.size() == complaintsBefore;
-        _file.elements.push_back({item.line, name.value.text, element, linesOf(item), isWhole});
-    }
-
-    /// "; did you mean \"CyclicVoltammetry\"?" for a word that is no element, or nothing.
-    static QString elementMeant(const QString &word)
-    {
-        const QStringList elements = elementsAbbreviated(word);
-        if (elements.isEmpty())
-            return didYouMean(word, elementNames());
-        const bool isSequence = word.toUpper() == QLatin1String("CCCV");
-        return isSequence ? QStringLiteral("; write \"%1\" with \"maxVoltage\", and a \"%2\" behind it")
-                                .arg(elements[0], elements[1])
-                          : QStringLiteral("; did you mean \"%1\"?").arg(elements.join(QLatin1String("\" or \"")));
+            readProperty(item, *row, property, read);
+        experiment.appendElement(*read.element, readRepeats(item));
+        _file.elements.push_back(read);
     }
 
     static std::map<QString, int> linesOf(const JsonValue &item)
@@ -210,36 +196,52 @@ private:
         return lines;
     }
 
-    void checkElementNames(const JsonValue &item, const ElementRow &row)
+    void checkElementNames(const JsonValue &item, const ElementRow &row, FileElement &read)
     {
         const QStringList own{QStringLiteral("element"), QStringLiteral("repeats")};
-        checkNames(item, own + row.propertyNames(), QString::fromLatin1(row.name));
+        const QStringList known = own + row.propertyNames();
+        checkNames(item, known, QString::fromLatin1(row.name));
+        QStringList seen;
+        for (const JsonMember &member : item.members) {
+            const bool isKnown = known.contains(member.name);
+            const QString meant = isKnown ? member.name : nearestWord(member.name, known);
+            const bool isMissed = !isKnown || seen.contains(member.name); // what was meant has not got this value
+            if (isMissed && !meant.isEmpty())
+                read.unread.insert(meant);
+            seen.append(member.name);
+        }
         const JsonMember *repeats = item.find(QStringLiteral("repeats"));
         if (repeats && repeats->value.kind != JsonValue::Kind::Number)
             complainOfKind(*repeats, kindName(JsonValue::Kind::Number));
     }
 
-    void readProperty(const JsonValue &item, const ElementRow &row, const PropertyRow &property,
-                      VekAbstractElement &element)
+    void readProperty(const JsonValue &item, const ElementRow &row, const PropertyRow &property, FileElement &read)
     {
         const QString name = QString::fromLatin1(property.name);
         const JsonMember *member = item.find(name);
         if (!member) {
-            if (property.isRequired)
-                complain(item.line, QStringLiteral("%1 needs \"%2\"").arg(QString::fromLatin1(row.name), name));
+            if (!property.isRequired)
+                return;
+            complain(item.line, QStringLiteral("%1 needs \"%2\"").arg(QString::fromLatin1(row.name), name));
+            read.unread.insert(name);
             return;
         }
-        checkCompany(item, property, *member);
+        checkCompany(item, property, *member, read);
         if (const std::optional<double> value = valueOf(*member, row, property))
-            property.set(element, *value);
+            property.set(*read.element, *value);
+        else
+            read.unread.insert(name);
     }
 
     /// Complains about properties that a property cannot do with, or without.
-    void checkCompany(const JsonValue &item, const PropertyRow &property, const JsonMember &member)
+    void checkCompany(const JsonValue &item, const PropertyRow &property, const JsonMember &member, FileElement &read)
     {
-        if (property.excludes && item.find(QString::fromLatin1(property.excludes)))
+        if (property.excludes && item.find(QString::fromLatin1(property.excludes))) {
             complain(member.line, QStringLiteral("\"%1\" and \"%2\" are one value of this element: give one of them")
                                       .arg(member.name, QString::fromLatin1(property.excludes)));
+            read.unread.insert(member.name);
+            read.unread.insert(QString::fromLatin1(property.excludes));
+        }
         const bool isFalse = member.value.kind == JsonValue::Kind::Boolean && !member.value.boolean;
         if (property.partner && isFalse && !item.find(QString::fromLatin1(property.partner)))
             complain(member.line, QStringLiteral("without \"%1\" the element needs \"%2\"")
@@ -262,15 +264,23 @@ private:
         return std::nullopt;
     }
 
-    /// By what an element says that a voltage counts from the open circuit.
+    /// By what an element says that a voltage counts from the open circuit; empty where it cannot.
     static QString flagWords(const ElementRow &row, const PropertyRow &property)
     {
         QStringList flags = row.propertyNames().filter(QStringLiteral("VsOCP"));
         const QString own = QLatin1String(property.name) + QStringLiteral("VsOCP");
         if (flags.contains(own))
             flags = QStringList(own);
-        return flags.isEmpty() ? QStringLiteral(", and this element cannot say it")
-                               : QStringLiteral(": \"%1\"").arg(flags.join(QLatin1String("\" or \"")));
+        return flags.join(QLatin1String("\" or \""));
+    }
+
+    static QString openCircuitComplaint(const JsonMember &member, const ElementRow &row, const PropertyRow &property)
+    {
+        const QString flags = flagWords(row, property);
+        if (flags.isEmpty()) // no advice to another zero
+            return QStringLiteral("\"%1\" counts from the open circuit, and this voltage of the element cannot")
+                .arg(member.value.text);
+        return QStringLiteral("%1: \"%2\"").arg(parseQuantity(member.value.text, property.dimension).complaint, flags);
     }
 
     std::optional<double> quantityOf(const JsonMember &member, const ElementRow &row, const PropertyRow &property)
@@ -286,8 +296,10 @@ private:
         const ParsedQuantity quantity = parseQuantity(member.value.text, property.dimension);
         if (quantity.isValid())
             return quantity.value;
-        const QString flags = quantity.isAgainstOpenCircuit ? flagWords(row, property) : QString();
-        complain(member.value.line, QStringLiteral("\"%1\": %2").arg(member.name, quantity.complaint + flags));
+        complain(member.value.line,
+                 QStringLiteral("\"%1\": %2")
+                     .arg(member.name, quantity.isAgainstOpenCircuit ? openCircuitComplaint(member, row, property)
+                                                                     : quantity.complaint));
         return std::nullopt;
     }
 

@@ -9,6 +9,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace client {
@@ -21,7 +22,7 @@ struct FileElement {
     QString className; ///< as the file names it: "ConstantCurrent"
     std::shared_ptr<VekAbstractElement> element;
     std::map<QString, int> propertyLines; ///< of the properties that stand in the file
-    bool isWhole = true;                  ///< false where there is a complaint: not all its values are the file's
+    std::set<QString> unread;             ///< the properties whose values are not what the file means
 };
 
 /// What was read from an experiment file.

@@ -1,9 +1,50 @@
 #include "JsonOutput.h"
 
+#include "TerminalText.h"
+
 #include <cmath>
 #include <cstdio>
 
 namespace client {
+
+namespace {
+
+constexpr char deleteCharacter = 0x7f;
+
+/// Bytes of the character that begins with this one, in valid UTF-8.
+std::size_t lengthOfCharacter(char first)
+{
+    const auto byte = static_cast<unsigned char>(first);
+    return byte < 0x80 ? 1 : byte < 0xe0 ? 2 : byte < 0xf0 ? 3 : 4;
+}
+
+std::string escape(const QString &character)
+{
+    QString units;
+    for (const QChar unit : character)
+        units += QStringLiteral("\\u%1").arg(unit.unicode(), 4, 16, QLatin1Char('0'));
+    return units.toStdString();
+}
+
+/// What a terminal would act on, in place of showing it, as JSON escapes; beyond the controls that JSON escapes itself.
+std::string escaped(const std::string &json)
+{
+    std::string shown;
+    shown.reserve(json.size());
+    for (std::size_t at = 0; at < json.size();) {
+        const std::size_t length = lengthOfCharacter(json[at]);
+        if (length == 1 && json[at] != deleteCharacter) {
+            shown += json[at++]; // most of a long record
+            continue;
+        }
+        const QString character = QString::fromUtf8(json.data() + at, int(length));
+        shown += isHarmless(character.toUcs4().value(0)) ? json.substr(at, length) : escape(character);
+        at += length;
+    }
+    return shown;
+}
+
+} // namespace
 
 Json number(double value)
 {
@@ -24,7 +65,7 @@ Json descriptionJson(const VekInstrumentDescription &description)
 
 std::string dump(const Json &json)
 {
-    return json.dump(2, ' ', false, Json::error_handler_t::replace);
+    return escaped(json.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
 void printJson(const Json &json)

@@ -24,7 +24,7 @@ Json number(double value);
 /// The description of an instrument as all outputs of this program have it.
 Json descriptionJson(const VekInstrumentDescription &description);
 
-/// Indented text; bytes that are no UTF-8 are replaced.
+/// Indented text; bytes that are no UTF-8 are replaced, and what a terminal would act on is escaped.
 std::string dump(const Json &json);
 
 /// Writes to standard output, with a line feed.

@@ -46,11 +46,44 @@ private:
     Position *_position;
 };
 
+/// The last thing in front of a place that is not blank; '\0' without any.
+char lastBefore(const QByteArray &text, int at)
+{
+    const QByteArray front = text.left(at).trimmed();
+    return front.isEmpty() ? '\0' : front[front.size() - 1];
+}
+
+/// What people write that is no JSON, by the place where the parser gave up; empty for others.
+QString mistakeAt(const QByteArray &text, int at)
+{
+    if (text.mid(at, 2) == "/*" || text.mid(at - 1, 2) == "/*")
+        return QStringLiteral("the comment that begins here with \"/*\" has no end: \"*/\"");
+    if (text.mid(at, 1) != ",")
+        return {};
+    const char previous = lastBefore(text, at);
+    if (previous == ',')
+        return QStringLiteral("two commas with nothing between them: take one out");
+    if (previous == '[' || previous == '{')
+        return QStringLiteral("a comma with nothing in front of it: take it out");
+    return {};
+}
+
+/// The parser's own text has its name and a position in front: what is wrong comes behind the last of them.
+QString parserWords(const char *what)
+{
+    const QString text = QString::fromUtf8(what);
+    const int begin = text.indexOf(QLatin1String("syntax error"));
+    return begin < 0 ? text : text.mid(begin);
+}
+
 /// Takes the parser's events and grows a JsonValue of them.
 class TreeBuilder : public nlohmann::json_sax<nlohmann::json>
 {
 public:
-    TreeBuilder(const Position &position, Complaints &complaints) : _position(position), _complaints(complaints) {}
+    TreeBuilder(const QByteArray &text, const Position &position, Complaints &complaints)
+        : _text(text), _position(position), _complaints(complaints)
+    {
+    }
 
     JsonValue takeRoot() { return std::move(_root); }
 
@@ -80,12 +113,10 @@ public:
     bool end_object() override { return close(); }
     bool start_array(std::size_t) override { return open(JsonValue::Kind::List); }
     bool end_array() override { return close(); }
-    bool parse_error(std::size_t, const std::string &, const nlohmann::detail::exception &error) override
+    bool parse_error(std::size_t read, const std::string &, const nlohmann::detail::exception &error) override
     {
-        // The parser's own text has its name and a position in front: what is wrong comes behind the last of them.
-        const QString text = QString::fromUtf8(error.what());
-        const int begin = text.indexOf(QLatin1String("syntax error"));
-        _complaints.push_back({_position.lineBefore, begin < 0 ? text : text.mid(begin)});
+        const QString mistake = mistakeAt(_text, int(read) - 1);
+        _complaints.push_back({_position.lineBefore, mistake.isEmpty() ? parserWords(error.what()) : mistake});
         return false;
     }
 
@@ -138,6 +169,7 @@ private:
         return true;
     }
 
+    const QByteArray &_text;
     const Position &_position;
     Complaints &_complaints;
     JsonValue _root;
@@ -238,8 +270,8 @@ QString kindName(JsonValue::Kind kind)
 std::optional<JsonValue> parseJson(const QByteArray &text, Complaints &complaints)
 {
     Position position;
-    TreeBuilder builder(position, complaints);
     const QByteArray plain = plainJson(text);
+    TreeBuilder builder(plain, position, complaints);
     const CountingIterator begin(plain.constData(), &position);
     const CountingIterator end(plain.constData() + plain.size(), &position);
     if (!nlohmann::json::sax_parse(begin, end, &builder))

@@ -1,8 +1,8 @@
 #include "SafetyLimits.h"
 
+#include "ModelWords.h"
+#include "Units.h"
 #include "VekConstantPowerElement.h"
-#include "VekExperiment.h"
-#include "VekExperimentPlan.h"
 #include "VekInstrumentHandler.h"
 
 #include <QStringList>
@@ -26,8 +26,44 @@ constexpr LimitRow limitRows[] = {
     {&SafetyLimits::maxTemperature, &VekInstrumentHandler::setChannelMaximumTemperature},
 };
 
-const QStringList limitNames{QStringLiteral("maxVoltage"), QStringLiteral("minVoltage"), QStringLiteral("maxCurrent"),
-                             QStringLiteral("minCurrent")};
+const OptionNames limitNames{
+    {QStringLiteral("maxVoltage"), QStringLiteral("--max-voltage")},
+    {QStringLiteral("minVoltage"), QStringLiteral("--min-voltage")},
+    {QStringLiteral("maxCurrent"), QStringLiteral("--max-current")},
+    {QStringLiteral("minCurrent"), QStringLiteral("--min-current")},
+};
+
+/// What a sensor can read, in degrees Celsius.
+struct SensorRow {
+    const char *model; ///< empty for all that have no row of their own
+    const char *sensor;
+    double lowest;
+    double highest;
+};
+
+constexpr SensorRow sensorRows[] = {
+    {"Gale", "thermistors", -60.0, 135.0},
+    {"", "thermocouple", -270.0, 1800.0},
+};
+
+const SensorRow &sensorOf(const VekInstrumentDescription &instrument)
+{
+    const SensorRow *row = sensorRows;
+    while (row->model[0] != '\0' && instrument.vanityName != QLatin1String(row->model))
+        ++row;
+    return *row;
+}
+
+QStringList faultsOfTemperature(const std::optional<double> &limit, const VekInstrumentDescription &instrument)
+{
+    const SensorRow &sensor = sensorOf(instrument);
+    if (!limit || (sensor.lowest <= *limit && *limit <= sensor.highest))
+        return {};
+    const auto words = [](double degrees) { return formatQuantity(degrees, Dimension::Temperature); };
+    return {QStringLiteral("--max-temperature is %1; the %2 of the %3 reads from %4 to %5.")
+                .arg(words(*limit), QLatin1String(sensor.sensor), instrument.vanityName, words(sensor.lowest),
+                     words(sensor.highest))};
+}
 
 } // namespace
 
@@ -49,14 +85,8 @@ VekErrorCode SafetyLimits::check(const VekInstrumentDescription &instrument) con
     element.setMinVoltage(minVoltage.value_or(-none));
     element.setMaxCurrent(maxCurrent.value_or(none));
     element.setMinCurrent(minCurrent.value_or(-none));
-    VekExperiment experiment;
-    experiment.appendElement(element, 1);
-    QStringList faults;
-    for (const VekPlanComplaint &complaint : VekExperimentPlan::forModel(experiment, instrument).complaints()) {
-        const QString text = complaint.text().section(QLatin1String("::"), 1);
-        if (limitNames.contains(complaint.property()) && !faults.contains(text))
-            faults.append(text);
-    }
+    const QStringList faults =
+        faultsOf(element, limitNames, instrument) + faultsOfTemperature(maxTemperature, instrument);
     return faults.isEmpty() ? VekErrorCode(VekErrorCode::Success)
                             : VekErrorCode(VekErrorCode::ImplausibleParameters, faults.join(QLatin1Char('\n')));
 }

@@ -13,7 +13,8 @@ constexpr int confirmationTimeoutMs = 5000;
 
 } // namespace
 
-StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<int> &channels)
+StopResults collectEnds(const VekInstrumentHandler &handler, const std::vector<int> &channels,
+                        const std::function<bool()> &ask)
 {
     StopResults results;
     EventWait wait;
@@ -34,18 +35,26 @@ StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<
         results.isLinkLost = true;
         wait.end();
     });
-    for (const int channel : channels) {
-        if (handler.stopExperiment(static_cast<unsigned char>(channel)) != VekErrorCode::Success)
-            results.isLinkLost = true; // nothing else refuses a stop
-    }
+    if (!ask())
+        results.isLinkLost = true;
     if (!isOver())
         wait.exec(confirmationTimeoutMs);
     return results;
 }
 
+StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<int> &channels)
+{
+    return collectEnds(handler, channels, [&] {
+        bool areAsked = true; // every one of them, whatever became of the others
+        for (const int channel : channels)
+            areAsked &= handler.stopExperiment(static_cast<unsigned char>(channel)) == VekErrorCode::Success;
+        return areAsked; // nothing but a lost link refuses a stop
+    });
+}
+
 bool stopChannel(const VekInstrumentHandler &handler, unsigned char channel)
 {
-    return stopChannels(handler, {channel}).ends.count(channel) > 0; // not that of another channel
+    return stopChannels(handler, {channel}).isConfirmed(channel);
 }
 
 } // namespace client

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <map>
 #include <vector>
 
@@ -12,6 +13,8 @@ namespace client {
 struct StopResults {
     std::map<int, QString> ends; ///< by channel, others too: how the instrument worded the end that it told
     bool isLinkLost = false;
+
+    bool isConfirmed(int channel) const { return ends.count(channel) > 0; } // not by the end of another
 };
 
 /**
@@ -24,5 +27,9 @@ StopResults stopChannels(const VekInstrumentHandler &handler, const std::vector<
 
 /// The same for one channel. @return whether its end was confirmed
 bool stopChannel(const VekInstrumentHandler &handler, unsigned char channel);
+
+/// The part of it that waits. @param ask asks for the ends; false when that could not be sent
+StopResults collectEnds(const VekInstrumentHandler &handler, const std::vector<int> &channels,
+                        const std::function<bool()> &ask);
 
 } // namespace client

@@ -1,8 +1,10 @@
 #include "SystemChecks.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <grp.h>
 #include <pwd.h>
@@ -75,11 +77,40 @@ QString runFolderAmong(const QStringList &files)
 
 constexpr const char *udevRule = "71-nimbrelle.rules";
 
+/// A path as a shell takes it.
+QString shellWord(const QString &path)
+{
+    static const QRegularExpression plain(QStringLiteral("^[\\w./+:@%-]+$"));
+    if (plain.match(path).hasMatch())
+        return path;
+    return QLatin1Char('\'') + QString(path).replace(QLatin1Char('\''), QLatin1String("'\\''")) + QLatin1Char('\'');
+}
+
 QString installRuleCommand()
 {
-    return QStringLiteral(
-               "sudo cp packaging/%1 /etc/udev/rules.d/ && sudo udevadm control --reload && sudo udevadm trigger")
-        .arg(QString::fromLatin1(udevRule));
+    return QStringLiteral("sudo cp %1 /etc/udev/rules.d/ && sudo udevadm control --reload && sudo udevadm trigger")
+        .arg(shellWord(udevRuleFile(QCoreApplication::applicationDirPath())));
+}
+
+/// The folder of the USB device that a HID belongs to, in /sys; empty without one.
+QString usbDeviceOf(const QString &hidFolder)
+{
+    QDir folder(QFileInfo(hidFolder + QLatin1String("/device")).canonicalFilePath());
+    while (!folder.exists(QStringLiteral("idVendor"))) {
+        if (!folder.exists() || !folder.cdUp() || folder.isRoot())
+            return {};
+    }
+    return folder.path();
+}
+
+/// As the udev rule knows a bootloader: vendor and product number are those of many devices.
+bool isBootloader(const QString &usbDevice)
+{
+    const auto says = [&usbDevice](const char *attribute, const char *value) {
+        return readLine(QDir(usbDevice).filePath(QString::fromLatin1(attribute))) == QLatin1String(value);
+    };
+    return says("idVendor", "04d8") && says("idProduct", "003c") && says("manufacturer", "Brenmoor Apparatus") &&
+           says("product", "Nimbrelle HID bootloader");
 }
 
 bool holds(const QStringList &files, const QString &device)
@@ -156,6 +187,33 @@ QStringList udevRuleFolders()
             QStringLiteral("/lib/udev/rules.d")};
 }
 
+/// Beside an installed program in lib/udev/rules.d of its prefix, of one that was built here in the clone.
+QString udevRuleFile(const QString &programFolder)
+{
+    const QString inClone = QStringLiteral("packaging/%1").arg(QLatin1String(udevRule));
+    const QString inPrefix = QStringLiteral("lib/udev/rules.d/%1").arg(QLatin1String(udevRule));
+    QDir folder(programFolder);
+    do {
+        for (const QString &each : {inPrefix, inClone}) {
+            if (folder.exists(each))
+                return folder.filePath(each);
+        }
+    } while (!folder.isRoot() && folder.cdUp());
+    return inClone;
+}
+
+QStringList bootloaderNodes(const QString &sysRoot)
+{
+    QStringList nodes;
+    const QDir hids(sysRoot + QLatin1String("/class/hidraw"));
+    for (const QString &name : hids.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const QString device = usbDeviceOf(hids.filePath(name));
+        if (!device.isEmpty() && isBootloader(device))
+            nodes.append(QStringLiteral("/dev/") + name);
+    }
+    return nodes;
+}
+
 Finding checkUdevRule(const QStringList &folders)
 {
     for (const QString &folder : folders) {
@@ -191,20 +249,22 @@ static Finding holderFinding(const Holder &holder)
         Finding::Level::Bad,
         QStringLiteral("%1 has it open and records an experiment in %2; wait for its end, or end it there by Ctrl-C.")
             .arg(who, holder.runFolder),
-        QStringLiteral("tail -f %1/dc.csv").arg(holder.runFolder)};
+        QStringLiteral("tail -f %1").arg(shellWord(holder.runFolder + QLatin1String("/dc.csv")))};
 }
 
-Finding checkHolders(const QString &port, const QString &procRoot)
+Findings checkHolders(const QString &port, const QString &procRoot)
 {
     const QString path = devicePath(port);
-    const std::vector<Holder> holders = holdersOf(path, procRoot);
-    if (!holders.empty())
-        return holderFinding(holders.front());
+    Findings findings;
+    for (const Holder &holder : holdersOf(path, procRoot))
+        findings.push_back(holderFinding(holder));
+    if (!findings.empty())
+        return findings;
     if (geteuid() != 0)
-        return {Finding::Level::Good,
-                QStringLiteral("No process of this user has it open (others: sudo fuser %1).").arg(path),
-                {}};
-    return {Finding::Level::Good, QStringLiteral("No other process has it open."), {}};
+        return {{Finding::Level::Good,
+                 QStringLiteral("No process of this user has it open (others: sudo fuser %1).").arg(path),
+                 {}}};
+    return {{Finding::Level::Good, QStringLiteral("No other process has it open."), {}}};
 }
 
 Finding checkModemManager(const QString &procRoot)

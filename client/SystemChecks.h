@@ -53,8 +53,12 @@ Finding missingRights(const PortOwner &owner, const QString &user);
 QStringList udevRuleFolders();
 /// Whether the rule is installed there that gives ports and bootloaders to users.
 Finding checkUdevRule(const QStringList &folders = udevRuleFolders());
-/// Which other processes have the port open, as far as this user may see.
-Finding checkHolders(const QString &port, const QString &procRoot = QStringLiteral("/proc"));
+/// The file of that rule as this user has it, by the folder of the program.
+QString udevRuleFile(const QString &programFolder);
+/// The nodes of instruments that were left in their bootloader, which is a HID; that of a Gale is on its serial port.
+QStringList bootloaderNodes(const QString &sysRoot = QStringLiteral("/sys"));
+/// Which other processes have the port open, as far as this user may see: one finding for each.
+Findings checkHolders(const QString &port, const QString &procRoot = QStringLiteral("/proc"));
 /// Whether ModemManager runs, which writes to every new serial port.
 Finding checkModemManager(const QString &procRoot = QStringLiteral("/proc"));
 

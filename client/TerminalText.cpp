@@ -44,19 +44,32 @@ int rowsOf(const QStringList &texts, int columns)
     return rows;
 }
 
+bool isHarmless(uint character)
+{
+    switch (QChar::category(character)) {
+    case QChar::Other_Control: // those above U+007F and U+007F itself, too
+    case QChar::Other_Format:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return false;
+    default:
+        return true;
+    }
+}
+
 QString printable(const QString &text)
 {
-    QString shown = text;
-    for (QChar &character : shown) {
-        const QChar::Category category = character.category();
-        const bool breaksLine = character == QLatin1Char('\n') || category == QChar::Separator_Line ||
-                                category == QChar::Separator_Paragraph;
+    constexpr uint lineSeparator = 0x2028;
+    constexpr uint paragraphSeparator = 0x2029;
+    QVector<uint> shown = text.toUcs4();
+    for (uint &character : shown) {
+        const bool breaksLine = character == '\n' || character == lineSeparator || character == paragraphSeparator;
         if (breaksLine)
-            character = QLatin1Char(' ');
-        else if (category == QChar::Other_Control || category == QChar::Other_Format)
-            character = QLatin1Char('?');
+            character = ' ';
+        else if (!isHarmless(character))
+            character = '?';
     }
-    return shown;
+    return QString::fromUcs4(shown.constData(), shown.size());
 }
 
 } // namespace client

@@ -174,16 +174,92 @@ bool isOpenCircuit(const QString &reference)
     return words.contains(reference.toLower());
 }
 
+/// "0,5 mA", and "1,000 mA" where it may set thousands apart; empty for others.
+QString decimalComma(const QString &text)
+{
+    static const QRegularExpression pattern(QStringLiteral("^\\s*(-?\\d+),(\\d+)([^\\d.,].*)?$"));
+    const QRegularExpressionMatch match = pattern.match(text);
+    if (!match.hasMatch())
+        return {};
+    const QString whole = match.captured(1);
+    const QString rest = match.captured(2) + match.captured(3);
+    const QString asPoint =
+        QStringLiteral("\"%1\" has a comma; the decimal sign is a point: \"%2.%3\"").arg(text, whole, rest);
+    const bool mayBeThousands = match.captured(2).size() == 3 && whole.toDouble() != 0.0;
+    return mayBeThousands ? asPoint + QStringLiteral(", and thousands are not set apart: \"%1\"").arg(whole + rest)
+                          : asPoint;
+}
+
+/// "1,000,000", "1,000.5", "1.000,5": numbers that nothing but thousands set apart explains; empty for others.
+QString groupedThousands(const QString &text)
+{
+    static const QRegularExpression byCommas(
+        QStringLiteral("^\\s*(-?\\d{1,3}(?:,\\d{3})+)((?:\\.\\d+)?)((?:[^\\d.,].*)?)$"));
+    static const QRegularExpression byPoints(
+        QStringLiteral("^\\s*(-?\\d{1,3}(?:\\.\\d{3})+)(,\\d+)((?:[^\\d.,].*)?)$"));
+    QRegularExpressionMatch match = byCommas.match(text);
+    if (!match.hasMatch())
+        match = byPoints.match(text);
+    if (!match.hasMatch())
+        return {};
+    static const QRegularExpression separator(QStringLiteral("[.,]"));
+    const QString whole = match.captured(1).remove(separator);
+    const QString fraction = match.captured(2).replace(QLatin1Char(','), QLatin1Char('.'));
+    return QStringLiteral("\"%1\" sets thousands apart; write \"%2\"").arg(text, whole + fraction + match.captured(3));
+}
+
+/// What people write for times beyond the units that there are.
+struct SpanRow {
+    const char *written;
+    double seconds;
+    const char *unit; ///< that a sum is written in
+    double unitSeconds;
+};
+
+constexpr SpanRow spanRows[] = {
+    {"s", 1, "s", 1},         {"min", 60, "min", 60},    {"m", 60, "min", 60},         {"h", 3600, "h", 3600},
+    {"d", 86400, "d", 86400}, {"w", 604800, "d", 86400}, {"week", 604800, "d", 86400}, {"weeks", 604800, "d", 86400},
+};
+
+const SpanRow *spanOf(const QString &written)
+{
+    for (const SpanRow &row : spanRows) {
+        if (written == QLatin1String(row.written))
+            return &row;
+    }
+    return nullptr;
+}
+
+/// "5 m", "1 w", "1 h 30 min": the time in one number and its smallest unit. Empty for what is none.
+QString timeMeant(const QString &text)
+{
+    static const QRegularExpression part(QStringLiteral("\\G\\s*(\\d+(?:\\.\\d+)?)\\s*([a-z]+)\\s*"));
+    double seconds = 0.0;
+    const SpanRow *smallest = nullptr;
+    int end = 0;
+    for (auto parts = part.globalMatch(text); parts.hasNext();) {
+        const QRegularExpressionMatch match = parts.next();
+        const SpanRow *span = spanOf(match.captured(2));
+        if (!span)
+            return {};
+        seconds += match.captured(1).toDouble() * span->seconds;
+        if (!smallest || span->unitSeconds < smallest->unitSeconds)
+            smallest = span;
+        end = match.capturedEnd();
+    }
+    if (!smallest || end != text.size())
+        return {};
+    return QStringLiteral("%1 %2").arg(QString::number(seconds / smallest->unitSeconds, 'g', 10),
+                                       QLatin1String(smallest->unit));
+}
+
 /// What is wrong with a text that is no quantity for a reason that people are often caught by; empty for others.
 QString commonMistake(const QString &text, Dimension dimension)
 {
-    static const QRegularExpression decimalComma(QStringLiteral("^(\\s*-?\\d+),(\\d+.*)$"));
-    const QRegularExpressionMatch comma = decimalComma.match(text);
-    if (comma.hasMatch())
-        return QStringLiteral(
-                   "\"%1\" has a comma; the decimal sign is a point: \"%2.%3\", and thousands are not set apart: "
-                   "\"%2%3\"")
-            .arg(text, comma.captured(1), comma.captured(2));
+    for (const QString &comma : {decimalComma(text), groupedThousands(text)}) {
+        if (!comma.isEmpty())
+            return comma;
+    }
     if (text.contains(QChar(0x2212)))
         return QStringLiteral("the minus sign of \"%1\" is a long one; write \"-\"").arg(text);
     if (text.trimmed().startsWith(QLatin1Char('+')))
@@ -204,9 +280,12 @@ QString commonMistake(const QString &text, Dimension dimension)
     return {};
 }
 
-ParsedQuantity refuseUnit(Dimension dimension, const QString &unit)
+ParsedQuantity refuseUnit(Dimension dimension, const QString &text, const QString &unit)
 {
     const DimensionRow &row = rowOf(dimension);
+    const QString time = dimension == Dimension::Time ? timeMeant(text) : QString();
+    if (!time.isEmpty())
+        return {0.0, QStringLiteral("\"%1\" is written \"%2\": one number, in s, min, h or d").arg(text, time)};
     const QString meant = unitSpelled(dimension, unit);
     if (!meant.isEmpty())
         return {0.0, QStringLiteral("the unit \"%1\" is written \"%2\"").arg(unit, meant)};
@@ -216,6 +295,8 @@ ParsedQuantity refuseUnit(Dimension dimension, const QString &unit)
                      .arg(unit, QString::fromUtf8(row.name), QString::fromUtf8(row.baseUnit),
                           didYouMean(unit, unitsOf(dimension)))};
 }
+
+constexpr int digitsForPeople = 5;
 
 QString inLargerTimeUnit(double seconds)
 {
@@ -227,7 +308,7 @@ QString inLargerTimeUnit(double seconds)
     constexpr Row rows[] = {{86400.0 * 2, 86400.0, "d"}, {3600.0, 3600.0, "h"}, {60.0, 60.0, "min"}};
     for (const Row &row : rows) {
         if (std::abs(seconds) >= row.from)
-            return QStringLiteral("%1 %2").arg(QString::number(seconds / row.seconds, 'g', 5),
+            return QStringLiteral("%1 %2").arg(QString::number(seconds / row.seconds, 'g', digitsForPeople),
                                                QString::fromLatin1(row.symbol));
     }
     return {};
@@ -236,23 +317,6 @@ QString inLargerTimeUnit(double seconds)
 bool takesPrefix(Dimension dimension)
 {
     return dimension != Dimension::Number && dimension != Dimension::Percent && dimension != Dimension::Temperature;
-}
-
-QString withPrefix(double value, const QString &unit)
-{
-    struct Row {
-        double factor;
-        const char *symbol;
-    };
-    constexpr Row rows[] = {{1e9, "G"},  {1e6, "M"},  {1e3, "k"},  {1.0, ""},
-                            {1e-3, "m"}, {1e-6, "u"}, {1e-9, "n"}, {1e-12, "p"}};
-    const double magnitude = std::abs(value);
-    for (const Row &row : rows) {
-        if (magnitude >= row.factor * 0.999995)
-            return QStringLiteral("%1 %2%3").arg(QString::number(value / row.factor, 'g', 5),
-                                                 QString::fromLatin1(row.symbol), unit);
-    }
-    return QStringLiteral("%1 %2").arg(QString::number(value, 'g', 5), unit);
 }
 
 } // namespace
@@ -272,7 +336,7 @@ ParsedQuantity parseQuantity(const QString &text, Dimension dimension)
         return {number, {}};
     Factor factor{};
     if (!findUnit(dimension, unit, factor))
-        return refuseUnit(dimension, unit);
+        return refuseUnit(dimension, text, unit);
     return {number * factor.times / factor.over, {}};
 }
 
@@ -302,6 +366,23 @@ QString dimensionName(Dimension dimension)
     return QString::fromUtf8(rowOf(dimension).name);
 }
 
+QString withPrefix(double value, const QString &unit, int digits)
+{
+    struct Row {
+        double factor;
+        const char *symbol;
+    };
+    constexpr Row rows[] = {{1e9, "G"},  {1e6, "M"},  {1e3, "k"},  {1.0, ""},
+                            {1e-3, "m"}, {1e-6, "u"}, {1e-9, "n"}, {1e-12, "p"}};
+    const double magnitude = std::abs(value);
+    for (const Row &row : rows) {
+        if (magnitude >= row.factor * 0.999995)
+            return QStringLiteral("%1 %2%3").arg(QString::number(value / row.factor, 'g', digits),
+                                                 QString::fromLatin1(row.symbol), unit);
+    }
+    return QStringLiteral("%1 %2").arg(QString::number(value, 'g', digits), unit);
+}
+
 QString formatQuantity(double value, Dimension dimension)
 {
     if (std::isnan(value))
@@ -311,8 +392,8 @@ QString formatQuantity(double value, Dimension dimension)
     if (dimension == Dimension::Time && std::abs(value) >= 60.0)
         return inLargerTimeUnit(value);
     if (takesPrefix(dimension))
-        return withPrefix(value, baseUnit(dimension));
-    return QStringLiteral("%1 %2").arg(QString::number(value, 'g', 5), baseUnit(dimension)).trimmed();
+        return withPrefix(value, baseUnit(dimension), digitsForPeople);
+    return QStringLiteral("%1 %2").arg(QString::number(value, 'g', digitsForPeople), baseUnit(dimension)).trimmed();
 }
 
 } // namespace client

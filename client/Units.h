@@ -34,6 +34,9 @@ QString baseUnit(Dimension dimension);
 /// The kind of quantity in words, with its article: "a current".
 QString dimensionName(Dimension dimension);
 
+/// A number with so many significant digits at most and the prefix that leaves one to three of them before the point.
+QString withPrefix(double value, const QString &unit, int digits);
+
 /**
  * A number for people: up to five significant digits, the prefix that leaves one to three before the point, the unit.
  *

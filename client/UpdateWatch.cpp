@@ -13,6 +13,7 @@ namespace {
 constexpr int silenceMs = 60000; ///< a bootloader that takes nothing is given up by the library long before
 constexpr int barLength = 20;
 const QString unknownModel = QStringLiteral("Unknow HID model connections. "); ///< an update that cannot go on
+const QString successMark = QStringLiteral(": Firmware updated successfully.");
 const QString progressMark = QStringLiteral(": Progress ");
 
 } // namespace
@@ -44,7 +45,7 @@ UpdateWatch::UpdateWatch()
 
 ExitCode UpdateWatch::waitForEnds(int count)
 {
-    const auto isOver = [this, count] { return _isSilent || _succeeded + _failed >= count; };
+    const auto isOver = [this, count] { return _isSilent || _updated.size() + _failed >= count; };
     EventWait wait;
     connect(this, &UpdateWatch::changed, &wait, [&] {
         if (isOver())
@@ -74,7 +75,8 @@ void UpdateWatch::onNotification(const QString &notification)
         Console::instance().note(text);
     _failed += hasFailed ? 1 : 0;
     _hasMetStandIn = _hasMetStandIn || isStandIn;
-    _succeeded += text.endsWith(QLatin1String(": Firmware updated successfully.")) ? 1 : 0;
+    if (text.endsWith(successMark))
+        _updated.append(text.chopped(successMark.size()));
     Q_EMIT changed();
 }
 

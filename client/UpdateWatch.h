@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 namespace client {
@@ -36,6 +37,8 @@ public:
      * @return Done when all succeeded, else Refused
      */
     ExitCode waitForEnds(int count);
+    /// The names of the instruments that have been updated; empty for each that was met in its bootloader, without one.
+    QStringList updated() const { return _updated; }
     /// Whether an instrument was left alone since this build has a stand-in in the place of its image.
     bool hasMetStandIn() const { return _hasMetStandIn; }
 
@@ -48,7 +51,7 @@ private Q_SLOTS:
     void onSilence();
 
 private:
-    int _succeeded = 0;
+    QStringList _updated;
     int _failed = 0;
     bool _isSilent = false;
     bool _hasMetStandIn = false;

@@ -2,6 +2,7 @@
 #include "Console.h"
 #include "ExitCode.h"
 #include "SignalWatcher.h"
+#include "Suggestion.h"
 #include "VekVersion.h"
 #include "commands/DoctorCommand.h"
 #include "commands/ElementsCommand.h"
@@ -19,7 +20,9 @@
 
 #include <QCoreApplication>
 
+#include <cstdio>
 #include <memory>
+#include <sstream>
 #include <vector>
 
 namespace {
@@ -81,6 +84,60 @@ int execute(const Commands &commands, int &argc, char **argv)
     return BadInput;
 }
 
+QStringList optionNames(const CLI::App &app)
+{
+    QStringList names;
+    for (const CLI::Option *option : app.get_options()) {
+        for (const std::string &name : option->get_lnames())
+            names.append(QStringLiteral("--") + QString::fromStdString(name));
+    }
+    for (const CLI::App *each : app.get_subcommands([](const CLI::App *) { return true; })) {
+        if (each->get_name().empty()) // a group of options
+            names.append(optionNames(*each));
+    }
+    return names;
+}
+
+QStringList commandNames(const CLI::App &app)
+{
+    QStringList names;
+    for (const CLI::App *each : app.get_subcommands([](const CLI::App *) { return true; }))
+        names.append(QString::fromStdString(each->get_name()));
+    return names;
+}
+
+/// What nothing takes of what was typed; the parser would rather name what is missing for it.
+QString unknownWord(const CLI::App &app)
+{
+    const std::vector<CLI::App *> chosen = app.get_subcommands();
+    for (const std::string &each : app.remaining(true)) {
+        const QString word = QString::fromStdString(each).section(QLatin1Char('='), 0, 0);
+        const bool isOption = word.startsWith(QLatin1String("--"));
+        if (isOption) {
+            const QStringList known = optionNames(chosen.empty() ? app : *chosen.front()) + optionNames(app);
+            return QStringLiteral("there is no option \"%1\"%2").arg(word, didYouMean(word, known));
+        }
+        if (chosen.empty())
+            return QStringLiteral("there is no command \"%1\"%2").arg(word, didYouMean(word, commandNames(app)));
+    }
+    return {};
+}
+
+/// What was typed stands in a complaint, and may hold anything.
+int tellUsage(const CLI::App &app, const CLI::ParseError &error)
+{
+    std::ostringstream help;
+    std::ostringstream complaint;
+    const bool isHelp = app.exit(error, help, complaint) == 0;
+    std::fputs(help.str().c_str(), stdout);
+    const QString unknown = isHelp ? QString() : unknownWord(app);
+    if (!unknown.isEmpty())
+        Console::instance().error(unknown);
+    if (!complaint.str().empty())
+        Console::instance().complaint(QString::fromStdString(complaint.str()).trimmed());
+    return isHelp ? Done : BadInput;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -99,7 +156,7 @@ int main(int argc, char **argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? Done : BadInput;
+        return tellUsage(app, error);
     }
     using Verbosity = Console::Verbosity;
     Console::instance().setVerbosity(isQuiet ? Verbosity::Quiet : isVerbose ? Verbosity::Verbose : Verbosity::Normal);

@@ -8,6 +8,41 @@ namespace {
 
 constexpr int largestChannel = 254; // 255 stands for all of them on the wire
 
+/// Where experiment files say what an option cannot: that a voltage counts from the open circuit.
+struct OpenCircuitRow {
+    const char *option;
+    const char *flag;
+    const char *element;
+};
+
+constexpr OpenCircuitRow openCircuitRows[] = {
+    {"--voltage", "voltageVsOCP", "ConstantPot"},
+    {"--max-voltage", "maximumVoltageVsOCP", "ConstantPower"},
+    {"--min-voltage", "minimumVoltageVsOCP", "ConstantPower"},
+};
+
+/// No advice to leave the words out: the cell would get another potential.
+QString openCircuitComplaint(const char *option, const QString &argument)
+{
+    for (const OpenCircuitRow &row : openCircuitRows) {
+        if (qstrcmp(row.option, option) == 0)
+            return QStringLiteral("\"%1\" counts from the open circuit; on the command line voltages count from the "
+                                  "reference electrode. An experiment file can say it: \"%2\" of a %3")
+                .arg(argument, QLatin1String(row.flag), QLatin1String(row.element));
+    }
+    return QStringLiteral("\"%1\" counts from the open circuit, which this option cannot").arg(argument);
+}
+
+QString complaintOf(const char *option, const QString &argument, Dimension dimension, const ParsedQuantity &quantity)
+{
+    if (quantity.isAgainstOpenCircuit)
+        return openCircuitComplaint(option, argument);
+    const bool isTime = dimension == Dimension::Time; // an interval or a duration, all of them
+    if (quantity.isValid() && isTime && !(quantity.value > 0.0))
+        return QStringLiteral("\"%1\" does not last: the time has to be above 0 s").arg(argument);
+    return quantity.complaint;
+}
+
 } // namespace
 
 Command::Command(CLI::App &parent, const char *name, const char *description, const char *examples)
@@ -45,9 +80,11 @@ void Command::addJson(bool &wantsJson)
 CLI::Option *Command::addQuantity(const char *name, Dimension dimension, std::optional<double> &value, const char *help)
 {
     const auto read = [name, dimension, &value](const std::string &argument) {
-        const ParsedQuantity quantity = parseQuantity(QString::fromStdString(argument), dimension);
-        if (!quantity.isValid())
-            throw CLI::ValidationError(name, quantity.complaint.toStdString());
+        const QString typed = QString::fromStdString(argument);
+        const ParsedQuantity quantity = parseQuantity(typed, dimension);
+        const QString complaint = complaintOf(name, typed, dimension, quantity);
+        if (!complaint.isEmpty())
+            throw CLI::ValidationError(name, complaint.toStdString());
         value = quantity.value;
     };
     CLI::Option *option = _app->add_option_function<std::string>(name, read, help);

@@ -40,7 +40,7 @@ protected:
     void addChannel(int &channel);
     CLI::Option *addChannels(std::vector<int> &channels);
     void addJson(bool &wantsJson);
-    /// An option that takes a number with a unit, such as "10 mA".
+    /// An option that takes a number with a unit, such as "10 mA"; a time has to be above 0.
     CLI::Option *addQuantity(const char *name, Dimension dimension, std::optional<double> &value, const char *help);
     /// The five options of the limits that the instrument watches.
     void addSafetyLimits(SafetyLimits &limits);

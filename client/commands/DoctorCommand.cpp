@@ -3,6 +3,7 @@
 #include "BuildFirmware.h"
 #include "Connection.h"
 #include "JsonOutput.h"
+#include "TerminalText.h"
 #include "VekErrorCode.h"
 
 #include <QSerialPortInfo>
@@ -90,6 +91,26 @@ Findings connectionFindings(const QString &port)
     return findings;
 }
 
+void append(Findings &findings, const Findings &more)
+{
+    findings.insert(findings.end(), more.begin(), more.end());
+}
+
+/// Instruments without firmware, which have no serial port.
+Findings bootloaderFindings()
+{
+    Findings findings;
+    for (const QString &node : bootloaderNodes()) {
+        findings.push_back({Finding::Level::Bad,
+                            QStringLiteral("An instrument without firmware waits in its bootloader, on %1.").arg(node),
+                            areUpdatesRefused() ? realImagesCommand() : QStringLiteral("nimbrelle update --all")});
+        const Finding rights = checkRights(node);
+        if (isBad(rights))
+            findings.push_back({rights.level, QStringLiteral("%1: %2").arg(node, rights.text), rights.command});
+    }
+    return findings;
+}
+
 /// Without a command: whether it is in anybody's way shows by what an instrument answers.
 Finding imagesFinding()
 {
@@ -103,14 +124,12 @@ Findings examinePort(const QString &port)
     if (isBad(findings.back()))
         return findings;
     findings.push_back(checkRights(port));
-    findings.push_back(checkHolders(port));
+    append(findings, checkHolders(port));
     findings.push_back(checkUdevRule());
     findings.push_back(checkModemManager());
     findings.push_back(imagesFinding());
-    if (std::none_of(findings.begin(), findings.end(), isBad)) {
-        const Findings more = connectionFindings(port);
-        findings.insert(findings.end(), more.begin(), more.end());
-    }
+    if (std::none_of(findings.begin(), findings.end(), isBad))
+        append(findings, connectionFindings(port));
     return findings;
 }
 
@@ -123,8 +142,9 @@ Findings examineMachine()
         const QString port = info.systemLocation();
         findings.push_back(checkPresence(port));
         findings.push_back(checkRights(port));
-        findings.push_back(checkHolders(port));
+        append(findings, checkHolders(port));
     }
+    append(findings, bootloaderFindings());
     if (findings.empty())
         findings.push_back({Finding::Level::Bad, QStringLiteral("No instrument found on any port."),
                             QStringLiteral("plug the instrument in, switch it on, then: sudo dmesg | tail")});
@@ -137,9 +157,9 @@ Findings examineMachine()
 void printFindings(const Findings &findings)
 {
     for (const Finding &finding : findings) {
-        std::printf("%-5s  %s", levelName(finding.level), qPrintable(finding.text));
+        std::printf("%-5s  %s", levelName(finding.level), qPrintable(printable(finding.text)));
         if (!finding.command.isEmpty())
-            std::printf("  Try: %s", qPrintable(finding.command));
+            std::printf("  Try: %s", qPrintable(printable(finding.command)));
         std::printf("\n");
     }
 }

@@ -4,7 +4,6 @@
 #include "ElementCatalogue.h"
 #include "JsonOutput.h"
 #include "Schema.h"
-#include "Suggestion.h"
 #include "VekAbstractElement.h"
 
 #include <cstdio>
@@ -55,8 +54,7 @@ int ElementsCommand::run()
         printElement(*row);
         return Done;
     }
-    Console::instance().error(
-        QStringLiteral("there is no element \"%1\"%2").arg(name, didYouMean(name, elementNames())));
+    Console::instance().error(QStringLiteral("there is no element \"%1\"%2").arg(name, elementMeant(name)));
     return BadInput;
 }
 

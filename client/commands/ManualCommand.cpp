@@ -3,12 +3,45 @@
 #include "Connection.h"
 #include "Console.h"
 #include "EventWait.h"
+#include "ModelWords.h"
 #include "SampleStream.h"
 #include "SignalWatcher.h"
 #include "StopChannel.h"
+#include "Units.h"
+#include "VekConstantCurrentElement.h"
+#include "VekConstantPotElement.h"
 #include "VekInstrumentHandler.h"
 
+#include <cmath>
+
 namespace client {
+
+namespace {
+
+using Ranges = std::vector<std::pair<double, double>>;
+
+/// "0 (1 A), 1 (100 mA)": each index with its full scale.
+QString rangesText(const Ranges &ranges, Dimension dimension)
+{
+    QStringList texts;
+    for (const auto &[low, high] : ranges) {
+        const double fullScale = std::max(std::abs(low), std::abs(high));
+        texts.append(
+            QStringLiteral("%1 (%2)").arg(QString::number(texts.size()), formatQuantity(fullScale, dimension)));
+    }
+    return texts.join(QLatin1String(", "));
+}
+
+QStringList faultsOfRange(const char *option, const std::optional<int> &index, const Ranges &ranges,
+                          Dimension dimension)
+{
+    if (!index || (0 <= *index && std::size_t(*index) < ranges.size()))
+        return {};
+    return {QStringLiteral("%1 is %2; the ranges of this instrument are %3.")
+                .arg(QLatin1String(option), QString::number(*index), rangesText(ranges, dimension))};
+}
+
+} // namespace
 
 ManualCommand::ManualCommand(CLI::App &parent)
     : Command(parent, "manual", "Hold a voltage, a current or open circuit and print the samples, as CSV",
@@ -38,7 +71,7 @@ int ManualCommand::run()
     const VekInstrumentHandler &handler = connection.handler();
     const auto channel = static_cast<unsigned char>(_channel);
     SampleStream stream(handler, channel, SampleStream::Source::Active, {_duration, std::nullopt});
-    VekErrorCode refusal = _limits.check(connection.description());
+    VekErrorCode refusal = check(connection);
     if (refusal == VekErrorCode::Success)
         refusal = start(handler, channel);
     if (refusal != VekErrorCode::Success) { // nothing of ours runs, so nothing is stopped
@@ -54,6 +87,31 @@ int ManualCommand::run()
     if (!isOver)
         Console::instance().error(QStringLiteral("The instrument did not confirm that the cell is disconnected."));
     return isOver || result != Done ? result : Refused;
+}
+
+/// Before the start: what is refused must not have begun.
+VekErrorCode ManualCommand::check(const Connection &connection) const
+{
+    const VekInstrumentHandler &handler = connection.handler();
+    const auto channel = static_cast<unsigned char>(_channel);
+    const QStringList faults = faultsOfSetPoint(connection.description()) +
+                               faultsOfRange("--current-range", _currentRange,
+                                             handler.getManualModeCurrentRangeList(channel), Dimension::Current) +
+                               faultsOfRange("--voltage-range", _voltageRange,
+                                             handler.getManualModeVoltageRangeList(channel), Dimension::Voltage);
+    if (!faults.isEmpty())
+        return VekErrorCode(VekErrorCode::ImplausibleParameters, faults.join(QLatin1Char('\n')));
+    return _limits.check(connection.description());
+}
+
+/// A set point by hand has the range of one that an experiment holds.
+QStringList ManualCommand::faultsOfSetPoint(const VekInstrumentDescription &instrument) const
+{
+    constexpr double any = 1.0; // an interval and a duration that every model takes
+    VekConstantPotElement voltage(_voltage.value_or(0.0), any, any);
+    VekConstantCurrentElement current(_current.value_or(0.0), any, any);
+    return faultsOf(voltage, {{QStringLiteral("potential"), QStringLiteral("--voltage")}}, instrument) +
+           faultsOf(current, {{QStringLiteral("current"), QStringLiteral("--current")}}, instrument);
 }
 
 /// Waits for the instrument's word on the start: its data begin, or an end comes, with the reason.

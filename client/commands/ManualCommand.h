@@ -4,8 +4,11 @@
 
 class VekErrorCode;
 class VekInstrumentHandler;
+struct VekInstrumentDescription;
 
 namespace client {
+
+class Connection;
 
 /// Holds a channel at one set point by hand and prints its samples.
 class ManualCommand : public Command
@@ -15,6 +18,8 @@ public:
     int run() override;
 
 private:
+    VekErrorCode check(const Connection &connection) const;
+    QStringList faultsOfSetPoint(const VekInstrumentDescription &instrument) const;
     VekErrorCode start(const VekInstrumentHandler &handler, unsigned char channel) const;
     VekErrorCode adjust(const VekInstrumentHandler &handler, unsigned char channel) const;
     VekErrorCode setRanges(const VekInstrumentHandler &handler, unsigned char channel) const;

@@ -5,6 +5,8 @@
 #include "SampleStream.h"
 #include "VekInstrumentHandler.h"
 
+#include <limits>
+
 namespace client {
 
 MonitorCommand::MonitorCommand(CLI::App &parent)
@@ -15,7 +17,9 @@ MonitorCommand::MonitorCommand(CLI::App &parent)
     addPort(_port);
     addChannel(_channel);
     addQuantity("--duration", Dimension::Time, _duration, "End after this time");
-    app().add_option("-n,--count", _count, "End after so many samples")->check(CLI::PositiveNumber);
+    app()
+        .add_option("-n,--count", _count, "End after so many samples")
+        ->check(CLI::Range(1, std::numeric_limits<int>::max()));
 }
 
 int MonitorCommand::run()

@@ -183,7 +183,7 @@ int PlanCommand::run()
     const ExperimentFile file = readExperimentFile(QString::fromStdString(_file));
     const bool isRead = file.isUsable() || !file.elements.empty();
     const VekExperimentPlan plan = isRead ? VekExperimentPlan::forModel(file.experiment, model) : VekExperimentPlan();
-    const Complaints complaints = complaintsOf(file, plan);
+    const Complaints complaints = complaintsOf(file, plan, model);
     if (_wantsJson)
         printJson(planJson(file, VekExperimentPlan::modelName(model), complaints, plan));
     else

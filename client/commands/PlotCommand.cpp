@@ -3,6 +3,8 @@
 #include "Console.h"
 #include "plots/RunPlots.h"
 
+#include <QFileInfo>
+
 namespace client {
 
 PlotCommand::PlotCommand(CLI::App &parent)
@@ -17,9 +19,12 @@ int PlotCommand::run()
     ExitCode result = Done;
     for (const std::string &each : _folders) {
         const QString folder = QString::fromStdString(each);
-        if (drawRun(folder))
+        const bool isFolder = QFileInfo(folder).isDir();
+        if (isFolder && drawRun(folder))
             continue;
-        Console::instance().error(QStringLiteral("%1: no run with data, or no files could be written").arg(folder));
+        Console::instance().error((isFolder ? QStringLiteral("%1: no run with data, or no files could be written")
+                                            : QStringLiteral("%1: there is no such folder"))
+                                      .arg(folder));
         result = LocalFailure;
     }
     return result;

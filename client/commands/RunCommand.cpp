@@ -233,7 +233,7 @@ ExitCode RunCommand::upload(const Connection &connection, Task &task) const
     Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(task.channel), refusalText(result)));
     const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
     if (plan.result() == result.value())
-        tellComplaints(*task.file, complaintsOf(*task.file, plan));
+        tellComplaints(*task.file, complaintsOf(*task.file, plan, connection.description().modelNumber));
     const bool mayRun = handler.channelReport(channel) == VekChannelReport::Unknown;
     if (result == VekErrorCode::UploadFailed && mayRun)
         Console::instance().note(

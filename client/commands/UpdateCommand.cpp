@@ -3,12 +3,14 @@
 #include "BuildFirmware.h"
 #include "Connection.h"
 #include "Console.h"
+#include "RestartWait.h"
 #include "SignalWatcher.h"
+#include "SystemChecks.h"
 #include "UpdateWatch.h"
 #include "VekDeviceTracker.h"
 
-#include <QElapsedTimer>
-#include <QThread>
+#include <QFileInfo>
+#include <QSerialPortInfo>
 
 namespace client {
 
@@ -21,21 +23,55 @@ ExitCode refuseStandIn()
     return Refused;
 }
 
-/// An instrument starts its new firmware now; who asks it at once would hear that it does not answer.
-void waitForRestart(const QString &port)
+constexpr int restartTimeoutMs = 15000; ///< of one instrument
+
+std::optional<QString> nameOnPort(const QString &port)
 {
-    constexpr int longestMs = 15000;
-    constexpr unsigned long pauseMs = 200;
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < longestMs && !SignalWatcher::wasInterrupted()) {
-        if (Connection(port).connect() == VekErrorCode::Success)
-            return;
-        QThread::msleep(pauseMs);
+    Connection connection(port);
+    if (connection.connect() != VekErrorCode::Success)
+        return std::nullopt;
+    return connection.description().deviceName;
+}
+
+QStringList instrumentPorts()
+{
+    QStringList ports;
+    for (const QSerialPortInfo &info : QSerialPortInfo::availablePorts()) {
+        if (looksLikeInstrument(info.vendorIdentifier(), info.manufacturer()))
+            ports.append(info.systemLocation());
     }
-    Console::instance().note(
-        QStringLiteral("%1: the instrument has not come back yet; it may have another port now (nimbrelle list).")
-            .arg(port));
+    return ports;
+}
+
+/// Ports that have come up as that of an instrument; others are nobody's to open.
+QStringList newcomers(const QStringList &before)
+{
+    QStringList ports = instrumentPorts();
+    for (const QString &each : before)
+        ports.removeAll(each);
+    return ports;
+}
+
+/// The ports on which an instrument may come back; what USB knows as something else is not asked time and again.
+QStringList portsToAsk()
+{
+    QStringList ports;
+    for (const QSerialPortInfo &info : QSerialPortInfo::availablePorts()) {
+        const bool isOther =
+            info.hasVendorIdentifier() && !looksLikeInstrument(info.vendorIdentifier(), info.manufacturer());
+        if (!isOther && QFileInfo::exists(info.systemLocation()))
+            ports.append(info.systemLocation());
+    }
+    return ports;
+}
+
+ExitCode waitForRestarts(const RestartWait &restarts, const QStringList &names)
+{
+    const QStringList missing = restarts.wait(names, restartTimeoutMs);
+    if (missing.isEmpty() || SignalWatcher::wasInterrupted())
+        return Done;
+    Console::instance().error(missingText(missing));
+    return NoConnection;
 }
 
 } // namespace
@@ -59,15 +95,17 @@ int UpdateCommand::run()
 
 ExitCode UpdateCommand::updateOne()
 {
+    const QString port = QString::fromStdString(_port);
+    const QStringList before = instrumentPorts();
+    const RestartWait restarts({[&] { return QStringList(port) + newcomers(before); }, nameOnPort});
     UpdateWatch watch;
-    const VekErrorCode result = VekDeviceTracker::Instance()->updateFirmwareOnComPort(QString::fromStdString(_port));
-    const QString told = QStringLiteral("%1: %2").arg(QString::fromStdString(_port), refusalText(result));
+    const VekErrorCode result = VekDeviceTracker::Instance()->updateFirmwareOnComPort(port);
+    const QString told = QStringLiteral("%1: %2").arg(port, refusalText(result));
     switch (result.value()) {
     case VekErrorCode::Success:
         if (const ExitCode failure = watch.waitForEnds(1))
             return failure;
-        waitForRestart(QString::fromStdString(_port));
-        return Done;
+        return waitForRestarts(restarts, watch.updated());
     case VekErrorCode::FirmwareUpToDate:
         Console::instance().note(told);
         return Done;
@@ -85,13 +123,15 @@ ExitCode UpdateCommand::updateOne()
 
 ExitCode UpdateCommand::updateAll()
 {
+    const RestartWait restarts({portsToAsk, nameOnPort});
     UpdateWatch watch;
     const int count = VekDeviceTracker::Instance()->updateFirmwareOnAllAvailableDevices();
     const ExitCode end = count > 0 ? watch.waitForEnds(count) : Done;
+    const ExitCode restart = waitForRestarts(restarts, watch.updated());
     if (watch.hasMetStandIn())
         return refuseStandIn();
     if (count > 0)
-        return end;
+        return end ? end : restart;
     Console::instance().note(QStringLiteral("No instrument that needs an update was found."));
     return Done;
 }

@@ -1,9 +1,12 @@
 #include "EventWait.h"
+#include "StopChannel.h"
+#include "VekInstrumentHandler.h"
 
 #include "support/TestMain.h"
 
 #include <QElapsedTimer>
 #include <QThread>
+#include <QTimer>
 
 #include <memory>
 
@@ -23,6 +26,7 @@ private Q_SLOTS:
     void endsWhoeverEndsIt_data();
     void endsWhoeverEndsIt();
     void anEndBeforeTheWaitCounts();
+    void anEndOfAnotherChannelConfirmsNothing();
 };
 
 void TestEventWait::endsWhoeverEndsIt_data()
@@ -67,6 +71,27 @@ void TestEventWait::anEndBeforeTheWaitCounts()
     clock.start();
     QVERIFY(wait.exec(hangMs));
     QVERIFY(clock.elapsed() < hangMs);
+}
+
+/// Two channels drive; that one of them ends says nothing of the cell on the other.
+void TestEventWait::anEndOfAnotherChannelConfirmsNothing()
+{
+    VekInstrumentHandler handler(nullptr);
+    const StopResults results = collectEnds(handler, {1, 2}, [&handler] {
+        QTimer::singleShot(0, &handler, [&] { Q_EMIT handler.experimentStopped(0, "its own"); });
+        QTimer::singleShot(50, &handler, [&] { Q_EMIT handler.experimentStopped(2, "by user"); });
+        QTimer::singleShot(100, &handler, [&] { Q_EMIT handler.experimentStopped(1, "by user"); });
+        return true;
+    });
+    QVERIFY(results.isConfirmed(1) && results.isConfirmed(2));
+    const StopResults others = collectEnds(handler, {1}, [&handler] {
+        QTimer::singleShot(0, &handler, [&] { Q_EMIT handler.experimentStopped(0, "its own"); });
+        QTimer::singleShot(50, &handler, [&] { Q_EMIT handler.deviceDisconnected(); });
+        return true;
+    });
+    QVERIFY(!others.isConfirmed(1) && others.isLinkLost);
+    QVERIFY(collectEnds(handler, {1}, [] { return false; }).isLinkLost); // at once
+    QVERIFY(!stopChannel(handler, 1));                                   // without a device
 }
 
 NIMBRELLE_TEST_MAIN(TestEventWait)

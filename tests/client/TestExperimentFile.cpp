@@ -120,16 +120,18 @@ void TestExperimentFile::refusesWithLineAndSuggestion_data()
            "\"voltageVsOCP\"";
     QTest::newRow("limit against the open circuit")
         << fileOf(head + "\"current\": 1, \"maxDuration\": 1, \"maxVoltage\": \"4 V vs OCP\"}")
-        << "file:3: \"maxVoltage\": write \"4 V\"; that it counts from the open circuit is said elsewhere, and this "
-           "element cannot say it";
+        << "file:3: \"maxVoltage\": \"4 V vs OCP\" counts from the open circuit, and this voltage of the element "
+           "cannot";
     QTest::newRow("behind comments") << fileOf("// a comment with \"quotes\n/* and\n a long one */ {\"element\": 5}")
                                      << "file:4: \"element\" takes a text, not a number";
-    QTest::newRow("comment without an end")
-        << QByteArray("/* {\"element\": 5}")
-        << "file:1: syntax error while parsing value - invalid literal; last read: '/'";
+    QTest::newRow("comment without an end") << QByteArray("{\n/* {\"element\": 5}\n}")
+                                            << "file:2: the comment that begins here with \"/*\" has no end: \"*/\"";
     QTest::newRow("comma without an item")
-        << fileOf("{\"group\": [,]}")
-        << "file:2: syntax error while parsing value - unexpected ','; expected '[', '{', or a literal";
+        << fileOf("{\"group\": [,]}") << "file:2: a comma with nothing in front of it: take it out";
+    QTest::newRow("comma twice in a list") << fileOf("{\"element\": \"OpenCircuit\"}, // first\n,{}")
+                                           << "file:3: two commas with nothing between them: take one out";
+    QTest::newRow("comma twice in an object") << QByteArray("{\"schemaVersion\": 1,\n,\"elements\": []}")
+                                              << "file:2: two commas with nothing between them: take one out";
     QTest::newRow("unknown unit")
         << fileOf(head + "\"current\":\n\"9 mV\", \"maxDuration\": 1}")
         << "file:4: \"current\": \"mV\" is not a unit of a current, whose base unit is A; did you mean \"mA\"?";

@@ -31,6 +31,12 @@ VekExperimentPlan planOf(VekAbstractElement &&element, unsigned int repeats = 1)
     return VekExperimentPlan::forModel(experiment, model);
 }
 
+client::Complaints complaintsOf(const client::ExperimentFile &file)
+{
+    const int number = VekExperimentPlan::modelNumber(model);
+    return client::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, number), number);
+}
+
 bool isNear(double actual, double expected)
 {
     return std::abs(actual - expected) <= 1e-6 * std::abs(expected);
@@ -54,8 +60,10 @@ private Q_SLOTS:
     void refusesWhatCannotBeMeant_data();
     void refusesWhatCannotBeMeant();
     void placesComplaintsInTheFile();
-    void hidesNoComplaintBehindAnother();
-    void complainsOfFileAndModelTogether();
+    void tellsFileAndModelTogether_data();
+    void tellsFileAndModelTogether();
+    void findsAPropertyForEachLimit_data();
+    void findsAPropertyForEachLimit();
     void placesComplaintsAtTheirProperty();
     void knowsModelsByNameAndNumber_data();
     void knowsModelsByNameAndNumber();
@@ -287,46 +295,114 @@ void TestExperimentPlan::placesComplaintsInTheFile()
         "{\"element\": \"ConstantCurrent\", \"current\": 2, \"samplingInterval\": 1, \"maxDuration\": 1}]}]}",
         "file");
     QVERIFY(file.isUsable());
-    const client::Complaints complaints =
-        client::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, model));
+    const client::Complaints complaints = complaintsOf(file);
     QCOMPARE(complaints.size(), std::size_t(1));
     QCOMPARE(complaints.front().line, 4);
     QVERIFY(complaints.front().text.contains("current is 2 A; the Alder takes values from -1 A to 1 A"));
 }
 
-/// A limit that no value is named for stands beside the complaints that name one.
-void TestExperimentPlan::hidesNoComplaintBehindAnother()
+// Each row: the file's lines from the second on, and what is complained about, as "line: words of it".
+void TestExperimentPlan::tellsFileAndModelTogether_data()
 {
-    const client::ExperimentFile file = client::parseExperiment(
-        "{\"schemaVersion\": 1, \"elements\": [{\"element\": \"EISPotentiostatic\", \"startFreq\": \"1 GHz\",\n"
-        "\"endFreq\": 1, \"stepsPerDecade\": 10, \"biasVoltage\": 30, \"amplitude\": 0.01}]}",
-        "file");
-    QVERIFY2(file.isUsable(), file.isUsable() ? "" : qPrintable(file.complaints.front().text));
-    QStringList texts;
-    for (const client::Complaint &each :
-         client::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, model)))
-        texts.append(each.text);
-    QVERIFY2(!texts.filter("frequency").isEmpty(), qPrintable(texts.join('\n')));
-    QVERIFY2(!texts.filter("biasVoltage").isEmpty(), qPrintable(texts.join('\n')));
+    QTest::addColumn<QByteArray>("element");
+    QTest::addColumn<QStringList>("complaints");
+
+    const QByteArray eis = "{\"element\": \"EISPotentiostatic\", \"amplitude\": 0.01, ";
+    QTest::newRow("one frequency of two")
+        << eis + "\"biasVoltage\": 0, \"stepsPerDecade\": 10,\n\"startFreq\": 10,\n\"endFreq\": \"1 GHz\"}"
+        << QStringList{"4: \"endFreq\": "};
+    QTest::newRow("both frequencies, steps and bias")
+        << eis + "\n\"biasVoltage\": 30,\n\"stepsPerDecade\": 2.5,\n\"startFreq\": 0,\n\"endFreq\": \"1 GHz\"}"
+        << QStringList{"2: biasVoltage with amplitude is 30.01 V", "3: biasVoltage is 30 V",
+                       "4: \"stepsPerDecade\": ", "5: startFreq is 0 Hz", "6: \"endFreq\": "};
+    QTest::newRow("values that do not go with each other")
+        << QByteArray("{\"element\": \"NormalPulseVoltammetry\", \"startVoltage\": 0, \"endVoltage\": 1,\n"
+                      "\"vStep\": 0.1, \"pulseWidth\": 2,\n\"pulsePeriod\": 1}")
+        << QStringList{"4: \"pulsePeriod\": "};
+    QTest::newRow("a count in the text")
+        << QByteArray("{\"element\": \"SteppedCurrent\", \"startCurrent\": 0, \"endCurrent\": 1,\n"
+                      "\"stepSize\": 1e-9,\n\"stepDuration\": 1, \"samplingInterval\": 1}")
+        << QStringList{"3: \"stepSize\": "};
+
+    const QByteArray power = "{\"element\": \"ConstantPower\", \"samplingInterval\": 1,\n";
+    QTest::newRow("another element has a wrong unit")
+        << power + "\"power\": -5e7, \"maxDuration\": 1},\n" + power + "\"power\": 1, \"maxDuration\": \"1 V\"}"
+        << QStringList{"3: power is -50 MW; the Alder takes values from -10 W to 10 W", "5: is not a unit of a time"};
+    QTest::newRow("the same element has a wrong unit")
+        << power + "\"power\": 11,\n\"maxDuration\": \"1 V\"}"
+        << QStringList{"3: power is 11 W;", "4: is not a unit of a time"};
+    QTest::newRow("just beyond the limit")
+        << power + "\"power\": 10.0001, \"maxDuration\": 1}" << QStringList{"3: power is 10.0001 W;"};
+    QTest::newRow("the same element has an unknown property")
+        << power + "\"power\": 1, \"maxDuration\": 1,\n\"minVoltage\": -50,\n\"colour\": 1}"
+        << QStringList{"4: from -10 V to 10 V, or \"none\" for no limit.", "5: has no \"colour\""};
+    QTest::newRow("a value that could not be read is not judged")
+        << power + "\"power\": \"11 X\", \"maxDuration\": 1}" << QStringList{"3: is not a unit of a power"};
+    QTest::newRow("nor one that is missing, and the others are")
+        << eis + "\"biasVoltage\": 0,\n\"stepsPerDecade\": 10,\n\"startFreq\": \"1 GHz\"}"
+        << QStringList{"2: needs \"endFreq\"", "4: \"startFreq\": "};
+    // 12 V are in reach where they count from the open circuit.
+    const QByteArray pot = "{\"element\": \"ConstantPot\", \"samplingInterval\": 1, \"maxDuration\": 1,\n";
+    QTest::newRow("what hangs on a misspelt flag is not judged")
+        << pot + "\"potential\": 12,\n\"voltageVsOPC\": true}" << QStringList{"4: did you mean \"voltageVsOCP\"?"};
+    QTest::newRow("what does not is") << pot + "\"potential\": 30,\n\"voltageVsOPC\": true}"
+                                      << QStringList{"3: potential is 30 V", "4: did you mean \"voltageVsOCP\"?"};
+    QTest::newRow("nor what does not go with the first of two")
+        << QByteArray(
+               "{\"element\": \"NormalPulseVoltammetry\", \"startVoltage\": 0, \"endVoltage\": 1, \"vStep\": 0.1,\n"
+               "\"pulseWidth\": 2, \"pulsePeriod\": 1,\n\"pulseWidth\": 0.5}")
+        << QStringList{"4: \"pulseWidth\" stands twice"};
+    QTest::newRow("nor is what hangs on the first of two")
+        << power + "\"power\": 1, \"maxDuration\": 1, \"minVoltage\": 5,\n\"maxVoltage\": 1,\n\"maxVoltage\": 9}"
+        << QStringList{"5: \"maxVoltage\" stands twice"};
 }
 
-/// What is wrong with the file and with what its other elements ask for comes at once.
-void TestExperimentPlan::complainsOfFileAndModelTogether()
+void TestExperimentPlan::tellsFileAndModelTogether()
 {
-    const client::ExperimentFile file = client::parseExperiment(
-        "{\"schemaVersion\": 1, \"elements\": [\n"
-        "{\"element\": \"ConstantPower\", \"power\": -5e7, \"samplingInterval\": 1, \"maxDuration\": 1},\n"
-        "{\"element\": \"ConstantPower\", \"power\": 5e7, \"samplingInterval\": 1, \"maxDuration\": \"1 V\"}]}",
-        "file");
-    QVERIFY(!file.isUsable());
-    const client::Complaints complaints =
-        client::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, model));
-    QCOMPARE(complaints.size(), std::size_t(2));
-    QCOMPARE(complaints[0].line, 2);
-    QVERIFY2(complaints[0].text.contains("power is -5e+07 W; the Alder takes values from"),
-             qPrintable(complaints[0].text));
-    QCOMPARE(complaints[1].line, 3); // of the second element what the file has is not known as a whole
-    QVERIFY(complaints[1].text.contains("is not a unit of a time"));
+    QFETCH(QByteArray, element);
+    QFETCH(QStringList, complaints);
+    const client::Complaints told =
+        complaintsOf(client::parseExperiment("{\"schemaVersion\": 1, \"elements\": [\n" + element + "]}", "file"));
+    QStringList lines;
+    for (const client::Complaint &each : told)
+        lines.append(QStringLiteral("%1: %2").arg(QString::number(each.line), each.text));
+    QVERIFY2(lines.size() == complaints.size(), qPrintable(lines.join('\n')));
+    for (int index = 0; index < lines.size(); ++index) {
+        const QString line = complaints[index].section(' ', 0, 0);
+        QVERIFY2(lines[index].startsWith(line + ' '), qPrintable(lines[index]));
+        QVERIFY2(lines[index].contains(complaints[index].section(' ', 1)), qPrintable(lines[index]));
+    }
+}
+
+void TestExperimentPlan::findsAPropertyForEachLimit_data()
+{
+    refusesWhatCannotBeMeant_data();
+}
+
+// Whatever is out of reach: nothing is left at the line of the element, where people would have to guess.
+void TestExperimentPlan::findsAPropertyForEachLimit()
+{
+    QFETCH(const QString, element);
+    const client::ElementRow &row = *client::findElement(element);
+    for (const client::PropertyRow &spoilt : row.properties) {
+        const bool isNumber =
+            spoilt.kind == client::PropertyKind::Quantity || spoilt.kind == client::PropertyKind::Count;
+        for (const double value : {-1e9, 0.0, 1e-9, 1e9}) {
+            if (!isNumber || (value < 0.0 && spoilt.kind == client::PropertyKind::Count))
+                continue;
+            client::ExperimentFile file;
+            client::FileElement made{1, element, row.make(), {}, {}};
+            for (const client::PropertyRow &property : row.properties) {
+                property.set(*made.element, &property == &spoilt ? value : acceptableValue(property));
+                made.propertyLines[property.name] = 2;
+            }
+            made.propertyLines[spoilt.name] = 3;
+            file.experiment.appendElement(*made.element, 1);
+            file.elements.push_back(made);
+            for (const client::Complaint &complaint : complaintsOf(file))
+                QVERIFY2(complaint.line > 1, qPrintable(QString(spoilt.name) + ": " + complaint.text));
+        }
+    }
 }
 
 void TestExperimentPlan::placesComplaintsAtTheirProperty()
@@ -341,7 +417,7 @@ void TestExperimentPlan::placesComplaintsAtTheirProperty()
     const VekExperimentPlan plan = VekExperimentPlan::forModel(file.experiment, model);
     QCOMPARE(plan.result(), VekErrorCode::ImplausibleParameters);
     QCOMPARE(plan.complaints().at(0).property(), QStringLiteral("maxVoltage"));
-    const client::Complaints complaints = client::complaintsOf(file, plan);
+    const client::Complaints complaints = complaintsOf(file);
     QCOMPARE(complaints.size(), std::size_t(1));
     QCOMPARE(complaints.front().line, 5);
 }

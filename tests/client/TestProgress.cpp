@@ -1,5 +1,6 @@
 #include "Console.h"
 #include "ExperimentFile.h"
+#include "JsonOutput.h"
 #include "RunProgress.h"
 #include "TerminalText.h"
 
@@ -135,6 +136,7 @@ private Q_SLOTS:
     void cutsByColumns_data();
     void cutsByColumns();
     void showsNoControlCharacters();
+    void escapesControlCharactersInJson();
     void keepsItsLinesOnTheTerminal();
 
 private:
@@ -217,6 +219,23 @@ void TestProgress::showsNoControlCharacters()
     const QString name = QString::fromUtf8("A\033[2J\x07\r\nB\u202eC\u009b1mé");
     QCOMPARE(printable(name), QString::fromUtf8("A?[2J?? B?C?1mé"));
     QCOMPARE(printable(QString::fromUtf8("電池 µΩ")), QString::fromUtf8("電池 µΩ"));
+}
+
+/// Every control character and each that turns the direction of writing: escaped, and still the same text.
+void TestProgress::escapesControlCharactersInJson()
+{
+    QString name = QString::fromUtf8("電池 µΩ \xF0\x9F\x94\x8B");
+    for (const auto &[first, last] : {std::pair(1, 0x1f), std::pair(0x7f, 0x9f), std::pair(0x200e, 0x200f),
+                                      std::pair(0x2028, 0x202e), std::pair(0x2066, 0x2069)}) {
+        for (int unit = first; unit <= last; ++unit)
+            name += QChar(unit);
+    }
+    const uint tag = 0xe0041; // formats beyond 16 bits
+    name += QString::fromUcs4(&tag, 1);
+    const QString shown = QString::fromStdString(dump({{"name", text(name)}}));
+    QCOMPARE(printable(shown), QString(shown).replace('\n', ' '));
+    QVERIFY(shown.contains(QString::fromUtf8("電池 µΩ \xF0\x9F\x94\x8B")));
+    QCOMPARE(QString::fromStdString(Json::parse(shown.toStdString())["name"]), name);
 }
 
 void TestProgress::keepsItsLinesOnTheTerminal()

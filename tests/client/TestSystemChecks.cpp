@@ -43,6 +43,9 @@ private Q_SLOTS:
     void leavesAloneWhatRecords();
     void curesMissingRights_data();
     void curesMissingRights();
+    void namesTheRuleThatIsThere_data();
+    void namesTheRuleThatIsThere();
+    void findsBootloaders();
     void looksForTheUdevRule();
     void asksInstrumentsAlone();
     void noticesModemManager();
@@ -68,19 +71,22 @@ void TestSystemChecks::findsTheProcessThatHoldsAPort()
     const std::vector<Holder> holders = holdersOf("/dev/ttyNowhere", proc.root());
     QCOMPARE(holders.size(), std::size_t(1));
     QCOMPARE(holders.front().processId, 4711);
-    const Finding finding = checkHolders("ttyNowhere", proc.root());
-    QCOMPARE(finding.text, QStringLiteral("Process 4711 (screen) has it open; close that program."));
-    QCOMPARE(finding.command, QStringLiteral("ps -fp 4711"));
+    proc.addProcess(4713, "cat", {"/dev/ttyNowhere"}); // both take bytes from each other
+    const Findings findings = checkHolders("ttyNowhere", proc.root());
+    QCOMPARE(findings.size(), std::size_t(2));
+    QCOMPARE(findings[0].text, QStringLiteral("Process 4711 (screen) has it open; close that program."));
+    QCOMPARE(findings[0].command, QStringLiteral("ps -fp 4711"));
+    QCOMPARE(findings[1].command, QStringLiteral("ps -fp 4713"));
 }
 
 void TestSystemChecks::leavesAloneWhatRecords()
 {
     FakeProc proc;
     proc.addProcess(4711, "nimbrelle", {"/data/cell 17/dc.csv", "/dev/ttyNowhere"});
-    const Finding finding = checkHolders("ttyNowhere", proc.root());
+    const Finding finding = checkHolders("ttyNowhere", proc.root()).front();
     QCOMPARE(finding.level, Finding::Level::Bad);
     QVERIFY(finding.text.contains("records an experiment in /data/cell 17;"));
-    QVERIFY(!finding.command.contains("kill"));
+    QCOMPARE(finding.command, QStringLiteral("tail -f '/data/cell 17/dc.csv'")); // and no advice to kill it
 }
 
 void TestSystemChecks::curesMissingRights_data()
@@ -90,7 +96,7 @@ void TestSystemChecks::curesMissingRights_data()
     QTest::addColumn<QString>("command");
     QTest::newRow("a group for ports") << false << false << "sudo usermod -aG dialout ann && newgrp dialout";
     QTest::newRow("joined after the login") << false << true << "newgrp dialout";
-    QTest::newRow("root's group") << true << false << "sudo cp packaging/71-nimbrelle.rules";
+    QTest::newRow("root's group") << true << false << "sudo cp ";
 }
 
 void TestSystemChecks::curesMissingRights()
@@ -101,6 +107,55 @@ void TestSystemChecks::curesMissingRights()
     const Finding finding = missingRights({"/dev/ttyNowhere", "dialout", isSystemGroup, isMember}, "ann");
     QCOMPARE(finding.level, Finding::Level::Bad);
     QVERIFY2(finding.command.startsWith(command), qPrintable(finding.command));
+}
+
+void TestSystemChecks::namesTheRuleThatIsThere_data()
+{
+    QTest::addColumn<QString>("program");
+    QTest::addColumn<QString>("rule");
+    QTest::newRow("clone") << "build/release/client"
+                           << "packaging/71-nimbrelle.rules";
+    QTest::newRow("prefix") << "bin"
+                            << "lib/udev/rules.d/71-nimbrelle.rules";
+}
+
+void TestSystemChecks::namesTheRuleThatIsThere()
+{
+    QFETCH(QString, program);
+    QFETCH(QString, rule);
+    QTemporaryDir home;
+    const QDir folder(home.path());
+    const QString path = folder.filePath(rule);
+    QVERIFY(folder.mkpath(program) && folder.mkpath(QFileInfo(path).path()));
+    QCOMPARE(udevRuleFile(folder.filePath(program)), QStringLiteral("packaging/71-nimbrelle.rules")); // for want of it
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(QFileInfo(udevRuleFile(folder.filePath(program))).canonicalFilePath(),
+             QFileInfo(path).canonicalFilePath());
+}
+
+/// As /sys has them: the strings of a USB device stand some folders above its HID.
+void TestSystemChecks::findsBootloaders()
+{
+    QTemporaryDir root;
+    const auto add = [&root](const QString &hid, const QByteArray &product) {
+        const QString device = root.filePath("devices/usb-" + hid);
+        QVERIFY(QDir().mkpath(device + "/interface/0003:04D8:003C.0001"));
+        QVERIFY(QDir().mkpath(root.filePath("class/hidraw/" + hid)));
+        QVERIFY(
+            QFile::link(device + "/interface/0003:04D8:003C.0001", root.filePath("class/hidraw/" + hid + "/device")));
+        const QPair<QString, QByteArray> attributes[] = {
+            {"idVendor", "04d8"}, {"idProduct", "003c"}, {"manufacturer", "Brenmoor Apparatus"}, {"product", product}};
+        for (const auto &[name, value] : attributes) {
+            QFile file(device + '/' + name);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(value + '\n');
+        }
+    };
+    QVERIFY(bootloaderNodes(root.path()).isEmpty());
+    add("hidraw0", "Mouse"); // of the same maker of controllers
+    add("hidraw1", "Nimbrelle HID bootloader");
+    QCOMPARE(bootloaderNodes(root.path()), QStringList{"/dev/hidraw1"});
 }
 
 void TestSystemChecks::looksForTheUdevRule()

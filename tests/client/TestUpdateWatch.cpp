@@ -1,9 +1,11 @@
+#include "RestartWait.h"
 #include "SignalWatcher.h"
 #include "UpdateWatch.h"
 #include "VekDeviceTracker.h"
 
 #include "support/TestMain.h"
 
+#include <QHash>
 #include <QTimer>
 
 using namespace client;
@@ -18,6 +20,8 @@ private Q_SLOTS:
     void drawsTheBar();
     void waitsForTheEndOfEachUpdate_data();
     void waitsForTheEndOfEachUpdate();
+    void waitsForEachRestart_data();
+    void waitsForEachRestart();
 
 private:
     SignalWatcher _signals;
@@ -70,7 +74,53 @@ void TestUpdateWatch::waitsForTheEndOfEachUpdate()
     });
     next.start(1);
     QCOMPARE(int(watch.waitForEnds(2)), exitCode);
+    QVERIFY(watch.updated().contains("Alder-1") && !watch.updated().contains("Alder-2"));
     QVERIFY(texts.isEmpty());
+}
+
+void TestUpdateWatch::waitsForEachRestart_data()
+{
+    QTest::addColumn<QStringList>("names");   // that have been updated
+    QTest::addColumn<QStringList>("answers"); // "port name" of what comes up after the update, one after the other
+    QTest::addColumn<QStringList>("missing");
+    QTest::newRow("nothing was updated") << QStringList() << QStringList() << QStringList();
+    QTest::newRow("both come back") << QStringList{"Alder-1", "Ibis-2"} << QStringList{"a Alder-1", "b Ibis-2"}
+                                    << QStringList();
+    QTest::newRow("line end in the name") << QStringList{"Gale-1"} << QStringList{"a Gale-1\n"} << QStringList();
+    QTest::newRow("one stays away") << QStringList{"Alder-1", "Ibis-2"} << QStringList{"a Ibis-2"}
+                                    << QStringList{"Alder-1"};
+    QTest::newRow("without a name, on a new port") << QStringList{""} << QStringList{"new Alder-1"} << QStringList();
+    QTest::newRow("without a name, others do not count")
+        << QStringList{""} << QStringList{"old Alder-1"} << QStringList{""};
+    QTest::newRow("two without a name, one comes")
+        << QStringList{"", ""} << QStringList{"new Alder-1"} << QStringList{""};
+}
+
+void TestUpdateWatch::waitsForEachRestart()
+{
+    QFETCH(QStringList, names);
+    QFETCH(QStringList, answers);
+    QStringList present{"old"}; // its instrument needs no update, and answers only in some rows
+    QHash<QString, QString> nameOnPort;
+    RestartWait restarts({[&] { return present; },
+                          [&](const QString &port) {
+                              return nameOnPort.contains(port) ? std::optional(nameOnPort[port]) : std::nullopt;
+                          }});
+    QTimer next;
+    connect(&next, &QTimer::timeout, &next, [&] {
+        if (answers.isEmpty())
+            return;
+        const QString answer = answers.takeFirst();
+        const QString port = answer.section(' ', 0, 0);
+        if (!present.contains(port))
+            present.append(port);
+        nameOnPort[port] = answer.section(' ', 1);
+    });
+    next.start(10);
+    const int longestMs = names.isEmpty() ? 60000 : 1000; // long enough for what comes, on a crowded machine
+    const QStringList missing = restarts.wait(names, longestMs);
+    QTEST(missing, "missing");
+    QCOMPARE(missingText(missing).isEmpty(), missing.isEmpty());
 }
 
 NIMBRELLE_TEST_MAIN(TestUpdateWatch)

@@ -324,15 +324,17 @@ void TestCellSafety::limitsOutOfReachAreRefused_data()
     QTest::addColumn<QString>("range");
 
     const QStringList manual{"manual", "PORT", "--voltage", "1V"};
-    QTest::newRow("by hand") << manual + QStringList{"--max-voltage", "100V"} << "maxVoltage is 100 V; the Alder takes";
-    QTest::newRow("below") << manual + QStringList{"--min-current", "-50A"} << "minCurrent is -50 A; the Alder takes";
+    QTest::newRow("by hand") << manual + QStringList{"--max-voltage", "100V"}
+                             << "--max-voltage is 100 V; the Alder takes";
+    QTest::newRow("below") << manual + QStringList{"--min-current", "-50A"}
+                           << "--min-current is -50 A; the Alder takes";
     QTest::newRow("a run") << QStringList{"run", longRun(), "--port", "PORT", "--max-current", "100A"}
-                           << "maxCurrent is 100 A; the Alder takes";
+                           << "--max-current is 100 A; the Alder takes";
     QTest::newRow("crossing") << QStringList{"run",           longRun(), "--port",        "PORT",
                                              "--max-voltage", "1V",      "--min-voltage", "2V"}
-                              << "minVoltage of 2 V lies above maxVoltage of 1 V";
+                              << "--min-voltage of 2 V lies above --max-voltage of 1 V";
     QTest::newRow("of what runs") << QStringList{"limits", "PORT", "--channel", "0", "--max-voltage", "100V"}
-                                  << "maxVoltage is 100 V; the Alder takes";
+                                  << "--max-voltage is 100 V; the Alder takes";
 }
 
 /// A limit that never trips would be believed in.

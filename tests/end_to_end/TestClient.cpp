@@ -57,11 +57,15 @@ private Q_SLOTS:
     void doesNotOverwriteARun();
     void monitorsAnIdleChannel();
     void holdsASetPointByHand();
+    void refusesByHandBeforeTheStart_data();
+    void refusesByHandBeforeTheStart();
     void examinesAPort();
     void showsPortsAndRanges();
     void leavesRightFirmwareAlone();
     void answersWrongUsage_data();
     void answersWrongUsage();
+    void namesWhatWasMistyped_data();
+    void namesWhatWasMistyped();
 
 private:
     QString writeExperiment(const QByteArray &elements);
@@ -481,6 +485,38 @@ void TestClient::holdsASetPointByHand()
     QVERIFY(qAbs(idle.at(Voltage).toDouble()) < 1e-3);
 }
 
+void TestClient::refusesByHandBeforeTheStart_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("refusal");
+    const QStringList voltage{"--voltage", "1"};
+    QTest::newRow("voltage") << QStringList{"--voltage", "30"}
+                             << "--voltage is 30 V; the Alder takes values from -10 V to 10 V.";
+    QTest::newRow("current") << QStringList{"--current", "-5"}
+                             << "--current is -5 A; the Alder takes values from -1 A to 1 A.";
+    QTest::newRow("current range") << voltage + QStringList{"--current-range", "8"}
+                                   << "--current-range is 8; the ranges of this instrument are 0 (1 A), 1 (10";
+    QTest::newRow("negative range") << voltage + QStringList{"--current-range", "-1"} << "--current-range is -1;";
+    QTest::newRow("voltage range") << voltage + QStringList{"--voltage-range", "4"} << "--voltage-range is 4;";
+    QTest::newRow("temperature") << voltage + QStringList{"--max-temperature", "9000"}
+                                 << "the thermocouple of the Alder reads from -270 degC to 1800 degC.";
+    QTest::newRow("all at once") << QStringList{"--voltage", "30", "--voltage-range", "4"}
+                                 << "to 10 V.\n--voltage-range is 4;";
+}
+
+// Not one sample: nothing was begun.
+void TestClient::refusesByHandBeforeTheStart()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, refusal);
+    SimulatorProcess simulator({"--cell", "resistor:R=1000"});
+    ClientProcess client(QStringList{"manual", simulator.portName(), "--duration", "1 s"} + arguments);
+    QCOMPARE(client.finish(), Refused);
+    QVERIFY2(client.errors().contains(refusal), qPrintable(client.errors()));
+    QVERIFY2(!client.errors().contains("stopped"), qPrintable(client.errors()));
+    QCOMPARE(client.output(), QByteArray());
+}
+
 void TestClient::examinesAPort()
 {
     SimulatorProcess simulator({});
@@ -549,6 +585,8 @@ void TestClient::answersWrongUsage_data()
     QTest::newRow("unknown option") << QStringList{"list", "--sloow"} << 2;
     QTest::newRow("unknown model") << QStringList{"plan", "x.json", "--model", "Alder_2_6"} << 2;
     QTest::newRow("missing file") << QStringList{"plan", "/nowhere/x.json", "--model", "Alder_2_5"} << 2;
+    QTest::newRow("no interval") << QStringList{"manual", "x", "--voltage", "1", "--interval", "0 s"} << 2;
+    QTest::newRow("negative duration") << QStringList{"monitor", "x", "--duration", "-1s"} << 2;
     QTest::newRow("bad unit") << QStringList{"manual", "x", "--voltage", "1 A"} << 2;
     QTest::newRow("two set points") << QStringList{"manual", "x", "--voltage", "1", "--current", "1"} << 2;
     QTest::newRow("no such port") << QStringList{"info", "/dev/nowhere"} << 3;
@@ -566,6 +604,37 @@ void TestClient::answersWrongUsage()
     ClientProcess client(arguments);
     QCOMPARE(client.finish(), exitCode);
     QCOMPARE(client.errors().isEmpty(), exitCode == 0);
+}
+
+void TestClient::namesWhatWasMistyped_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("told");
+    QTest::newRow("command") << QStringList{"lst"} << "there is no command \"lst\"; did you mean \"list\"?";
+    QTest::newRow("option that is needed") << QStringList{"run", "x.json", "--prot", "ttyACM0"}
+                                           << "there is no option \"--prot\"; did you mean \"--port\"?";
+    QTest::newRow("option of a group") << QStringList{"manual", "x", "--curent=1"}
+                                       << "there is no option \"--curent\"; did you mean \"--current\"?";
+    QTest::newRow("option of all") << QStringList{"list", "--quite"}
+                                   << "there is no option \"--quite\"; did you mean \"--quiet\"?";
+    QTest::newRow("element") << QStringList{"elements", "cv"} << "did you mean \"CyclicVoltammetry\"?";
+    QTest::newRow("folder") << QStringList{"plot", "/nowhere"} << "/nowhere: there is no such folder";
+    const QStringList manual{"manual", "x", "--voltage"};
+    QTest::newRow("set point against the open circuit")
+        << manual + QStringList{"0.1 V vs OCP"} << "An experiment file can say it: \"voltageVsOCP\" of a ConstantPot\n";
+    QTest::newRow("limit against the open circuit")
+        << manual + QStringList{"1", "--max-voltage", "1 V vs. ocp"} << "\"maximumVoltageVsOCP\" of a ConstantPower\n";
+    QTest::newRow("what a terminal would act on") << QStringList{"info", "x", "\033[2J"} << "?[2J";
+}
+
+void TestClient::namesWhatWasMistyped()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, told);
+    ClientProcess client(arguments);
+    QVERIFY(client.finish() > 0);
+    const QString errors = client.errors();
+    QVERIFY2(errors.contains(told) && !errors.contains('\033'), qPrintable(errors));
 }
 
 NIMBRELLE_TEST_MAIN(TestClient)

@@ -32,6 +32,7 @@ private Q_SLOTS:
     void anInterruptionDoesNotCutItOff();
     void everyInstrumentThatNeedsItIsUpdated();
     void bootloadersAreUpdatedOneAfterTheOther();
+    void aRestartThatDoesNotComeIsTold();
     void standInIsRefused_data();
     void standInIsRefused();
     void whatCannotBeUpdatedIsTold_data();
@@ -118,24 +119,33 @@ void TestFirmwareUpdateRun::everyInstrumentThatNeedsItIsUpdated()
         QVERIFY2(("\n" + told).contains("\n" + updated.arg(name)), qPrintable(told));
     QVERIFY(!told.contains("Alder-3"));
     QCOMPARE(QFileInfo(ports[2]).symLinkTarget(), untouched);
-    for (const QString &port : ports) {
-        QVERIFY(UpdateBench::hasCome(port));
-        QCOMPARE(bench.run({"info", port}), 0);
-    }
+    for (const QString &port : ports)
+        QCOMPARE(bench.run({"info", port}), 0); // at once: the update has waited for each restart
 }
 
 void TestFirmwareUpdateRun::bootloadersAreUpdatedOneAfterTheOther()
 {
     UpdateBench bench;
-    const QStringList ports{bench.plug({"--firmware", "none"}),
-                            bench.plug({"--firmware", "none", "--model", "Heron_2_0"})};
+    const QStringList slow{"--on-change", "boot() { test $1 = bootloader || sleep 2; }; boot"}; // as a real one starts
+    const QStringList ports{bench.plug(slow + QStringList{"--firmware", "none"}),
+                            bench.plug(slow + QStringList{"--firmware", "none", "--model", "Heron_2_0"})};
     const auto client = bench.client({"update", "--all"});
     QCOMPARE(client->finish(), 0);
     QCOMPARE(client->errors(), wholeUpdate(QString()).repeated(2));
-    for (const QString &port : ports) {
-        QVERIFY(UpdateBench::hasCome(port)); // each got its own model's image, else its firmware would be refused
-        QCOMPARE(bench.run({"info", port}), 0);
-    }
+    for (const QString &port : ports)
+        QCOMPARE(bench.run({"info", port}), 0); // each got its own model's image, else its firmware would be refused
+}
+
+void TestFirmwareUpdateRun::aRestartThatDoesNotComeIsTold()
+{
+    UpdateBench bench;
+    const QString dies = "boot() { test $1 = bootloader; }; boot"; // the program ends in place of a start
+    bench.plug({"--firmware", "none", "--on-change", dies});
+    const auto client = bench.client({"update", "--all"});
+    QCOMPARE(client->finish(60000), noConnection);
+    QVERIFY2(
+        client->errors().startsWith(wholeUpdate(QString()) + "nimbrelle: An instrument has its new firmware, but "),
+        qPrintable(client->errors()));
 }
 
 void TestFirmwareUpdateRun::standInIsRefused_data()

@@ -91,6 +91,8 @@ void TestLogger::aMessageIsOneLine_data()
                                       << "a [2Jb";
     QTest::newRow("separators of Unicode") << QString("a") + QChar(0x2028) + QChar(0x85) + QChar(0x2029) + "b"
                                            << "a   b";
+    QTest::newRow("direction of writing") << QString("a") + QChar(0x202e) + QChar(0x2066) + "b"
+                                          << "a  b";
     QTest::newRow("NUL") << QString("a") + QChar(0) + "b"
                          << "a b";
     QTest::newRow("letters of the world") << QString::fromUtf8("Größe 電流 µA") << QString::fromUtf8("Größe 電流 µA");

@@ -14,10 +14,12 @@ QString defaultLogFilePath()
            QStringLiteral("/Brenmoor Apparatus/API") + QStringLiteral("/NimbrelleAPI.log");
 }
 
-bool breaksLine(QChar character)
+/// What would break the line, or turn the direction of writing in whatever shows the file.
+bool isLayout(QChar character)
 {
     switch (character.category()) {
     case QChar::Other_Control:
+    case QChar::Other_Format:
     case QChar::Separator_Line:
     case QChar::Separator_Paragraph:
         return true;
@@ -29,7 +31,7 @@ bool breaksLine(QChar character)
 QString inOneLine(QString message)
 {
     for (QChar &character : message) {
-        if (breaksLine(character))
+        if (isLayout(character))
             character = QLatin1Char(' ');
     }
     return message;
