@@ -278,7 +278,6 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void onDeviceDisconnected();
-    void onExperimentCompleted(unsigned char channel, VekExperimentEnd end, const QString &reason);
     void onActiveExperimentNodeBeginning(unsigned char channel, const VekExperimentNode &node);
     void onRecoveryExperimentNodeBeginning(unsigned char channel, const VekExperimentNode &node);
 

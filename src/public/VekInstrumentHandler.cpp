@@ -8,8 +8,6 @@
 #include "handlers/VekInstrumentHandlerPrivate.h"
 #include "hardware_models/RangeTypes.h"
 
-#include <QPointer>
-
 namespace {
 
 /// Puts a question to the private half, or answers for a device that is not there.
@@ -56,7 +54,8 @@ void VekInstrumentHandler::connectWithOperatorSignals(VekInstrumentHandlerPrivat
     relay->connectTo(handler, &Private::recoveryDCDataReady, &Me::recoveryDCDataReady);
     relay->connectTo(handler, &Private::activeACDataReady, &Me::activeACDataReady);
     relay->connectTo(handler, &Private::recoveryACDataReady, &Me::recoveryACDataReady);
-    relay->connectTo(handler, &Private::experimentCompleted, &Me::onExperimentCompleted);
+    relay->connectTo(handler, &Private::experimentCompleted, &Me::experimentStopped);
+    relay->connectTo(handler, &Private::experimentEnded, &Me::experimentEnded);
     relay->connectTo(handler, &Private::experimentPaused, &Me::experimentPaused);
     relay->connectTo(handler, &Private::experimentResumed, &Me::experimentResumed);
     relay->connectTo(handler, &Private::memoryDataErased, &Me::recoverDataErased);
@@ -68,14 +67,6 @@ void VekInstrumentHandler::onDeviceDisconnected()
 {
     _link.reset();
     Q_EMIT deviceDisconnected();
-}
-
-void VekInstrumentHandler::onExperimentCompleted(unsigned char channel, VekExperimentEnd end, const QString &reason)
-{
-    const QPointer<VekInstrumentHandler> alive(this); // a listener may let go of the handler
-    Q_EMIT experimentStopped(channel, reason);
-    if (alive)
-        Q_EMIT experimentEnded(channel, end, reason);
 }
 
 void VekInstrumentHandler::onActiveExperimentNodeBeginning(unsigned char channel, const VekExperimentNode &node)

@@ -4,10 +4,10 @@
 #include "calibration/DataRecords.h"
 #include "calibration/GaleFormulas.h"
 #include "calibration/Temperature.h"
-#include "numerics/Constants.h"
 
 #include <QtGlobal>
 
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -72,7 +72,7 @@ ProcessedDCData GaleCalibration::reading(const DcRecord &record) const
     point.timestamp = double(record.tick) / galeFacts.ticksPerSecond;
     point.workingElectrodeVoltage =
         GaleFormulas::voltage(_record, record.rawVoltage, record.voltageRange, record.voltageRef);
-    point.counterElectrodeVoltage = notANumber;
+    point.counterElectrodeVoltage = std::numeric_limits<double>::quiet_NaN();
     point.current = GaleFormulas::current(_record, record.rawCurrent, record.currentRange, record.currentRef);
     point.charge = charge(record.charge, record.currentRange);
     point.temperature = _thermistor.getTemp(float(record.temperature / thermistorFullScale));

@@ -4,10 +4,10 @@
 #include "calibration/DataRecords.h"
 #include "calibration/DeviceDCcalFormulas.h"
 #include "calibration/Temperature.h"
-#include "numerics/Constants.h"
 
 #include <QtGlobal>
 
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -68,7 +68,8 @@ ProcessedDCData MainCalibration::reading(const DcRecord &record) const
     point.current =
         _formulas.getCurrent(record.rawCurrent, record.currentRange, record.iGain, record.currentRef, record.secondRaw);
     point.charge = record.charge;
-    point.temperature = _hasThermocouple ? double(TemperatureParser().getTemp(record.temperature)) : notANumber;
+    point.temperature = _hasThermocouple ? double(TemperatureParser().getTemp(record.temperature))
+                                         : std::numeric_limits<double>::quiet_NaN();
     point.currentRange = record.currentRange;
     point.voltageRange = record.voltageRange;
     point.weGain = record.weGain;

@@ -213,7 +213,8 @@ Q_SIGNALS:
     void recoveryACDataReady(unsigned char channel, const VekACData &data);
     void memoryDataStarting();
     void memoryDataErased(bool erased);
-    void experimentCompleted(unsigned char channel, VekExperimentEnd end, const QString &reason);
+    void experimentCompleted(unsigned char channel, const QString &reason);
+    void experimentEnded(unsigned char channel, VekExperimentEnd end, const QString &reason); ///< with the above
     void experimentPaused(unsigned char channel);
     void experimentResumed(unsigned char channel);
     void deviceNotification(unsigned char channel, QString text);
@@ -308,6 +309,7 @@ protected:
     static bool hasExperimentData(const ChannelHandler &channel);
     /// Tells the end of an experiment by what the instrument says of it.
     void tellEnd(unsigned char channel, const QByteArray &payload);
+    void tellEnd(unsigned char channel, VekExperimentEnd end, const QString &reason);
 
     const Clock &_clock;
     InstrumentInfo _info;

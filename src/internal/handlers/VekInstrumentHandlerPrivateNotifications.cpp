@@ -118,7 +118,13 @@ void VekInstrumentHandlerPrivate::endRun(ChannelHandler &channel)
 void VekInstrumentHandlerPrivate::tellEnd(unsigned char channel, const QByteArray &payload)
 {
     const ExpStopType_t type = recordFromBytes<ExperimentDoneRecord_t>(payload).stopType;
-    Q_EMIT experimentCompleted(channel, experimentEndOf(type), getStopMessage(type));
+    tellEnd(channel, experimentEndOf(type), getStopMessage(type));
+}
+
+void VekInstrumentHandlerPrivate::tellEnd(unsigned char channel, VekExperimentEnd end, const QString &reason)
+{
+    Q_EMIT experimentCompleted(channel, reason);
+    Q_EMIT experimentEnded(channel, end, reason);
 }
 
 void VekInstrumentHandlerPrivate::onExperimentPaused(unsigned char channel)
@@ -166,7 +172,7 @@ void VekInstrumentHandlerPrivate::takeStartVerdict(unsigned char channel, PCcomm
         member->capacity.endExperiment();
         member->setIdealConfig();
     }
-    Q_EMIT experimentCompleted(channel, refusalOf(code), reason);
+    tellEnd(channel, refusalOf(code), reason);
 }
 
 void VekInstrumentHandlerPrivate::beginNode(unsigned char channel, const QByteArray &payload, const NodeRules &rules)

@@ -1,5 +1,7 @@
 #pragma once
 
+// For sources alone: headers would give these names to everybody who has constants of the same names.
+
 #include <limits>
 
 constexpr double pi = 3.14159265358979323846;
