@@ -16,6 +16,7 @@ PROGRAMS = [
     "expansion-benchmark",
     "hex-benchmark",
     "frame-benchmark",
+    "fourier-benchmark",
 ]
 
 
