@@ -17,6 +17,7 @@ PROGRAMS = [
     "hex-benchmark",
     "frame-benchmark",
     "fourier-benchmark",
+    "version-benchmark",
 ]
 
 

@@ -46,10 +46,11 @@ const char *findMagic(const char *bytes, const char *end)
     return bytes;
 }
 
-Frame frameAt(const char *bytes, int payloadSize)
+void readFrame(Frame &frame, const char *bytes, int payloadSize)
 {
-    return {Notifications_t(static_cast<signed char>(bytes[2])), static_cast<unsigned char>(bytes[3]),
-            QByteArray(bytes + frameHeaderSize, payloadSize)};
+    frame.type = Notifications_t(static_cast<signed char>(bytes[2]));
+    frame.channel = static_cast<unsigned char>(bytes[3]);
+    frame.payload = QByteArray(bytes + frameHeaderSize, payloadSize);
 }
 
 /// Takes bytes off the front. Unlike QByteArray::remove() keeps the memory, which the next arrival would ask for again.
@@ -83,7 +84,8 @@ QVector<Frame> takeFrames(QByteArray &buffer, quint32 &skipped)
             break;
         if (frames.isEmpty())
             frames.reserve(static_cast<int>(end - header) / frameSize); // the others are often as long
-        frames.append(frameAt(header, payloadSize));
+        frames.append(Frame());                                         // filled in place, which spares a move
+        readFrame(frames.last(), header, payloadSize);
         position += frameSize;
     }
     cutFront(buffer, static_cast<int>(position - buffer.constData())); // once for each arrival, not once for each frame
