@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <optional>
 #include <random>
 
 namespace {
@@ -75,22 +74,23 @@ bool isWithinDeviation(const char *form, const FourierKernel &kernel)
     return worst <= largestDeviation;
 }
 
-TableRow rowOf(const char *form, const FourierKernel &kernel, double aim)
+/// Analyses a record as often as makes up for its size.
+template <typename Analyse>
+TableRow::Work repeatedly(int samples, Analyse analyse)
 {
-    TableRow row(std::string("Fourier, ") + form, "scalar reference", {Aim::TimesFasterAtLeast, aim});
-    for (const int samples : recordSizes) {
-        const Record record = recordOf(samples);
-        row.addCase(
-            std::string(form) + ", " + std::to_string(samples) + " samples",
-            [record, &kernel, calls = recordSizes[3] / samples] {
-                for (int call = 0; call < calls; ++call)
-                    benchmark::DoNotOptimize(librarySpectra(record, kernel));
-            },
-            [record, calls = recordSizes[3] / samples] {
-                for (int call = 0; call < calls; ++call)
-                    benchmark::DoNotOptimize(plainSpectra(record));
-            });
-    }
+    return [record = recordOf(samples), calls = 100000 / samples, analyse] {
+        for (int call = 0; call < calls; ++call)
+            benchmark::DoNotOptimize(analyse(record));
+    };
+}
+
+TableRow rowOf(const std::string &form, const FourierKernel &kernel, double aim, const std::vector<int> &sizes)
+{
+    TableRow row("Fourier, " + form, "scalar reference", {Aim::TimesFasterAtLeast, aim});
+    for (const int samples : sizes)
+        row.addCase(form + " " + std::to_string(samples),
+                    repeatedly(samples, [&kernel](const Record &record) { return librarySpectra(record, kernel); }),
+                    repeatedly(samples, plainSpectra));
     return row;
 }
 
@@ -98,15 +98,19 @@ TableRow rowOf(const char *form, const FourierKernel &kernel, double aim)
 
 int main(int argc, char **argv)
 {
-    TableRow baseline = rowOf("baseline x86-64", baselineKernel, 5);
-    std::vector<TableRow *> rows = {&baseline};
+    const std::vector<int> shortest = {100};
+    const std::vector<int> others = {1000, 10000, 100000};
+    std::vector<TableRow> rows;
+    rows.push_back(rowOf("baseline x86-64", baselineKernel, 5, others));
+    rows.push_back(rowOf("baseline x86-64, 100 samples", baselineKernel, 5, shortest));
     bool isWithin = isWithinDeviation("baseline", baselineKernel);
-    std::optional<TableRow> avx2;
     if (isAvx2Usable()) {
-        avx2 = rowOf("AVX2", *avx2Kernel, 7);
-        rows.push_back(&*avx2);
+        rows.push_back(rowOf("AVX2", *avx2Kernel, 5, others));
         isWithin = isWithinDeviation("AVX2", *avx2Kernel) && isWithin;
     }
-    const int result = measureRows(argc, argv, rows);
+    std::vector<TableRow *> measured;
+    for (TableRow &row : rows)
+        measured.push_back(&row);
+    const int result = measureRows(argc, argv, measured);
     return isWithin ? result : 1;
 }
