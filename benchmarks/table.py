@@ -19,6 +19,8 @@ PROGRAMS = [
     "frame-benchmark",
     "dc-record-benchmark",
     "delta-packet-benchmark",
+    "fourier-benchmark",
+    "version-benchmark",
 ]
 
 
