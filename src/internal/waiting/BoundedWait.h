@@ -50,8 +50,6 @@ public:
     WaitEnd exec();
 
 private:
-    void beat();
-
     QObject _context; ///< undoes the connections, and takes back what is queued
     QEventLoop _loop;
     std::unique_ptr<Alarm> _alarm;
