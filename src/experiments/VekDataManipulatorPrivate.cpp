@@ -61,7 +61,7 @@ void VekDataManipulatorPrivate::loadPulseSample(const VekDCData &data, bool isOn
         storeBase(data, false);
 }
 
-// Deliberate: the two levels are the other way round than for the other types.
+// The other way round than for the other types. See compatibility.md, levels of a square wave.
 void VekDataManipulatorPrivate::loadSquareWaveSample(const VekDCData &data, bool isOnPulse)
 {
     if (!isOnPulse) {

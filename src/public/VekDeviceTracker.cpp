@@ -58,7 +58,7 @@ VekErrorCode VekDeviceTracker::connectToDevice(const QString &deviceName)
     for (const QSerialPortInfo &port : ports) {
         if (_private->nameFromActiveComport(port.portName()) == deviceName)
             return VekErrorCode::Success;
-        // Deliberate: the first port that answers ends the search, whatever stands behind it.
+        // Whatever stands behind it. See compatibility.md, first port ends the search.
         if (const auto result = _private->connectToPort(port.portName(), deviceName))
             return *result;
     }
