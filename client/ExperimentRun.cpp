@@ -125,11 +125,11 @@ void ExperimentRun::noteAc(const VekACData &data)
     Q_EMIT progressed();
 }
 
-void ExperimentRun::noteEnd(const QString &reason)
+void ExperimentRun::noteEnd(VekExperimentEnd end, const QString &reason)
 {
     if (_isInterrupted)
         finish(RunState::Interrupted, reason, Interrupted);
-    else if (reason == QLatin1String("Experiment completed"))
+    else if (end == VekExperimentEnd::Completed)
         finish(RunState::Completed, reason, Done);
     else
         finish(RunState::Stopped, reason, Refused);

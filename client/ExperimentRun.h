@@ -4,6 +4,7 @@
 #include "RunProgress.h"
 #include "RunRecorder.h"
 #include "VekErrorCode.h"
+#include "VekExperimentEnd.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -52,7 +53,7 @@ public:
     void noteElement(const VekExperimentNode &node);
     void noteDc(const VekDCData &data);
     void noteAc(const VekACData &data);
-    void noteEnd(const QString &reason);
+    void noteEnd(VekExperimentEnd end, const QString &reason);
     void tellDeviceError(const QString &text) const;
     void noteLoss();
     /// @}

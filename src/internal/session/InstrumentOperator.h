@@ -20,7 +20,6 @@
 #include <memory>
 #include <vector>
 
-class QSemaphore;
 class SerialCommunicator;
 class VekCompRange;
 enum class WaitEnd;
@@ -212,12 +211,11 @@ private:
     static const Road _roads[];
 
     const Clock &_clock;
-    SerialCommunicator *_communicator;     // stays on the thread that made it
-    QObject *_communicatorOwner;           // its parent, on the same thread
-    QList<AckInfo> _acks;                  // received and not yet claimed
-    std::shared_ptr<QSemaphore> _ackGuard; // one resource; guards _acks
-    QMutex _waitsGuard;                    // guards _waits and what they have been told
-    QList<Wait *> _waits;                  // under way, on whatever thread
+    SerialCommunicator *_communicator; // stays on the thread that made it
+    QObject *_communicatorOwner;       // its parent, on the same thread
+    QMutex _guard;                     // guards the next two, and what the waits have been told
+    QList<AckInfo> _acks;              // received and not yet claimed
+    QList<Wait *> _waits;              // under way, on whatever thread
     std::atomic<int> _lastMark{0};
     std::atomic<FirmwareErrorCode> _uploadVerdict{FW_SUCCESS};
     std::atomic<bool> _connected; // read on the client's thread too
