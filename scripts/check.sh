@@ -17,7 +17,7 @@ Checks the tree without building it; without CHECK, by all of these:
   licence     each source says SPDX-License-Identifier: MIT in its first lines
   tidy        C++ sources have no fault that .clang-tidy asks for; only those that differ from REF, unless told otherwise
 
-  --all       tidy looks at all sources of the library, the programs and the simulator (an hour on two cores)
+  --all       tidy looks at all sources of the library, the programs and the simulator (half an hour on two idle cores)
   --short     tidy looks at the sources that decide what a cell is driven with
   --base REF  tidy looks at what differs from REF; if not given, from where the branch left main
 

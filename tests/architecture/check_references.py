@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Holds what comments and pages point at against what is there.
 
-- "See compatibility.md, ROW." in a source names a row of docs/compatibility.md, and each row is named by some source.
+- "See compatibility.md, ROW." in a source names a row of docs/compatibility.md, and each row is named by some source;
+  a comment that calls something deliberate has to name one.
 - A link of a page leads to a file, and to a heading where it names one.
 - A test that a page names, `TestX` or `TestX::function`, exists, and so does a `scripts/...` or `docs/...` file.
 """
@@ -52,6 +53,10 @@ def check_rows(top, faults):
             named.add(row)
             if row is None:
                 faults.append(f"{path}:{line_of(text, found.start())}: docs/compatibility.md has no row \"{found[1]}\"")
+        for found in re.finditer(r"(?://|\*).*\bdeliberate(?:ly)?\b", text, re.IGNORECASE):
+            if not path.startswith("tests/"):
+                faults.append(f"{path}:{line_of(text, found.start())}: deliberate for whom? name a row of "
+                              "docs/compatibility.md instead")
     faults += [f"docs/compatibility.md: no source points at \"{row}\"" for row in sorted(rows - named)]
     return len(rows)
 
