@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+// See compatibility.md, code of a refused pulse type.
 VekErrorCode VekDataManipulatorPrivate::setPulseType(VekPulseType type, double width, double period)
 {
     if (type != DifferentialPulse && type != NormalPulse)

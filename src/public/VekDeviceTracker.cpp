@@ -39,6 +39,7 @@ VekDeviceTracker::VekDeviceTracker() : _private(new VekDeviceTrackerPrivate(this
     connect(_private, &VekDeviceTrackerPrivate::deviceConnected, this, &VekDeviceTracker::newDeviceConnected);
 }
 
+// See compatibility.md, tracker that can be copied.
 VekDeviceTracker::VekDeviceTracker(const VekDeviceTracker &) : QObject(), _private(nullptr)
 {
 }

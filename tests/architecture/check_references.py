@@ -14,7 +14,7 @@ import sys
 
 SOURCES = re.compile(r"\.(cpp|h)$")
 REFERENCE = re.compile(r"compatibility\.md(.*)(?=\n(.*))")
-ROW = re.compile(r"^\| (?!row\b|-)([^|]+?) \|", re.MULTILINE)
+ROW = re.compile(r"^\| (?!row \||-)([^|]+?) \|", re.MULTILINE)
 LINK = re.compile(r"\]\(([^)\s#]*)(#[^)\s]+)?\)")
 TEST = re.compile(r"`(Test\w+)(?:::(\w+))?`")
 FILE = re.compile(r"\b((?:scripts|docs)/[\w./-]+\.(?:sh|py|md|json))\b")
@@ -52,7 +52,7 @@ def check_rows(top, faults):
             row = row_named(found[1], found[2], rows)
             named.add(row)
             if row is None:
-                faults.append(f"{path}:{line_of(text, found.start())}: docs/compatibility.md has no row \"{found[1]}\"")
+                faults.append(f"{path}:{line_of(text, found.start())}: docs/compatibility.md has no row \"{found[1].strip(', ')}\"")
         for found in re.finditer(r"(?://|\*).*\bdeliberate(?:ly)?\b", text, re.IGNORECASE):
             if not path.startswith("tests/"):
                 faults.append(f"{path}:{line_of(text, found.start())}: deliberate for whom? name a row of "
@@ -99,7 +99,7 @@ def check_names(top, page, text, tests, faults):
 
 
 def all_tests(top):
-    sources = listed(top, "tests/**/*.cpp", "tests/**/*.h", "tests/**/CMakeLists.txt")
+    sources = listed(top, "tests/*.cpp", "tests/*.h", "tests/*CMakeLists.txt")
     text = "\n".join((top / each).read_text(encoding="utf-8") for each in sources)
     return {"names": set(re.findall(r"\bTest\w+", text)), "text": text}
 

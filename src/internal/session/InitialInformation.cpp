@@ -197,7 +197,7 @@ VekErrorCode InitialInformation::validateFirmware(SerialCommunicator &link, Inst
 {
     const bool isEcho = !testForEcho(link);
     if (isEcho)
-        return VekErrorCode::Unknown;
+        return VekErrorCode::Unknown; // see compatibility.md, echo is unknown
     if (doHandShake(link))
         return notConnected(noPing);
     if (getHardwareVersion(link, info))
