@@ -120,8 +120,8 @@ constexpr std::array<quint8, 256> digitValues = [] {
     for (quint8 &value : values)
         value = noDigit;
     for (quint8 value = 0; value < 16; ++value) {
-        values[std::size_t("0123456789ABCDEF"[value])] = value;
-        values[std::size_t("0123456789abcdef"[value])] = value;
+        values[quint8("0123456789ABCDEF"[value])] = value;
+        values[quint8("0123456789abcdef"[value])] = value;
     }
     return values;
 }();
