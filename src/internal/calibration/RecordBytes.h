@@ -12,7 +12,7 @@ template <class Record>
 Record recordAt(const char *bytes)
 {
     static_assert(std::is_trivially_copyable<Record>::value, "a record is plain bytes");
-    Record record; // NOLINT(cppcoreguidelines-pro-type-member-init): the next line sets all of it
+    Record record;
     std::memcpy(static_cast<void *>(&record), bytes, sizeof record);
     return record;
 }
@@ -25,7 +25,7 @@ template <class Record>
 Record recordFromBytes(const char *bytes, int size)
 {
     static_assert(std::is_trivially_copyable<Record>::value, "a record is plain bytes");
-    Record record; // NOLINT(cppcoreguidelines-pro-type-member-init): the next line sets all of it
+    Record record;
     std::memset(static_cast<void *>(&record), 0, sizeof record); // not the record's defaults: zeros
     if (bytes && size > 0)
         std::memcpy(&record, bytes, std::min(sizeof record, static_cast<std::size_t>(size)));
