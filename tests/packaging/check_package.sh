@@ -85,6 +85,7 @@ cmake --build "$root/readme/build" >/dev/null
 echo "== consumer by pkg-config"
 libdir=$(dirname "$(find "$root/usr" -name nimbrelle.pc)")/..
 export PKG_CONFIG_PATH=$libdir/pkgconfig
+# shellcheck disable=SC2046 # flags are words
 "$compiler" -std=c++17 -fPIC $flags "$source/tests/packaging/consumer/main.cpp" -o "$root/consumer-pc" \
     $(pkg-config --cflags --libs nimbrelle)
 LD_LIBRARY_PATH=$libdir "$root/consumer-pc"

@@ -41,7 +41,7 @@ Q_SIGNALS:
     void BootloaderInfoReceived(BootloaderInfo const &info);
     void FirmwareCrcReceived(unsigned short crc);
     void FlashErased();
-    void FlashProgramed();
+    void FlashProgramed(); // see compatibility.md, inner names
 
 private:
     void DataReceived(QByteArray const &data);

@@ -226,7 +226,7 @@ VekErrorCode VekInstrumentHandlerPrivate::setManualModeCurrentRange(unsigned cha
 {
     if (const VekErrorCode refusal = checkManual(channel))
         return refusal;
-    return sendCurrentRange(channel, static_cast<quint8>(range)); // deliberate: cut before it is checked
+    return sendCurrentRange(channel, static_cast<quint8>(range)); // see compatibility.md, current range cut to a byte
 }
 
 VekErrorCode VekInstrumentHandlerPrivate::sendCurrentRange(unsigned char channel, quint8 range)

@@ -126,7 +126,7 @@ std::complex<double> completed(const std::vector<float> &samples, const Window &
     const int last = window.last();
     const float fraction = window.partialStep();
     const float lastWeight = (0.5f * fraction - 0.5f) * (samples[std::size_t(last)] - samples[0]);
-    // Deliberate: the tail is taken at angle 0 instead of the window's end, so it adds to the real part alone.
+    // See compatibility.md, tail at angle 0.
     const float tail = 0.5f * fraction * sampleBehind(samples, last);
     const double re = cosSum + double(lastWeight * lastAngle.real()) + double(tail);
     const double im = sinSum + double(lastWeight * lastAngle.imag());

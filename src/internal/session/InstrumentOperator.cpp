@@ -88,7 +88,7 @@ public:
     // For wakeWaits(), which holds the guard.
     void wake(WaitEnd reason) { _wait.endSoon(reason); }
     bool isAnsweredBy(const AckInfo &ack) const { return ack.answersSameCommand(_wanted); }
-    /// Deliberate: the first one counts, be it of another channel, as only one channel is uploaded to at a time.
+    /// Of whatever channel: see compatibility.md, first acknowledged node.
     bool takesNodeAck(const AckInfo &ack)
     {
         if (_wanted.command != ack.command)
@@ -456,8 +456,8 @@ void InstrumentOperator::wakeWaits(Condition condition, WaitEnd reason)
 }
 
 /**
- * An acknowledgement that comes after the wait is left to the next one for the same command. That is accepted: entries
- * carry no sequence. The passes give one that a held thread kept back the time to come through.
+ * An acknowledgement that comes after the wait is left to the next one for the same command: see compatibility.md, late
+ * acknowledgements. The passes give one that a held thread kept back the time to come through.
  */
 bool InstrumentOperator::waitForAcknowledgment(Wait &wait, const AckInfo &wanted, int milliseconds)
 {

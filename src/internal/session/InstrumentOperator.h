@@ -125,8 +125,8 @@ public:
     /// @{
     void requestSDcardCalibrationHeader();
     void requestNextCalibrationData();
-    void requesFlashCalibrationData(unsigned char channel);
-    /// Waits a fixed 500 ms, after which the record counts as written.
+    void requesFlashCalibrationData(unsigned char channel); // see compatibility.md, inner names
+    /// Returns when the record counts as written. See compatibility.md, five hundred milliseconds.
     void writeCalDataToDevice(unsigned char channel, const QByteArray &record);
     void writeCalFileHeaderToSDCard(unsigned char channel, const QByteArray &header);
     void calFileDataAppendToSDCard(unsigned char channel, const QByteArray &data);
@@ -144,7 +144,7 @@ Q_SIGNALS:
     void experimentNodeCompleted(unsigned char channel, const QByteArray &data);
     void experimentDCDataReceived(unsigned char channel, const QByteArray &data);
     void experimentACDataReceived(unsigned char channel, const QByteArray &data);
-    void acDataSampleFinshed(unsigned char channel);
+    void acDataSampleFinshed(unsigned char channel); // see compatibility.md, inner names
     void acDataInvalidated(unsigned char channel, const QByteArray &data);
     void experimentCompleted(unsigned char channel, const QByteArray &data);
     void experimentPaused(unsigned char channel);
@@ -169,6 +169,7 @@ Q_SIGNALS:
     void appendExperimentNodeAcked(unsigned char channel);
     void acknowledge(unsigned char channel, PCcommand_t command);
     void acktoExperimentStart(unsigned char channel, const FirmwareErrorCode &code);
+    // See compatibility.md, inner names.
     void acktoManualStart(unsigned char channel, const FirmwareErrorCode &code);
     void acktoManualOcpSet(unsigned char channel, const FirmwareErrorCode &code);
     void acktoManualCurrentRangeSet(unsigned char channel, const FirmwareErrorCode &code);
