@@ -11,7 +11,7 @@ template <class Handler>
 class DrivenHandler : public Handler
 {
 public:
-    explicit DrivenHandler(const InstrumentInfo &info) : Handler(info), _fresh(info.calibration)
+    DrivenHandler(const InstrumentInfo &info, const Clock &clock) : Handler(info, clock), _fresh(info.calibration)
     {
         QThread *const here = QThread::currentThread();
         QMetaObject::invokeMethod(

@@ -271,7 +271,7 @@ void TestLink::waitForBytesSentFromAnotherThreadWhileDataStreamIn()
 
 void TestLink::aSlowReceiverHoldsTheLinkBackAndLosesNothing()
 {
-    constexpr int sent = 2000000;
+    constexpr int sent = 1400000;
     constexpr qint64 bound = 12000000;
     constexpr qint64 oneRead = 65536 + 10; // what a read may bring beyond the bound, and the rest of a frame before it
     FakeInstrument instrument;
