@@ -63,6 +63,7 @@ private Q_SLOTS:
     void rightsMayComeLate();
     void onlyRefusedRightsAreWaitedFor_data();
     void onlyRefusedRightsAreWaitedFor();
+    void deafDeviceIsWrittenToOnce();
     void announcedUpdatesAreTakenInOrder();
     void announcedDeviceMayComeAfterABatch();
     void twoModelsAtOnceGetTheirOwnImages();
@@ -247,6 +248,20 @@ void TestHidBootloader::onlyRefusedRightsAreWaitedFor()
     QCOMPARE(hostClock.now() - before, isWaitedFor ? 2000 : 0);
     QVERIFY(!isWaitedFor || _bus.device(path).refusedOpens < 990); // tried again and again
     QCOMPARE(_bus.openDevices(), 0);
+}
+
+/// Each write blocks for seconds, which would add up over the reports of an image.
+void TestHidBootloader::deafDeviceIsWrittenToOnce()
+{
+    _bus.onBlockedWrite = [] { hostClock.step(5000); };
+    Device device;
+    device.takesNoReports = true;
+    _bus.plug(path, device);
+    {
+        HidCommunicator communicator(path);
+        communicator.SendData(QByteArray(1000, 'x'));
+    }
+    QCOMPARE(_bus.device(path).writes, 1);
 }
 
 void TestHidBootloader::announcedUpdatesAreTakenInOrder()
