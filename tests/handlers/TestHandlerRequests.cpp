@@ -394,7 +394,11 @@ void TestHandlerRequests::uploadCountsAnswersThatWaited()
     if (!isClientHeld)
         connect(
             bench->handler.get(), &VekInstrumentHandlerPrivate::groundFloatStateChanged, bench->handler.get(),
-            [&] { bench->clock.step(1000); }, Qt::DirectConnection);
+            [&] {
+                waitForPostedEvent(); // the answer
+                bench->clock.step(1000);
+            },
+            Qt::DirectConnection);
     bench->instrument.on(PC_NODE_APPEND, [&](const FakeInstrument::Command &command) {
         if (!isClientHeld)
             bench->instrument.send(NT_GROUND_FLOAT, 0, wire(quint8(1)));
