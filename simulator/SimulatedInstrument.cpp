@@ -239,7 +239,7 @@ bool SimulatedInstrument::formGroup(int leader)
         return true;
     std::vector<SimulatedChannel *> members;
     for (int bit = 0; bit < 32; ++bit) {
-        const std::size_t channel = std::size_t(leader / 32 * 32 + bit);
+        const std::size_t channel = std::size_t(leader) / 32 * 32 + std::size_t(bit);
         if (link.mask >> bit & 1u && channel < _channels.size())
             members.push_back(_channels[channel].get());
     }

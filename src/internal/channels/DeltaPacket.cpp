@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstring>
 
 namespace {
@@ -36,11 +37,13 @@ void sumUp(const char *packet, char *unpacked)
 {
     std::array<quint32, 2> pair = {wordAt(packet), wordAt(packet + sizeof(quint32))}; // unsigned, so that sums wrap
     std::memcpy(unpacked, pair.data(), pairSize);
+    constexpr std::ptrdiff_t differenceSize = 2 * width;
     const char *difference = packet + pairSize;
-    for (int i = 1; i < pairCount; ++i, difference += 2 * width) {
+    for (int i = 1; i < pairCount; ++i, difference += differenceSize) {
         pair[0] += differenceAt<width>(difference);
         pair[1] += differenceAt<width>(difference + width);
-        std::memcpy(unpacked + i * pairSize, pair.data(), pairSize);
+        unpacked += pairSize;
+        std::memcpy(unpacked, pair.data(), pairSize);
     }
 }
 
