@@ -1,109 +1,71 @@
 #include "calibration/Records.h"
-#include "elements/ChargeDischargeElement.h"
-#include "elements/ConstantCurrentAdvElement.h"
-#include "elements/ConstantCurrentElement.h"
-#include "elements/ConstantPotAdvElement.h"
-#include "elements/ConstantPotElement.h"
-#include "elements/ConstantPowerElement.h"
-#include "elements/ConstantResistanceElement.h"
-#include "elements/CyclicVoltammetryElement.h"
-#include "elements/DCCurrentSweepElement.h"
-#include "elements/DCPotentialSweepElement.h"
-#include "elements/DiffPulseVoltammetryElement.h"
-#include "elements/EISGalvanostaticElement.h"
-#include "elements/EISPotentiostaticElement.h"
-#include "elements/MottSchottkyElement.h"
-#include "elements/NodeList.h"
-#include "elements/NormalPulseVoltammetryElement.h"
-#include "elements/OpenCircuitElement.h"
-#include "elements/SquareWaveVoltammetryElement.h"
-#include "elements/StaircasePotentialVoltammetryElement.h"
-#include "elements/SteppedCurrent.h"
-#include "elements/SteppedVoltage.h"
-#include "hardware_models/HardwareVersion.h"
+#include "elements/Elements.h"
+#include "elements/NodeText.h"
 #include "support/TestMain.h"
 
 #include <cstring>
 
-using Floats = QVector<float>;
-
 namespace {
-
-constexpr float infinity = std::numeric_limits<float>::infinity();
 
 /// A channel whose range r holds 1.6 A / 10^r, and 10.9, 5.4, 1.0 and 0.5 V.
 CalibrationData calibration()
 {
-    cal_v4 record = {};
-    record.calMagic = CalMagic::v4;
+    cal_v4 record = roundMainRecord();
     record.maxACSignal = 32000.0f;
     record.weStage2Gain = record.weStage3Gain = record.iStage2Gain = record.iStage3Gain = 1.0f;
     for (int i = 0; i < 3; ++i)
         record.weStage1Gain[i] = record.iStage1Gain[i] = 1.0f;
-    const float codesPerVolt[] = {3000.0f, 6000.0f, 32000.0f, 64000.0f};
-    std::copy(std::begin(codesPerVolt), std::end(codesPerVolt), record.vCtrlGain);
+    record.vCtrlGain[2] = 32000.0f;
+    record.vCtrlGain[3] = 64000.0f;
     record.eweGainBase = 1.0f; // reading limits no range
-    float decade = 1.0f;
-    for (int i = 0; i < 10; ++i, decade *= 10.0f) {
-        record.iCtrlGain[i] = 20000.0f * decade;
-        record.currentGain[i] = 0.00005f / decade;
-    }
+    for (float &gain : record.currentGain)
+        gain /= 10.0f;
     return calibrated(HardwareModel_t::Alder_2_5, record);
 }
 
 NodeList nodesOf(const AbstractBuilderElement &element, HardwareModel_t model = HardwareModel_t::Alder_2_5)
 {
-    HardwareVersion hardware;
-    hardware.hwModel = model;
-    return element.GetNodesData(calibration(), hardware);
+    return element.GetNodesData(calibration(), hardwareOf(model));
 }
 
-Floats parametersOf(const Node &node)
+float parameter(const Node &node, int index)
 {
-    Floats values(8);
-    std::memcpy(values.data(), node.hwNode.parameters, sizeof node.hwNode.parameters);
-    return values;
-}
-
-qint16 wordAt(const Node &node, int offset)
-{
-    qint16 value;
-    std::memcpy(&value, reinterpret_cast<const char *>(&node.hwNode) + offset, sizeof value);
+    float value;
+    std::memcpy(&value, node.hwNode.parameters + 4 * index, sizeof value);
     return value;
 }
 
-/// Q for a quiet time, else "type from>to"; loops as "loop jump x count", marks for new steps (s) and cycles (c).
+/// Q for a quiet time, else "from>to"; loops as "loop jump x count", marks for new steps (s) and cycles (c).
 QString outline(const NodeList &list)
 {
     QStringList words;
     for (const auto &node : list.getNodeList()) {
-        const Floats values = parametersOf(*node);
-        const NodeType_t type = node->hwNode.nodeType();
-        QString word;
+        const int from = node->hwNode.nodeType() == NodeType_t::SweepVoltage ? 2 : 1;
+        QString word = QStringLiteral("%1>%2").arg(parameter(*node, from)).arg(parameter(*node, from + 1));
         if (node->hwNode.flags2 & NodeFlag2::quietTime)
             word = QStringLiteral("Q");
-        else if (type == NodeType_t::Loop)
+        else if (node->hwNode.nodeType() == NodeType_t::Loop)
             word = QStringLiteral("loop %1x%2").arg(node->hwNode.jump).arg(node->hwNode.repeats);
-        else
-            word = QStringLiteral("%1>%2")
-                       .arg(values[type == NodeType_t::SweepVoltage ? 2 : 1])
-                       .arg(values[type == NodeType_t::SweepVoltage ? 3 : 2]);
-        words += word + (node->newSubStep ? QStringLiteral("s") : QString()) +
-                 (node->newCycle ? QStringLiteral("c") : QString());
+        words += word + QLatin1String(node->newSubStep ? "s" : "") + QLatin1String(node->newCycle ? "c" : "");
     }
     return words.join(QStringLiteral(", "));
 }
 
-CyclicVoltammetryElement cyclic(double start, double first, double second, double end, quint32 cycles)
+template <class Voltammetry>
+Voltammetry along(const QVector<double> &path, unsigned cycles, double quietTime)
 {
-    CyclicVoltammetryElement element;
-    element.startVoltage = start;
-    element.firstVoltageLimit = first;
-    element.secondVoltageLimit = second;
-    element.endVoltage = end;
-    element.numberOfCycles = cycles;
-    element.dEdt = 0.1;
-    return element;
+    return with(Voltammetry(), &Voltammetry::startVoltage, path[0], &Voltammetry::firstVoltageLimit, path[1],
+                &Voltammetry::secondVoltageLimit, path[2], &Voltammetry::endVoltage, path[3],
+                &Voltammetry::numberOfCycles, cycles, &Voltammetry::quietTime, quietTime);
+}
+
+/// Pulses from 0.25 V to 1 V vs OCP after a quiet time.
+template <class Pulses>
+Pulses train(const Pulses &pulses)
+{
+    return with(pulses, &Pulses::startVoltage, 0.25, &Pulses::endVoltage, 1, &Pulses::endVoltageVsOCP, true,
+                &Pulses::vStep, 0.125, &Pulses::quietTime, 2, &Pulses::autoRange, false, &Pulses::approxMaxCurrent,
+                0.01);
 }
 
 } // namespace
@@ -114,234 +76,186 @@ class TestElementNodes : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void constantCurrentSetsItsLimits();
-    void constantCurrentWithAFilterSamplesFast();
-    void constantCurrentSamplesTwiceASecond();
-    void constantPotential();
-    void plainConstantPotential();
-    void constantPotentialByPseudoControl();
-    void openCircuit();
-    void sweepsAfterAQuietTime();
-    void sweepsAtOnceWithoutAQuietTime();
-    void stepsPotentialAndCurrent();
+    void makes_data();
+    void makes();
     void cyclicLegs_data();
     void cyclicLegs();
-    void cyclicRangeHoldsAllPotentials();
-    void staircaseContinuesAfterItsFirstLeg();
-    void pulseTimes_data();
-    void pulseTimes();
-    void impedance();
-    void mottSchottkySteps();
-    void mottSchottkyWithoutQuietTimes();
-    void constantPower_data();
-    void constantPower();
-    void constantResistance();
-    void chargeThenDischarge();
-    void dischargeFirstOnGale();
+    void kindsOfData();
 };
 
-void TestElementNodes::constantCurrentSetsItsLimits()
+void TestElementNodes::makes_data()
 {
-    ConstantCurrentAdvElement element;
-    element.current = -0.1;
-    element.maxDuration = 60;
-    element.maxVoltage = 4.2;
-    element.minVoltage = 3;
-    element.maxCapacity = -12;
-    element.autoRange = element.autoVoltageRange = false;
-    element.approxMaxCurrent = 0.01; // the current itself is larger
-    element.approxMaxVoltage = -5;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(list.size(), 1);
-    const ExpNode_t &node = list[0]->hwNode;
-    QCOMPARE(parametersOf(*list[0]), (Floats{0.5f, -0.1f, 0, 0, 0, 0, 0, 0}));
-    QCOMPARE(list[0]->downsampleFactor, 2u);
-    QCOMPARE(int(node.ranges), 0x11);
-    QCOMPARE(int(node.flags), 0x30);
-    QCOMPARE(node.timeLimit, 60.0f);
-    QCOMPARE(node.vLimitMin, 3.0f);
-    QCOMPARE(node.vLimitMax, 4.2f);
-    QCOMPARE(node.chargeLimit, 12.0f);
-    QCOMPARE(list[0]->stepName, QStringLiteral("Constant Current"));
-    QVERIFY(list[0]->newSubStep);
-    QCOMPARE(list[0]->voltageDifferent, -double(infinity));
+    QTest::addColumn<Element>("element");
+    QTest::addColumn<HardwareModel_t>("model");
+    QTest::addColumn<QStringList>("nodes");
+    const auto row = [](const char *name, const AbstractBuilderElement &element, const QStringList &nodes,
+                        HardwareModel_t model = HardwareModel_t::Alder_2_5) {
+        QTest::newRow(name) << element.clone() << model << nodes;
+    };
+
+    row("constant current, whose range also holds the current itself",
+        with(Current(), &Current::current, -0.1, &Current::maxDuration, 60, &Current::maxVoltage, 4.2,
+             &Current::minVoltage, 3, &Current::maxCapacity, -12, &Current::autoRange, false,
+             &Current::autoVoltageRange, false, &Current::approxMaxCurrent, 0.01, &Current::approxMaxVoltage, -5),
+        {"1s Constant Current: 5(0.5 -0.1), ranges 11, 3..4.2 V, 60 s, 12 C, every 2, filter -inf"});
+    row("constant current with a filter samples fast",
+        with(Current(), &Current::samplingInterval, 10, &Current::minSamplingVoltageDifference, 0.005),
+        {"1s Constant Current: 5(0.0002), 0 s, filter 0.005"});
+    row("constant current samples twice a second",
+        with(ConstantCurrentElement(), &ConstantCurrentElement::samplingInterval, 10),
+        {"1s Constant Current: 5(0.5), 0 s, every 20"});
+
+    const auto plainHold = with(ConstantPotElement(), &ConstantPotElement::potential, -0.5,
+                                &ConstantPotElement::samplingInterval, 3, &ConstantPotElement::maxDuration, 12);
+    row("constant potential", plainHold, {"1s Constant Potential: 4(1 -0.5), 12 s, every 3"});
+    row("constant potential vs OCP", with(plainHold, &ConstantPotElement::voltageVsOCP, true),
+        {"1s Constant Potential: 4(1 -0.5), flags 34, 12 s, every 3"});
+    row("constant potential with limits",
+        with(Hold(), &Hold::potential, 1.5, &Hold::voltageVsOCP, true, &Hold::samplingInterval, 10, &Hold::maxDuration,
+             30, &Hold::maxAbsoluteCurrent, -0.5, &Hold::minAbsoluteCurrent, 0.1, &Hold::maxCapacity, -24,
+             &Hold::mindIdt, -2, &Hold::autoRange, false, &Hold::approxMaxCurrent, 0.01, &Hold::voltageRange, 3),
+        {"1s Constant Potential: 4(1 1.5 2), ranges 32, flags 34, 0.1..0.5 A, 30 s, 24 C, every 10"});
+    const auto pseudo = with(Hold(), &Hold::samplingInterval, 10, &Hold::pseudoControl, true);
+    row("pseudo control, which keeps its interval", with(pseudo, &Hold::pseudoValue, -0.25),
+        {"1s Constant Potential: 40(10 0 0 0 -0.25), 0 s"});
+    row("pseudo control of a charge", with(pseudo, &Hold::pseudoValue, 0.25),
+        {"1s Constant Potential: 40(10 0 0 0 0.25 #1), 0 s"});
+    row("no pseudo control on a cycler", pseudo, {"1s Constant Potential: 4(1), 0 s, every 10"}, HardwareModel_t::Gale);
+    row("open circuit",
+        with(Rest(), &Rest::maxDuration, 5, &Rest::autoVoltageRange, false, &Rest::maxVoltage, -0.4, &Rest::minVoltage,
+             -1, &Rest::mindVdt, -0.25),
+        {"1s Open Circuit Potential: 1(1 0 0 0.25), ranges 3f, -1..-0.4 V, 5 s"});
+
+    row("potential sweep after a quiet time",
+        with(Sweep(), &Sweep::quietTime, 7, &Sweep::quietTimeSamplingInterval, 3, &Sweep::startingPot, 0.25,
+             &Sweep::startVoltageVsOCP, true, &Sweep::endingPot, 1, &Sweep::scanRate, 0.125, &Sweep::alphaFactor, 0.5,
+             &Sweep::autoRange, false, &Sweep::approxMaxCurrent, 0.01, &Sweep::maxAbsoluteCurrent, 0.5),
+        {"1s Quiet Time: 4(1 0.25), ranges f2, flags 34, flags2 7, 7 s, every 3",
+         "2s Potential Linear Sweep: 2(1 0.5 0.25 1 0.125), ranges f2, flags 34, 0..0.5 A"});
+    const auto currentSweep = with(CurrentSweep(), &CurrentSweep::startingCurrent, -0.5, &CurrentSweep::endingCurrent,
+                                   0.5, &CurrentSweep::scanRate, 0.25, &CurrentSweep::maxVoltage, 2);
+    row("current sweep", currentSweep, {"1s Current Linear Sweep: 3(1 1 -0.5 0.5 0.25), -inf..2 V"});
+    row("current sweep after a quiet time", with(currentSweep, &CurrentSweep::quietTime, 1),
+        {"1s Quiet Time: 5(1 -0.5), flags2 7, 1 s", "2s Current Linear Sweep: 3(1 1 -0.5 0.5 0.25), -inf..2 V"});
+    row("stepped voltage, at its 0 A in the smallest range",
+        with(SteppedVoltage(), &SteppedVoltage::endVoltage, 1, &SteppedVoltage::endVoltageVsOCP, true,
+             &SteppedVoltage::stepSize, 0.25, &SteppedVoltage::stepDuration, 4, &SteppedVoltage::samplingInterval, 0.5,
+             &SteppedVoltage::autoRange, false),
+        {"1s Stepped Voltage: 34(0.5 0 1 0.25 4), ranges f7, flags 38"});
+    row("stepped current",
+        with(SteppedCurrent(), &SteppedCurrent::endCurrent, 1, &SteppedCurrent::stepSize, 0.25,
+             &SteppedCurrent::samplingInterval, 3, &SteppedCurrent::approxMaxVoltage, 3,
+             &SteppedCurrent::approxMinVoltage, -2),
+        {"1s Stepped Current: 35(1 0 1 0.25 1), -2..3 V, every 3"});
+
+    row("cyclic voltammetry, whose range holds all potentials", // 5 V needs range 1, the others range 3 or 2
+        with(along<Cyclic>({0.25, 5, -0.75, 0.25}, 1, 1), &Cyclic::dEdt, 0.1, &Cyclic::autoRange, false,
+             &Cyclic::approxMaxCurrent, 0.001),
+        {"1s Quiet Time: 4(1 0.25), ranges 13, flags2 7, 1 s", "2sc Cyclic Voltammetry: 2(1 1 0.25 5 0.1), ranges 13",
+         "2 Cyclic Voltammetry: 2(1 1 5 -0.75 0.1), ranges 13",
+         "2 Cyclic Voltammetry: 2(1 1 -0.75 0.25 0.1), ranges 13"});
+    row("cyclic voltammetry, its start and vertex apart by their flags",
+        with(along<Cyclic>({0.5, 0.75, -0.75, -0.75}, 1, 0), &Cyclic::firstVoltageLimit, 0.5,
+             &Cyclic::firstVoltageLimitVsOCP, true),
+        {"1sc Cyclic Voltammetry: 2(1 1 0.5 0.5), ranges 2f, flags 38",
+         "1 Cyclic Voltammetry: 2(1 1 0.5 -0.75), ranges 2f, flags 34"});
+    row("staircase voltammetry, each leg but the first continued",
+        with(along<Staircase>({0, 1, -1, 0}, 3, 0), &Staircase::stepSize, 0.25, &Staircase::stepDuration, 3,
+             &Staircase::samplingInterval, 0.5),
+        {"1s Staircase Voltammetry: 34(0.5 0 1 0.25 3), ranges f7",
+         "1c Staircase Voltammetry: 34(0.5 1 -1 0.25 3 #1), ranges f7",
+         "1 Staircase Voltammetry: 34(0.5 -1 1 0.25 3 #1), ranges f7", "1 : 20(), to -2, x2, 0 s",
+         "1c Staircase Voltammetry: 34(0.5 1 -1 0.25 3 #1), ranges f7",
+         "1 Staircase Voltammetry: 34(0.5 -1 0 0.25 3 #1), ranges f7"});
+
+    const QString quietBeforePulses = QStringLiteral("1s Quiet Time: 4(1 0.25), ranges f2, flags2 7, 2 s");
+    row("normal pulses", train(with(NormalPulses(), &NormalPulses::pulseWidth, 0.25)),
+        {quietBeforePulses,
+         "2s NP Potential Voltammetry: 6(0.25 1 0 0.125 0.5625 0.75 0.1875 0.25), ranges f2, flags 38"});
+    row("differential pulses",
+        train(with(DiffPulses(), &DiffPulses::pulseWidth, 0.25, &DiffPulses::pulseHeight, 0.0625)),
+        {quietBeforePulses,
+         "2s DP Potential Voltammetry: 8(0.25 1 0.0625 0.125 0.5625 0.75 0.1875 0.25), ranges f2, flags 38"});
+    row("square wave", train(with(SquareWave(), &SquareWave::pulseAmp, 0.0625, &SquareWave::pulseFreq, 10)),
+        {quietBeforePulses,
+         "2s SW Potential Voltammetry: 10(0.25 1 0.0625 0.125 0.0375 0.05 0.0375 0.05), ranges f2, flags 38"});
+
+    row("potentiostatic EIS",
+        with(VoltageEis(), &VoltageEis::startFreq, 1000, &VoltageEis::endFreq, 10, &VoltageEis::stepsPerDecade, 1,
+             &VoltageEis::biasVoltage, 0.25, &VoltageEis::biasVoltageVsOCP, true, &VoltageEis::amplitude, 0.125,
+             &VoltageEis::timeSeriesData, true, &VoltageEis::quietTime, 1),
+        {"1s Quiet Time: 4(1 0.25), flags 34, flags2 7, 1 s",
+         "2st Potentiostatic EIS: 16(0.25 0.125 1000 10 0.1 2 0.5), flags 34"});
+    row("galvanostatic EIS, 20 mA at its largest: range 1 holds it, range 2 ends at 16 mA",
+        with(CurrentEis(), &CurrentEis::startFreq, 10, &CurrentEis::endFreq, 1000, &CurrentEis::stepsPerDecade, 1,
+             &CurrentEis::biasCurrent, -0.012, &CurrentEis::amplitude, 0.008, &CurrentEis::quietTime, 1),
+        {"1s Quiet Time: 5(1 -0.012), ranges f1, flags2 7, 1 s",
+         "2s Galvanostatic EIS: 17(-0.012 0.008 10 1000 10 2 0.5)"});
+    row("Mott-Schottky",
+        with(MottSchottky(), &MottSchottky::quietTime, 1, &MottSchottky::stepQuietTime, 2,
+             &MottSchottky::startingPotential, 1, &MottSchottky::endingPotential, 0, &MottSchottky::voltageStep, -0.25),
+        {"1s Quiet Time: 4(1 1), flags2 7, 1 s", "2s Mott Schottky: 16(1 10 10 1 0.7943282 2 0.5)",
+         "3s Quiet Time: 4(1 0.75), flags2 7, 2 s", "4s Mott Schottky: 16(0.75 10 10 1 0.7943282 2 0.5)",
+         "4 Quiet Time: 31(0.75 0 -0.25 #1fffe), to 1, 0 s",     // aims at the hold
+         "4 Quiet Time: 31(0.75 0 -0.25 #15fffe), to -3, 0 s"}); // aims at the sweep
+    row("Mott-Schottky without quiet times, cut at its end",
+        with(MottSchottky(), &MottSchottky::endingPotential, 0.05, &MottSchottky::voltageStep, 0.1),
+        {"1s Mott Schottky: 16(0 10 10 1 0.7943282 2 0.5)", "2s Mott Schottky: 16(0.05 10 10 1 0.7943282 2 0.5)",
+         "2 Quiet Time: 31(0.05 0.05 0.1 #15ffff), to -1, 0 s"});
+    row("Mott-Schottky on the spot",
+        with(MottSchottky(), &MottSchottky::endingPotential, 0, &MottSchottky::quietTime, 1),
+        {"1s Quiet Time: 4(1), flags2 7, 1 s", "2s Mott Schottky: 16(0 10 10 1 0.7943282 2 0.5)"});
+
+    const QString limits = QStringLiteral(", flags 70, -inf..inf A");
+    const auto told = [](double power, bool isCharge) {
+        return with(Power(), &Power::power, power, &Power::isChargeSet, true, &Power::isCharge, isCharge);
+    };
+    row("positive power",
+        with(Power(), &Power::power, 5, &Power::maxVoltage, 4, &Power::minVoltage, 3, &Power::maximumVoltageVsOCP, true,
+             &Power::minCurrent, -2, &Power::maxCurrent, 1, &Power::maxDuration, 60, &Power::maxCapacity, 30),
+        {"1s Constant Power Charge: 14(1 5), flags 72, -2..1 A, 3..4 V, 60 s, 30 C"});
+    row("no power", Power(), {"1s Constant Power Charge: 14(1)" + limits});
+    row("negative power", with(Power(), &Power::power, -5), {"1s Constant Power Discharge: 14(1 -5)" + limits});
+    row("discharge is told", told(5, false), {"1s Constant Power Discharge: 14(1 -5)" + limits});
+    row("charge is told", told(-5, true), {"1s Constant Power Charge: 14(1 5)" + limits});
+    row("constant resistance",
+        with(Resistance(), &Resistance::resistance, 50, &Resistance::minVoltage, 3, &Resistance::minimumVoltageVsOCP,
+             true),
+        {"1s Constant Resistance Discharge: 13(1 50), flags 71, -inf..inf A, 3..inf V"});
+
+    const Half charge = with(Half(), &Half::current, -0.5, &Half::voltage, 4.25, &Half::endCurrent, 0.125,
+                             &Half::durationTotal, 100); // which ends the current, not the potential
+    const Half discharge = with(Half(), &Half::current, 0.25, &Half::voltage, 3, &Half::endCurrent, 0.0625,
+                                &Half::durationCC, 40, &Half::durationCV, 20);
+    const Battery battery = with(Battery(), &Battery::charge, charge, &Battery::discharge, discharge);
+    const QString currentCharge =
+        QStringLiteral("1s Constant Current Charge: 5(0.5 0.5), -300..4.25 V, 100 s, every 2, filter -inf");
+    const QString currentDischarge =
+        QStringLiteral("2s Constant Current Discharge: 5(0.5 -0.25), 3..300 V, 40 s, every 2, filter -inf");
+    row("three cycles of charge and discharge", with(battery, &Battery::cycles, 3, &Battery::restDuration, 5),
+        {"1c : 21(0 0 #4), to 1, x65535, -inf..4.25 V", currentCharge,
+         "1 Constant Potential Charge: 40(1 4.25 0 0 0.5 #1), flags 40, 0.125..inf A, 100 s",
+         "1r Rest Period: 1(0.5), 5 s, every 2", currentDischarge,
+         "2 Constant Potential Discharge: 40(1 3 0 0 -0.25), flags 50, -inf..-0.0625 A, 20 s",
+         "2r Rest Period: 1(0.5), 5 s, every 2", "2 : 20(), to -7, x3, 0 s"});
+    const Battery discharged = with(battery, &Battery::chargeFirst, false);
+    row("discharge first, on a cycler, with loops of no pass for rests", discharged,
+        {"1c : 21(0 0 #4), to 1, x65535, 3..inf V", currentDischarge,
+         "2 Constant Potential Discharge: 4(0.5 3), flags 50, -inf..-0.0625 A, 20 s, every 2",
+         "2r Rest Period: 20(), x0, 0 s", currentCharge,
+         "1 Constant Potential Charge: 4(0.5 4.25), flags 40, 0.125..inf A, 100 s, every 2",
+         "1r Rest Period: 20(), x0, 0 s"},
+        HardwareModel_t::Gale);
+    row("discharge first, without constant potentials", with(discharged, &Battery::skipConstantVoltage, true),
+        {"1c : 21(0 0 #3), to 1, x65535, 3..inf V", currentDischarge, "2r Rest Period: 20(), x0, 0 s", currentCharge,
+         "1r Rest Period: 20(), x0, 0 s"});
 }
 
-void TestElementNodes::constantCurrentWithAFilterSamplesFast()
+void TestElementNodes::makes()
 {
-    ConstantCurrentAdvElement element;
-    element.samplingInterval = 10;
-    element.minSamplingVoltageDifference = 0.005;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(parametersOf(*list[0])[0], 0.0002f);
-    QCOMPARE(list[0]->voltageDifferent, 0.005);
-    QCOMPARE(int(list[0]->hwNode.ranges), 0xFF);
-}
-
-void TestElementNodes::constantCurrentSamplesTwiceASecond()
-{
-    ConstantCurrentElement element;
-    element.samplingInterval = 10;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(parametersOf(*list[0])[0], 0.5f);
-    QCOMPARE(list[0]->downsampleFactor, 20u);
-}
-
-void TestElementNodes::constantPotential()
-{
-    ConstantPotAdvElement element;
-    element.potential = 1.5;
-    element.voltageVsOCP = true;
-    element.samplingInterval = 10;
-    element.maxDuration = 30;
-    element.maxAbsoluteCurrent = -0.5;
-    element.minAbsoluteCurrent = 0.1;
-    element.maxCapacity = -24;
-    element.mindIdt = -2;
-    element.autoRange = false;
-    element.approxMaxCurrent = 0.01;
-    element.voltageRange = 3;
-    const NodeList list = nodesOf(element);
-    const ExpNode_t &node = list[0]->hwNode;
-    QCOMPARE(parametersOf(*list[0]), (Floats{1, 1.5f, 2, 0, 0, 0, 0, 0}));
-    QCOMPARE(list[0]->downsampleFactor, 10u);
-    QCOMPARE(int(node.ranges), 0x32);
-    QCOMPARE(int(node.flags), 0x34);
-    QCOMPARE(node.iLimitMin, 0.1f);
-    QCOMPARE(node.iLimitMax, 0.5f);
-    QCOMPARE(node.timeLimit, 30.0f);
-    QCOMPARE(node.chargeLimit, 24.0f);
-}
-
-void TestElementNodes::plainConstantPotential()
-{
-    ConstantPotElement element;
-    element.potential = -0.5;
-    element.voltageVsOCP = true;
-    element.samplingInterval = 3;
-    element.maxDuration = 12;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(list.size(), 1);
-    QCOMPARE(parametersOf(*list[0]), (Floats{1, -0.5f, 0, 0, 0, 0, 0, 0}));
-    QCOMPARE(list[0]->downsampleFactor, 3u);
-    const ExpNode_t &node = list[0]->hwNode;
-    QCOMPARE(int(node.type), 4);
-    QCOMPARE(int(node.flags), 0x34);
-    QCOMPARE(int(node.ranges), 0xFF);
-    QCOMPARE(node.timeLimit, 12.0f);
-    QCOMPARE(list[0]->stepName, QStringLiteral("Constant Potential"));
-    QVERIFY(list[0]->newSubStep);
-    element.voltageVsOCP = false;
-    QCOMPARE(int(nodesOf(element)[0]->hwNode.flags), 0x30);
-}
-
-void TestElementNodes::constantPotentialByPseudoControl()
-{
-    ConstantPotAdvElement element;
-    element.samplingInterval = 10;
-    element.pseudoControl = true;
-    element.pseudoValue = -0.25;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(int(list[0]->hwNode.type), 40);
-    // The interval of this type stays: the longest period leaves it alone.
-    QCOMPARE(parametersOf(*list[0]), (Floats{10, 0, 0, 0, -0.25f, 0, 0, 0}));
-    QCOMPARE(list[0]->downsampleFactor, 1u);
-    QCOMPARE(int(nodesOf(element, HardwareModel_t::Gale)[0]->hwNode.type), 4);
-}
-
-void TestElementNodes::openCircuit()
-{
-    OpenCircuitElement element;
-    element.maxDuration = 5;
-    element.autoVoltageRange = false;
-    element.maxVoltage = -0.4;
-    element.minVoltage = -1;
-    element.mindVdt = -0.25;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(parametersOf(*list[0]), (Floats{1, 0, 0, 0.25f, 0, 0, 0, 0}));
-    QCOMPARE(int(list[0]->hwNode.ranges), 0x3F);
-    QCOMPARE(list[0]->hwNode.vLimitMax, -0.4f);
-    QCOMPARE(list[0]->hwNode.vLimitMin, -1.0f);
-}
-
-void TestElementNodes::sweepsAfterAQuietTime()
-{
-    DCPotentialSweepElement element;
-    element.quietTime = 7;
-    element.quietTimeSamplingInterval = 3;
-    element.startingPot = 0.25;
-    element.startVoltageVsOCP = true;
-    element.endingPot = 1;
-    element.scanRate = 0.125;
-    element.alphaFactor = 0.5;
-    element.autoRange = false;
-    element.approxMaxCurrent = 0.01;
-    element.maxAbsoluteCurrent = 0.5;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(list.size(), 2);
-
-    const ExpNode_t &quiet = list[0]->hwNode;
-    QCOMPARE(int(quiet.type), 4);
-    QCOMPARE(parametersOf(*list[0]), (Floats{1, 0.25f, 0, 0, 0, 0, 0, 0}));
-    QCOMPARE(list[0]->downsampleFactor, 3u);
-    QCOMPARE(quiet.timeLimit, 7.0f);
-    QCOMPARE(int(quiet.flags), 0x34);
-    QCOMPARE(int(quiet.flags2), 0x07);
-    QCOMPARE(int(quiet.ranges), 0xF2);
-    QCOMPARE(list[0]->stepName, QStringLiteral("Quiet Time"));
-
-    const ExpNode_t &sweep = list[1]->hwNode;
-    QCOMPARE(parametersOf(*list[1]), (Floats{1, 0.5f, 0.25f, 1, 0.125f, 0, 0, 0}));
-    QCOMPARE(int(sweep.flags), 0x34);
-    QCOMPARE(int(sweep.flags2), 0x03);
-    QCOMPARE(int(sweep.ranges), 0xF2);
-    QCOMPARE(sweep.iLimitMax, 0.5f);
-    QCOMPARE(sweep.timeLimit, infinity);
-    QCOMPARE(list[1]->stepNumber, 2);
-}
-
-void TestElementNodes::sweepsAtOnceWithoutAQuietTime()
-{
-    DCCurrentSweepElement element;
-    element.startingCurrent = -0.5;
-    element.endingCurrent = 0.5;
-    element.scanRate = 0.25;
-    element.maxVoltage = 2;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(list.size(), 1);
-    QCOMPARE(parametersOf(*list[0]), (Floats{1, 1, -0.5f, 0.5f, 0.25f, 0, 0, 0}));
-    QCOMPARE(list[0]->hwNode.vLimitMax, 2.0f);
-
-    element.quietTime = 1;
-    const NodeList withQuietTime = nodesOf(element);
-    QCOMPARE(int(withQuietTime[0]->hwNode.type), 5);
-    QCOMPARE(parametersOf(*withQuietTime[0])[1], -0.5f);
-}
-
-void TestElementNodes::stepsPotentialAndCurrent()
-{
-    SteppedVoltage voltage;
-    voltage.endVoltage = 1;
-    voltage.endVoltageVsOCP = true;
-    voltage.stepSize = 0.25;
-    voltage.stepDuration = 4;
-    voltage.samplingInterval = 0.5;
-    voltage.autoRange = false; // with its 0 A, the smallest range
-    const NodeList steps = nodesOf(voltage);
-    QCOMPARE(parametersOf(*steps[0]), (Floats{0.5f, 0, 1, 0.25f, 4, 0, 0, 0}));
-    QCOMPARE(int(steps[0]->hwNode.flags), 0x38);
-    QCOMPARE(int(steps[0]->hwNode.ranges), 0xF7);
-
-    SteppedCurrent current;
-    current.endCurrent = 1;
-    current.stepSize = 0.25;
-    current.approxMaxVoltage = 3;
-    current.approxMinVoltage = -2;
-    const NodeList currentSteps = nodesOf(current);
-    QCOMPARE(int(currentSteps[0]->hwNode.type), 35);
-    QCOMPARE(currentSteps[0]->hwNode.vLimitMax, 3.0f);
-    QCOMPARE(currentSteps[0]->hwNode.vLimitMin, -2.0f);
-    QCOMPARE(int(currentSteps[0]->hwNode.flags), 0x30);
+    QFETCH(const Element, element);
+    QFETCH(const HardwareModel_t, model);
+    QTEST(textOf(nodesOf(*element, model)), "nodes");
 }
 
 void TestElementNodes::cyclicLegs_data()
@@ -350,17 +264,15 @@ void TestElementNodes::cyclicLegs_data()
     QTest::addColumn<unsigned>("cycles");
     QTest::addColumn<double>("quietTime");
     QTest::addColumn<QString>("legs");
-    using Path = QVector<double>;
-    QTest::newRow("three cycles") << Path{0, 1, -1, 0.5} << 3u << 2.0
-                                  << QStringLiteral("Qs, 0>1s, 1>-1c, -1>1, loop -2x2, 1>-1c, -1>0.5");
-    QTest::newRow("two cycles") << Path{0, 1, -1, 0.5} << 2u << 0.0
-                                << QStringLiteral("0>1s, 1>-1c, -1>1, loop -2x1, 1>-1c, -1>0.5");
-    QTest::newRow("one cycle") << Path{0, 1, -1, 0.5} << 1u << 0.0 << QStringLiteral("0>1sc, 1>-1, -1>0.5");
-    QTest::newRow("one cycle from a vertex") << Path{1, 1, -1, 0.5} << 1u << 0.0 << QStringLiteral("1>-1c, -1>0.5");
-    QTest::newRow("one cycle to a vertex") << Path{1, 1, -1, -1} << 1u << 0.0 << QStringLiteral("1>-1c");
-    QTest::newRow("two cycles between vertices")
-        << Path{1, 1, -1, -1} << 2u << 0.0 << QStringLiteral("1>-1c, -1>1, loop -2x1, 1>-1c");
-    QTest::newRow("no cycle is one cycle") << Path{1, 1, -1, -1} << 0u << 0.0 << QStringLiteral("1>-1c");
+    const auto row = [](const char *name, const QVector<double> &path, unsigned cycles, double quietTime,
+                        const char *legs) { QTest::newRow(name) << path << cycles << quietTime << QString(legs); };
+    row("three cycles", {0, 1, -1, 0.5}, 3, 2, "Qs, 0>1s, 1>-1c, -1>1, loop -2x2, 1>-1c, -1>0.5");
+    row("two cycles", {0, 1, -1, 0.5}, 2, 0, "0>1s, 1>-1c, -1>1, loop -2x1, 1>-1c, -1>0.5");
+    row("one cycle", {0, 1, -1, 0.5}, 1, 0, "0>1sc, 1>-1, -1>0.5");
+    row("one cycle from a vertex", {1, 1, -1, 0.5}, 1, 0, "1>-1c, -1>0.5");
+    row("one cycle to a vertex", {1, 1, -1, -1}, 1, 0, "1>-1c");
+    row("two cycles between vertices", {1, 1, -1, -1}, 2, 0, "1>-1c, -1>1, loop -2x1, 1>-1c");
+    row("no cycle is one cycle", {1, 1, -1, -1}, 0, 0, "1>-1c");
 }
 
 void TestElementNodes::cyclicLegs()
@@ -368,315 +280,15 @@ void TestElementNodes::cyclicLegs()
     QFETCH(const QVector<double>, path);
     QFETCH(const unsigned, cycles);
     QFETCH(const double, quietTime);
-    CyclicVoltammetryElement sweeps = cyclic(path[0], path[1], path[2], path[3], cycles);
-    sweeps.quietTime = quietTime;
-    QTEST(outline(nodesOf(sweeps)), "legs");
-
-    StaircasePotentialVoltammetryElement steps;
-    steps.startVoltage = path[0];
-    steps.firstVoltageLimit = path[1];
-    steps.secondVoltageLimit = path[2];
-    steps.endVoltage = path[3];
-    steps.numberOfCycles = cycles;
-    steps.quietTime = quietTime;
-    QTEST(outline(nodesOf(steps)), "legs");
+    QTEST(outline(nodesOf(along<Cyclic>(path, cycles, quietTime))), "legs");
+    QTEST(outline(nodesOf(along<Staircase>(path, cycles, quietTime))), "legs");
 }
 
-void TestElementNodes::cyclicRangeHoldsAllPotentials()
+void TestElementNodes::kindsOfData()
 {
-    // 5 V needs range 1, the others range 3 or 2.
-    CyclicVoltammetryElement element = cyclic(0.25, 5, -0.75, 0.25, 1);
-    element.quietTime = 1;
-    element.autoRange = false;
-    element.approxMaxCurrent = 0.001;
-    for (const auto &node : nodesOf(element).getNodeList())
-        QCOMPARE(int(node->hwNode.ranges), 0x13);
-
-    // Only the flags differ: the first leg is needed.
-    CyclicVoltammetryElement flagged = cyclic(1, 1, -1, -1, 1);
-    flagged.firstVoltageLimitVsOCP = true;
-    QCOMPARE(outline(nodesOf(flagged)), QStringLiteral("1>1sc, 1>-1"));
-}
-
-void TestElementNodes::staircaseContinuesAfterItsFirstLeg()
-{
-    StaircasePotentialVoltammetryElement element;
-    element.firstVoltageLimit = 1;
-    element.secondVoltageLimit = -1;
-    element.stepSize = 0.25;
-    element.stepDuration = 3;
-    element.samplingInterval = 0.5;
-    element.numberOfCycles = 2;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(parametersOf(*list[0]).mid(0, 5), (Floats{0.5f, 0, 1, 0.25f, 3}));
-    QList<int> continued;
-    for (const auto &node : list.getNodeList())
-        if (node->hwNode.nodeType() == NodeType_t::StepVoltage)
-            continued += node->hwNode.parameters[20];
-    QCOMPARE(continued, QList<int>({0, 1, 1, 1, 1}));
-    QCOMPARE(int(list[0]->hwNode.ranges), 0xF7); // not automatic, with its 0 A the smallest range
-    QCOMPARE(list[1]->stepName, QStringLiteral("Staircase Voltammetry"));
-}
-
-void TestElementNodes::pulseTimes_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<Floats>("parameters");
-    QTest::newRow("normal") << 6 << Floats{0.25f, 1, 0, 0.125f, 0.375f, 0.5f, 0.375f, 0.5f};
-    QTest::newRow("differential") << 8 << Floats{0.25f, 1, 0.0625f, 0.125f, 0.375f, 0.5f, 0.375f, 0.5f};
-    QTest::newRow("square wave") << 10 << Floats{0.25f, 1, 0.0625f, 0.125f, 0.0375f, 0.05f, 0.0375f, 0.05f};
-}
-
-template <class Pulse>
-static NodeList pulseNodesOf(Pulse element)
-{
-    element.startVoltage = 0.25;
-    element.endVoltage = 1;
-    element.endVoltageVsOCP = true;
-    element.vStep = 0.125;
-    element.quietTime = 2;
-    element.autoRange = false;
-    element.approxMaxCurrent = 0.01;
-    return nodesOf(element);
-}
-
-void TestElementNodes::pulseTimes()
-{
-    QFETCH(const int, type);
-    DiffPulseVoltammetryElement differential;
-    differential.pulseHeight = 0.0625;
-    SquareWaveVoltammetryElement square;
-    square.pulseAmp = 0.0625;
-    square.pulseFreq = 10;
-    const NodeList list = type == 6   ? pulseNodesOf(NormalPulseVoltammetryElement())
-                          : type == 8 ? pulseNodesOf(differential)
-                                      : pulseNodesOf(square);
-    QCOMPARE(list.size(), 2);
-    QCOMPARE(list[0]->stepName, QStringLiteral("Quiet Time"));
-    QCOMPARE(parametersOf(*list[0])[1], 0.25f);
-    QCOMPARE(int(list[1]->hwNode.type), type);
-    QCOMPARE(int(list[1]->hwNode.flags), 0x38);
-    QCOMPARE(int(list[1]->hwNode.ranges), 0xF2);
-    QCOMPARE(list[1]->hwNode.timeLimit, infinity);
-    QTEST(parametersOf(*list[1]), "parameters");
-}
-
-void TestElementNodes::impedance()
-{
-    EISPotentiostaticElement potentiostatic;
-    potentiostatic.startFreq = 1000;
-    potentiostatic.endFreq = 10;
-    potentiostatic.stepsPerDecade = 1;
-    potentiostatic.biasVoltage = 0.25;
-    potentiostatic.biasVoltageVsOCP = true;
-    potentiostatic.amplitude = 0.125;
-    potentiostatic.timeSeriesData = true;
-    potentiostatic.quietTime = 1;
-    const NodeList list = nodesOf(potentiostatic);
-    QCOMPARE(list.size(), 2);
-    QCOMPARE(parametersOf(*list[1]), (Floats{0.25f, 0.125f, 1000, 10, 0.1f, 2, 0.5f, 0}));
-    QCOMPARE(int(list[1]->hwNode.flags), 0x34);
-    QVERIFY(list[1]->timeSeriesData && !list[0]->timeSeriesData);
-    QCOMPARE(potentiostatic.GetTypes(), QList<quint8>({0}));
-
-    EISGalvanostaticElement galvanostatic;
-    galvanostatic.stepsPerDecade = 1;
-    galvanostatic.biasCurrent = -0.012; // 20 mA at its largest: range 1 holds it, range 2 ends at 16 mA
-    galvanostatic.amplitude = 0.008;
-    galvanostatic.quietTime = 1;
-    const NodeList quietList = nodesOf(galvanostatic);
-    QCOMPARE(int(quietList[0]->hwNode.type), 5);
-    QCOMPARE(int(quietList[0]->hwNode.ranges & 0x0F), 1);
-    QCOMPARE(int(quietList[1]->hwNode.ranges), 0xFF);
-}
-
-void TestElementNodes::mottSchottkySteps()
-{
-    MottSchottkyElement element;
-    element.quietTime = 1;
-    element.stepQuietTime = 2;
-    element.startingPotential = 1;
-    element.endingPotential = 0;
-    element.voltageStep = -0.25;
-    const NodeList list = nodesOf(element);
-    QList<int> types;
-    for (const auto &node : list.getNodeList())
-        types += node->hwNode.type;
-    QCOMPARE(types, QList<int>({4, 16, 4, 16, 31, 31}));
-    QCOMPARE(parametersOf(*list[1])[0], 1.0f);
-    QCOMPARE(parametersOf(*list[2])[1], 0.75f);
-    QCOMPARE(parametersOf(*list[3])[0], 0.75f);
-    for (const int position : {4, 5}) {
-        QCOMPARE(parametersOf(*list[position]).mid(0, 3), (Floats{0.75f, 0, -0.25f}));
-        QVERIFY(!list[position]->newSubStep);
-    }
-    QCOMPARE(wordAt(*list[4], 20), qint16(-2)); // at the hold
-    QCOMPARE(wordAt(*list[4], 22), qint16(1));
-    QCOMPARE(int(list[4]->hwNode.jump), 1);
-    QCOMPARE(wordAt(*list[5], 20), qint16(-2)); // at the sweep
-    QCOMPARE(wordAt(*list[5], 22), qint16(21));
-    QCOMPARE(int(list[5]->hwNode.jump), -3);
-    QCOMPARE(element.GetTypes(), QList<quint8>({1, 0}));
-}
-
-void TestElementNodes::mottSchottkyWithoutQuietTimes()
-{
-    MottSchottkyElement element;
-    element.endingPotential = 0.05;
-    element.voltageStep = 0.1;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(list.size(), 3);
-    QCOMPARE(parametersOf(*list[1])[0], 0.05f); // cut at the end
-    QCOMPARE(wordAt(*list[2], 20), qint16(-1));
-    QCOMPARE(int(list[2]->hwNode.jump), -1);
-
-    element.endingPotential = element.startingPotential;
-    element.quietTime = 1;
-    QCOMPARE(nodesOf(element).size(), 2);
-}
-
-void TestElementNodes::constantPower_data()
-{
-    QTest::addColumn<double>("power");
-    QTest::addColumn<int>("direction"); // 1 charge, -1 discharge, 0 not set
-    QTest::addColumn<float>("signedPower");
-    QTest::addColumn<QString>("name");
-    const QString charge = QStringLiteral("Constant Power Charge");
-    const QString discharge = QStringLiteral("Constant Power Discharge");
-    QTest::newRow("positive") << 5.0 << 0 << 5.0f << charge;
-    QTest::newRow("zero") << 0.0 << 0 << 0.0f << charge;
-    QTest::newRow("negative") << -5.0 << 0 << -5.0f << discharge;
-    QTest::newRow("discharge is told") << 5.0 << -1 << -5.0f << discharge;
-    QTest::newRow("charge is told") << -5.0 << 1 << 5.0f << charge;
-}
-
-void TestElementNodes::constantPower()
-{
-    QFETCH(const double, power);
-    QFETCH(const int, direction);
-    ConstantPowerElement element;
-    element.power = power;
-    element.isChargeSet = direction != 0;
-    element.isCharge = direction == 1;
-    element.maxVoltage = 4;
-    element.minVoltage = 3;
-    element.maximumVoltageVsOCP = true;
-    element.minCurrent = -2;
-    element.maxCurrent = 1;
-    element.maxDuration = 60;
-    element.maxCapacity = 30;
-    const NodeList list = nodesOf(element);
-    const ExpNode_t &node = list[0]->hwNode;
-    QTEST(parametersOf(*list[0])[1], "signedPower");
-    QTEST(list[0]->stepName, "name");
-    QCOMPARE(int(node.flags), 0x72);
-    QCOMPARE(node.iLimitMin, -2.0f);
-    QCOMPARE(node.iLimitMax, 1.0f);
-    QCOMPARE(node.vLimitMin, 3.0f);
-    QCOMPARE(node.vLimitMax, 4.0f);
-    QCOMPARE(node.timeLimit, 60.0f);
-    QCOMPARE(node.chargeLimit, 30.0f);
-}
-
-void TestElementNodes::constantResistance()
-{
-    ConstantResistanceElement element;
-    element.resistance = 50;
-    element.minVoltage = 3;
-    element.minimumVoltageVsOCP = true;
-    const NodeList list = nodesOf(element);
-    QCOMPARE(int(list[0]->hwNode.type), 13);
-    QCOMPARE(parametersOf(*list[0])[1], 50.0f);
-    QCOMPARE(int(list[0]->hwNode.flags), 0x71);
-    QCOMPARE(list[0]->hwNode.iLimitMin, -infinity);
-}
-
-static ChargeDischargeElement batteryCycle()
-{
-    ChargeDischargeElement element;
-    element.cycles = 3;
-    element.charge.current = -0.5;
-    element.charge.voltage = 4.25;
-    element.charge.endCurrent = 0.125;
-    element.charge.durationTotal = 100;
-    element.discharge.current = 0.25;
-    element.discharge.voltage = 3;
-    element.discharge.endCurrent = 0.0625;
-    element.discharge.durationCC = 40;
-    element.discharge.durationCV = 20;
-    element.restDuration = 5;
-    return element;
-}
-
-void TestElementNodes::chargeThenDischarge()
-{
-    const NodeList list = nodesOf(batteryCycle());
-    QCOMPARE(list.size(), 8);
-    const ExpNode_t &branch = list[0]->hwNode;
-    QCOMPARE(int(branch.type), 21);
-    QCOMPARE(int(branch.jump), 1);
-    QCOMPARE(wordAt(*list[0], 16), qint16(4));
-    QCOMPARE(branch.vLimitMin, -infinity);
-    QCOMPARE(branch.vLimitMax, 4.25f);
-    QVERIFY(list[0]->newCycle);
-
-    const ExpNode_t &charge = list[1]->hwNode;
-    QCOMPARE(parametersOf(*list[1]).mid(0, 2), (Floats{0.5f, 0.5f}));
-    QCOMPARE(charge.vLimitMin, -300.0f);
-    QCOMPARE(charge.vLimitMax, 4.25f);
-    QCOMPARE(charge.timeLimit, 100.0f);
-    QCOMPARE(list[1]->stepName, QStringLiteral("Constant Current Charge"));
-
-    const ExpNode_t &hold = list[2]->hwNode;
-    QCOMPARE(int(hold.type), 40);
-    QCOMPARE(parametersOf(*list[2]).mid(0, 5), (Floats{1, 4.25f, 0, 0, 0.5f}));
-    QCOMPARE(int(hold.parameters[20]), 1);
-    QCOMPARE(int(hold.flags), 0x40); // neither time nor charge ends it
-    QCOMPARE(hold.iLimitMin, 0.125f);
-
-    QCOMPARE(int(list[3]->hwNode.type), 1);
-    QVERIFY(list[3]->restPeriod);
-    QCOMPARE(list[3]->hwNode.timeLimit, 5.0f);
-
-    const ExpNode_t &discharge = list[4]->hwNode;
-    QCOMPARE(parametersOf(*list[4])[1], -0.25f);
-    QCOMPARE(discharge.vLimitMin, 3.0f);
-    QCOMPARE(discharge.vLimitMax, 300.0f);
-    QCOMPARE(discharge.timeLimit, 40.0f);
-    QCOMPARE(list[4]->stepNumber, 2);
-
-    const ExpNode_t &dischargeHold = list[5]->hwNode;
-    QCOMPARE(parametersOf(*list[5])[4], -0.25f);
-    QCOMPARE(int(dischargeHold.parameters[20]), 0);
-    QCOMPARE(int(dischargeHold.flags), 0x50);
-    QCOMPARE(dischargeHold.timeLimit, 20.0f);
-    QCOMPARE(dischargeHold.iLimitMax, -0.0625f);
-
-    QCOMPARE(int(list[7]->hwNode.jump), -7);
-    QCOMPARE(int(list[7]->hwNode.repeats), 3);
-}
-
-void TestElementNodes::dischargeFirstOnGale()
-{
-    ChargeDischargeElement element = batteryCycle();
-    element.chargeFirst = false;
-    element.cycles = 1;
-    element.restDuration = 0;
-    const NodeList list = nodesOf(element, HardwareModel_t::Gale);
-    QCOMPARE(list.size(), 7);
-    QCOMPARE(list[0]->hwNode.vLimitMin, 3.0f);
-    QCOMPARE(list[0]->hwNode.vLimitMax, infinity);
-    QCOMPARE(list[1]->stepName, QStringLiteral("Constant Current Discharge"));
-    QCOMPARE(int(list[2]->hwNode.type), 4);
-    QCOMPARE(int(list[3]->hwNode.type), 20); // no rest: a loop of no pass
-    QCOMPARE(int(list[3]->hwNode.jump), 0);
-    QCOMPARE(int(list[3]->hwNode.repeats), 0);
-
-    element.skipConstantVoltage = true;
-    const NodeList currentOnly = nodesOf(element);
-    QCOMPARE(currentOnly.size(), 5);
-    QCOMPARE(wordAt(*currentOnly[0], 16), qint16(3));
-    QCOMPARE(currentOnly[3]->stepName, QStringLiteral("Constant Current Charge"));
+    QCOMPARE(Sweep().GetTypes(), QList<quint8>({measuresDc}));
+    QCOMPARE(VoltageEis().GetTypes(), QList<quint8>({measuresAc}));
+    QCOMPARE(MottSchottky().GetTypes(), QList<quint8>({measuresDc, measuresAc}));
 }
 
 NIMBRELLE_TEST_MAIN(TestElementNodes)
