@@ -1,5 +1,6 @@
 #include "Console.h"
 
+#include "PrintableText.h"
 #include "TerminalText.h"
 
 #include <QByteArray>

@@ -1,6 +1,5 @@
 #include "ExperimentCheck.h"
 
-#include "Console.h"
 #include "ElementProbe.h"
 #include "ExperimentFile.h"
 #include "ModelWords.h"
@@ -126,12 +125,6 @@ Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &pla
     std::stable_sort(complaints.begin(), complaints.end(),
                      [](const Complaint &left, const Complaint &right) { return left.line < right.line; });
     return complaints;
-}
-
-void tellComplaints(const ExperimentFile &file, const Complaints &complaints)
-{
-    for (const Complaint &complaint : complaints)
-        Console::instance().complaint(withPlace(file.path, complaint));
 }
 
 } // namespace client

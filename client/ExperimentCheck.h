@@ -16,7 +16,4 @@ struct ExperimentFile;
  */
 Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &plan, int modelNumber);
 
-/// Writes complaints to the console, each as "file:line: text".
-void tellComplaints(const ExperimentFile &file, const Complaints &complaints);
-
 } // namespace client

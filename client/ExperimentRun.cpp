@@ -1,6 +1,5 @@
 #include "ExperimentRun.h"
 
-#include "Console.h"
 #include "RunSignals.h"
 #include "Units.h"
 #include "VekInstrumentHandler.h"
@@ -128,22 +127,22 @@ void ExperimentRun::noteAc(const VekACData &data)
 void ExperimentRun::noteEnd(const QString &reason)
 {
     if (_isInterrupted)
-        finish(RunState::Interrupted, reason, Interrupted);
+        finish(RunState::Interrupted, reason);
     else if (reason == QLatin1String("Experiment completed"))
-        finish(RunState::Completed, reason, Done);
+        finish(RunState::Completed, reason);
     else
-        finish(RunState::Stopped, reason, Refused);
+        finish(RunState::Stopped, reason);
 }
 
-void ExperimentRun::tellDeviceError(const QString &text) const
+void ExperimentRun::noteDeviceError(const QString &text)
 {
     if (_state == RunState::Running)
-        Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(_channel), text.simplified()));
+        Q_EMIT troubled(QStringLiteral("channel %1: %2").arg(QString::number(_channel), text.simplified()));
 }
 
 void ExperimentRun::noteLoss()
 {
-    finish(RunState::DeviceLost, QStringLiteral("The connection to the instrument was lost."), NoConnection);
+    finish(RunState::DeviceLost, QStringLiteral("The connection to the instrument was lost."));
 }
 
 void ExperimentRun::onAnswerOverdue()
@@ -153,11 +152,9 @@ void ExperimentRun::onAnswerOverdue()
     };
     if (_isEndAsked)
         return finish(_isInterrupted ? RunState::Interrupted : RunState::Stopped,
-                      silence("The instrument did not confirm the end within %1 s.", endTimeoutMs),
-                      _isInterrupted ? Interrupted : Refused);
+                      silence("The instrument did not confirm the end within %1 s.", endTimeoutMs));
     _handler.stopExperiment(_channel);
-    finish(RunState::Stopped, silence("The instrument did not begin the experiment within %1 s.", beginTimeoutMs),
-           Refused);
+    finish(RunState::Stopped, silence("The instrument did not begin the experiment within %1 s.", beginTimeoutMs));
 }
 
 /// The instrument has begun, so it owes nothing but its end.
@@ -174,15 +171,15 @@ void ExperimentRun::onFlushDue()
         return;
     _hasToldWriteError = true;
     if (_whenUnrecorded == WhenUnrecorded::KeepGoing) {
-        Console::instance().error(QStringLiteral("%1; the experiment goes on").arg(_recorder.error()));
+        Q_EMIT troubled(QStringLiteral("%1; the experiment goes on").arg(_recorder.error()));
         return;
     }
-    Console::instance().error(QStringLiteral("%1; the experiment is stopped").arg(_recorder.error()));
+    Q_EMIT troubled(QStringLiteral("%1; the experiment is stopped").arg(_recorder.error()));
     _isUnrecorded = true;
     askForEnd();
 }
 
-void ExperimentRun::finish(RunState state, const QString &message, ExitCode exitCode)
+void ExperimentRun::finish(RunState state, const QString &message)
 {
     if (_state != RunState::Running)
         return;
@@ -192,8 +189,7 @@ void ExperimentRun::finish(RunState state, const QString &message, ExitCode exit
     _state = state;
     _endMessage = message;
     const bool isRecorded = _recorder.finish(state, message);
-    const bool isDiskToBlame = (!isRecorded && exitCode == Done) || (_isUnrecorded && exitCode == Refused);
-    _exitCode = isDiskToBlame ? LocalFailure : exitCode;
+    _isRecordToBlame = (!isRecorded && state == RunState::Completed) || (_isUnrecorded && state == RunState::Stopped);
     Q_EMIT finished();
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ExitCode.h"
 #include "RunProgress.h"
 #include "RunRecorder.h"
 #include "VekErrorCode.h"
@@ -42,9 +41,10 @@ public:
     /// Share done and time left where the plan knows them, element, step, last voltage and current, points.
     QString progressText() const;
     unsigned char channel() const { return _channel; }
-    ExitCode exitCode() const { return _exitCode; }
     RunState state() const { return _state; }
     QString endMessage() const { return _endMessage; }
+    /// Whether all went well but for the record, or the record is why it was stopped; RunRecorder::error() tells more.
+    bool isRecordToBlame() const { return _isRecordToBlame; }
 
     /// @name What the instrument tells of the channel; RunSignals hands it on
     /// @{
@@ -53,13 +53,15 @@ public:
     void noteDc(const VekDCData &data);
     void noteAc(const VekACData &data);
     void noteEnd(const QString &reason);
-    void tellDeviceError(const QString &text) const;
+    void noteDeviceError(const QString &text);
     void noteLoss();
     /// @}
 
 Q_SIGNALS:
     void finished();
     void progressed();
+    /// What people have to know while the run goes on: an error of the instrument, a disk that takes no more.
+    void troubled(const QString &text);
 
 private Q_SLOTS:
     void onAnswerOverdue();
@@ -69,7 +71,7 @@ private:
     void askForEnd();
     QString planWords() const;
     void noteSignOfLife();
-    void finish(RunState state, const QString &message, ExitCode exitCode);
+    void finish(RunState state, const QString &message);
 
     const VekInstrumentHandler &_handler;
     RunSignals &_signals;
@@ -78,8 +80,8 @@ private:
     RunProgress _progress;
     const WhenUnrecorded _whenUnrecorded;
     RunState _state = RunState::Running;
-    ExitCode _exitCode = Done;
     QString _endMessage;
+    bool _isRecordToBlame = false;
     bool _isInterrupted = false;
     bool _isUnrecorded = false; // and therefore stopped
     bool _isEndAsked = false;   // by either

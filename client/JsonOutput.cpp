@@ -1,9 +1,8 @@
 #include "JsonOutput.h"
 
-#include "TerminalText.h"
+#include "PrintableText.h"
 
 #include <cmath>
-#include <cstdio>
 
 namespace client {
 
@@ -66,11 +65,6 @@ Json descriptionJson(const VekInstrumentDescription &description)
 std::string dump(const Json &json)
 {
     return escaped(json.dump(2, ' ', false, Json::error_handler_t::replace));
-}
-
-void printJson(const Json &json)
-{
-    std::printf("%s\n", dump(json).c_str());
 }
 
 } // namespace client

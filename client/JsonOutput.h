@@ -27,7 +27,4 @@ Json descriptionJson(const VekInstrumentDescription &description);
 /// Indented text; bytes that are no UTF-8 are replaced, and what a terminal would act on is escaped.
 std::string dump(const Json &json);
 
-/// Writes to standard output, with a line feed.
-void printJson(const Json &json);
-
 } // namespace client

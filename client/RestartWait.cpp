@@ -1,8 +1,8 @@
 #include "RestartWait.h"
 
 #include "EventWait.h"
+#include "PrintableText.h"
 #include "SignalWatcher.h"
-#include "TerminalText.h"
 
 #include <QElapsedTimer>
 

@@ -59,8 +59,8 @@ void RunSignals::onExperimentStopped(unsigned char channel, const QString &reaso
 
 void RunSignals::onDeviceError(unsigned char channel, const QString &text)
 {
-    if (const ExperimentRun *const run = _runs[channel])
-        run->tellDeviceError(text);
+    if (ExperimentRun *const run = _runs[channel])
+        run->noteDeviceError(text);
 }
 
 void RunSignals::onDeviceDisconnected()

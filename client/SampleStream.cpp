@@ -3,8 +3,8 @@
 #include "Console.h"
 #include "CsvFile.h"
 #include "EventWait.h"
+#include "PrintableText.h"
 #include "SignalWatcher.h"
-#include "TerminalText.h"
 #include "VekInstrumentHandler.h"
 
 #include <cerrno>

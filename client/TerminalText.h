@@ -14,11 +14,4 @@ QString cutToColumns(const QString &text, int columns);
 /// Lines that texts take, each beginning a new one, on a terminal of so many columns that breaks long lines.
 int rowsOf(const QStringList &texts, int columns);
 
-/// Whether a terminal shows a character, in place of acting on it: no control, no change of direction, no line break.
-bool isHarmless(uint character);
-
-/// A text of an instrument as it may be shown: what would move the cursor, break the line, change the colour or turn the
-/// direction of writing becomes a question mark, a line feed a blank.
-QString printable(const QString &text);
-
 } // namespace client

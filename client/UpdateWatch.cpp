@@ -2,8 +2,8 @@
 
 #include "Console.h"
 #include "EventWait.h"
+#include "PrintableText.h"
 #include "SignalWatcher.h"
-#include "TerminalText.h"
 #include "VekDeviceTracker.h"
 
 namespace client {

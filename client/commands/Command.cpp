@@ -1,6 +1,9 @@
 #include "commands/Command.h"
 
+#include "Console.h"
 #include "Units.h"
+
+#include <cstdio>
 
 namespace client {
 
@@ -98,6 +101,17 @@ void Command::addSafetyLimits(SafetyLimits &limits)
     addQuantity("--max-current", Dimension::Current, limits.maxCurrent, "Stop above this current");
     addQuantity("--min-current", Dimension::Current, limits.minCurrent, "Stop below this current");
     addQuantity("--max-temperature", Dimension::Temperature, limits.maxTemperature, "Stop above this temperature");
+}
+
+void Command::printJson(const Json &json)
+{
+    std::printf("%s\n", dump(json).c_str());
+}
+
+void Command::tellComplaints(const QString &path, const Complaints &complaints)
+{
+    for (const Complaint &complaint : complaints)
+        Console::instance().complaint(withPlace(path, complaint));
 }
 
 } // namespace client

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Complaint.h"
 #include "Dimension.h"
 #include "ExitCode.h"
+#include "JsonOutput.h"
 #include "SafetyLimits.h"
 
 #include <CLI/CLI.hpp>
@@ -44,6 +46,11 @@ protected:
     CLI::Option *addQuantity(const char *name, Dimension dimension, std::optional<double> &value, const char *help);
     /// The five options of the limits that the instrument watches.
     void addSafetyLimits(SafetyLimits &limits);
+
+    /// Writes to standard output, with a line feed.
+    static void printJson(const Json &json);
+    /// Writes complaints about a file to the console, each as "path:line: text".
+    static void tellComplaints(const QString &path, const Complaints &complaints);
 
 private:
     CLI::App *_app; // owned by the parent

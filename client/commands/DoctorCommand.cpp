@@ -3,7 +3,7 @@
 #include "BuildFirmware.h"
 #include "Connection.h"
 #include "JsonOutput.h"
-#include "TerminalText.h"
+#include "PrintableText.h"
 #include "VekErrorCode.h"
 
 #include <QSerialPortInfo>

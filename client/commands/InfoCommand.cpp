@@ -2,7 +2,7 @@
 
 #include "Connection.h"
 #include "JsonOutput.h"
-#include "TerminalText.h"
+#include "PrintableText.h"
 
 #include <cstdio>
 

@@ -3,8 +3,8 @@
 #include "Connection.h"
 #include "Console.h"
 #include "JsonOutput.h"
+#include "PrintableText.h"
 #include "SystemChecks.h"
-#include "TerminalText.h"
 
 #include <QSerialPortInfo>
 

@@ -187,7 +187,7 @@ int PlanCommand::run()
     if (_wantsJson)
         printJson(planJson(file, VekExperimentPlan::modelName(model), complaints, plan));
     else
-        tellComplaints(file, complaints);
+        tellComplaints(file.path, complaints);
     if (!complaints.empty())
         return BadInput;
     if (!_wantsJson)

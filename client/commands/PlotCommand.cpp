@@ -1,7 +1,7 @@
 #include "commands/PlotCommand.h"
 
 #include "Console.h"
-#include "plots/RunPlots.h"
+#include "commands/Pictures.h"
 
 #include <QFileInfo>
 
@@ -20,7 +20,7 @@ int PlotCommand::run()
     for (const std::string &each : _folders) {
         const QString folder = QString::fromStdString(each);
         const bool isFolder = QFileInfo(folder).isDir();
-        if (isFolder && drawRun(folder))
+        if (isFolder && drawPictures(folder))
             continue;
         Console::instance().error((isFolder ? QStringLiteral("%1: no run with data, or no files could be written")
                                             : QStringLiteral("%1: there is no such folder"))

@@ -7,13 +7,13 @@
 #include "ExperimentFile.h"
 #include "ExperimentRun.h"
 #include "JsonOutput.h"
+#include "PrintableText.h"
 #include "RunRecorder.h"
 #include "RunSignals.h"
 #include "SignalWatcher.h"
-#include "TerminalText.h"
 #include "VekExperimentPlan.h"
 #include "VekInstrumentHandler.h"
-#include "plots/RunPlots.h"
+#include "commands/Pictures.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -49,6 +49,24 @@ ExitCode exitCodeOf(const VekErrorCode &error)
     default:
         return Refused;
     }
+}
+
+ExitCode exitCodeOf(const ExperimentRun &run)
+{
+    if (run.isRecordToBlame())
+        return LocalFailure;
+    switch (run.state()) {
+    case RunState::Interrupted:
+        return Interrupted;
+    case RunState::DeviceLost:
+        return NoConnection;
+    case RunState::Stopped:
+        return Refused;
+    case RunState::Running:
+    case RunState::Completed:
+        break;
+    }
+    return Done;
 }
 
 /// Complains about what is no list of channels, in the way of the option parser.
@@ -143,7 +161,7 @@ ExitCode RunCommand::readFiles()
     ExitCode result = Done;
     for (const std::string &path : _paths) {
         _files.push_back(readExperimentFile(QString::fromStdString(path)));
-        tellComplaints(_files.back(), _files.back().complaints);
+        tellComplaints(_files.back().path, _files.back().complaints);
         if (!_files.back().isUsable())
             result = BadInput;
     }
@@ -233,7 +251,7 @@ ExitCode RunCommand::upload(const Connection &connection, Task &task) const
     Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(task.channel), refusalText(result)));
     const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
     if (plan.result() == result.value())
-        tellComplaints(*task.file, complaintsOf(*task.file, plan, connection.description().modelNumber));
+        tellComplaints(task.file->path, complaintsOf(*task.file, plan, connection.description().modelNumber));
     const bool mayRun = handler.channelReport(channel) == VekChannelReport::Unknown;
     if (result == VekErrorCode::UploadFailed && mayRun)
         Console::instance().note(
@@ -256,6 +274,8 @@ ExitCode RunCommand::start(const Connection &connection, Task &task) const
     task.run = std::make_unique<ExperimentRun>(
         connection.handler(), *_signals, channel, *task.recorder, RunProgress(plan),
         _keepsGoing ? ExperimentRun::WhenUnrecorded::KeepGoing : ExperimentRun::WhenUnrecorded::Stop);
+    QObject::connect(task.run.get(), &ExperimentRun::troubled, task.run.get(),
+                     [](const QString &text) { Console::instance().error(text); });
     const VekErrorCode result = task.run->start();
     if (result == VekErrorCode::Success)
         return Done;
@@ -331,9 +351,10 @@ ExitCode RunCommand::report() const
             continue;
         tellEnd(task, hasToldLoss);
         hasToldLoss = hasToldLoss || task.run->state() == RunState::DeviceLost;
-        if (severity(task.run->exitCode()) > severity(result))
-            result = task.run->exitCode();
-        if (_plots && !drawRun(task.recorder->folder()))
+        const ExitCode exitCode = exitCodeOf(*task.run);
+        if (severity(exitCode) > severity(result))
+            result = exitCode;
+        if (_plots && !drawPictures(task.recorder->folder()))
             Console::instance().note(QStringLiteral("%1: nothing to draw").arg(task.recorder->folder()));
         list.push_back(summaryOf(task));
         if (!_wantsJson)
@@ -346,7 +367,7 @@ ExitCode RunCommand::report() const
 
 void RunCommand::tellEnd(const Task &task, bool hasToldLoss)
 {
-    const ExitCode exitCode = task.run->exitCode();
+    const ExitCode exitCode = exitCodeOf(*task.run);
     const QString message =
         QStringLiteral("channel %1: %2").arg(QString::number(task.channel), printable(task.run->endMessage()));
     if (task.run->state() == RunState::DeviceLost) {

@@ -2,8 +2,8 @@
 
 #include "Connection.h"
 #include "Console.h"
+#include "PrintableText.h"
 #include "StopChannel.h"
-#include "TerminalText.h"
 #include "VekInstrumentHandler.h"
 
 #include <algorithm>

@@ -1,8 +1,6 @@
 // Stands in for the pictures where Qt's GUI is not at hand.
 #include "plots/RunPlots.h"
 
-#include "Console.h"
-
 #include <QCoreApplication>
 
 namespace client {
@@ -12,10 +10,9 @@ std::unique_ptr<QCoreApplication> makeDrawingApplication(int &argc, char **argv)
     return std::make_unique<QCoreApplication>(argc, argv);
 }
 
-bool drawRun(const QString &)
+Drawing drawRun(const QString &)
 {
-    Console::instance().error(QStringLiteral("this build of the program draws no pictures"));
-    return false;
+    return {false, {QStringLiteral("this build of the program draws no pictures")}};
 }
 
 } // namespace client

@@ -1,6 +1,5 @@
 #include "plots/RunPlots.h"
 
-#include "Console.h"
 #include "plots/Cycling.h"
 #include "plots/Fonts.h"
 #include "plots/Impedance.h"
@@ -22,31 +21,34 @@ std::unique_ptr<QCoreApplication> makeDrawingApplication(int &argc, char **argv)
 
 namespace {
 
-void tellMissingLetters(const QString &title)
+/// Empty when the fonts have all of them.
+QStringList missingLettersNote(const QString &title)
 {
     const QString letters = lettersWithoutGlyph(title + QString::fromUtf8("Ω µ °")); // and those of the axes
-    if (!letters.isEmpty())
-        Console::instance().note(QStringLiteral("no font of this computer has the letters \"%1\" of the pictures; the "
-                                                "Debian package fonts-unifont has almost all there are")
-                                     .arg(letters));
+    if (letters.isEmpty())
+        return {};
+    return {QStringLiteral("no font of this computer has the letters \"%1\" of the pictures; the Debian package "
+                           "fonts-unifont has almost all there are")
+                .arg(letters)};
 }
 
 } // namespace
 
-bool drawRun(const QString &folder)
+Drawing drawRun(const QString &folder)
 {
     const std::optional<RunData> run = readRun(folder);
     if (!run)
-        return false;
+        return {};
+    Drawing drawing;
     for (const QString &oddity : run->oddities)
-        Console::instance().note(QStringLiteral("%1: %2").arg(folder, oddity));
+        drawing.notes.append(QStringLiteral("%1: %2").arg(folder, oddity));
     if (run->dc.empty() && run->ac.empty())
-        return false;
-    tellMissingLetters(run->title);
-    bool isDrawn = run->dc.empty() || drawTimePlot(*run, QDir(folder).filePath(QStringLiteral("time")));
+        return drawing;
+    drawing.notes.append(missingLettersNote(run->title));
+    drawing.isDone = run->dc.empty() || drawTimePlot(*run, QDir(folder).filePath(QStringLiteral("time")));
     for (const auto &draw : {drawVoltammograms, drawImpedance, drawMottSchottky, drawCycling})
-        isDrawn = draw(*run, folder) && isDrawn;
-    return isDrawn;
+        drawing.isDone = draw(*run, folder) && drawing.isDone;
+    return drawing;
 }
 
 } // namespace client

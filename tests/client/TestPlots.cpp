@@ -178,7 +178,7 @@ void TestPlots::whatTheRecorderWritesIsDrawn()
         recorder.addDc(data);
     }
     QVERIFY(recorder.finish(RunState::Completed, "Experiment completed"));
-    QVERIFY(drawRun(home.filePath("run")));
+    QVERIFY(drawRun(home.filePath("run")).isDone);
     const std::vector<DrawnPanel> panels = pictureOf(home.filePath("run"), "time", 2);
     QVERIFY(isThere(panels[0].linePoints().last(), {49.0, 1.49}, 1.0));
     QVERIFY(isThere(panels[1].linePoints().last(), {49.0, 250.0}, 10.0));
@@ -202,7 +202,7 @@ void TestPlots::timeIsDrawnToScale()
         for (int row = 0; row < 30; ++row)
             folder.add(-0.2, step == 1 ? 2e-6 : 0.0, 60.0);
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const std::vector<DrawnPanel> panels = pictureOf(home.filePath("run"), "time", 2);
     QCOMPARE(panels[0].verticalTitle, QString("Voltage / mV"));
     QCOMPARE(panels[1].verticalTitle, QString::fromUtf8("Current / µA"));
@@ -239,7 +239,7 @@ void TestPlots::labelsOfAnAxisDiffer()
     folder.begin("Step", 1);
     for (int row = 0; row < 20; ++row)
         folder.add(level + spread * std::sin(double(row)), 1.0);
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel panel = pictureOf(home.filePath("run"), "time", 2)[0];
     QVERIFY(panel.verticalLabels.size() > 2);
     for (int index = 1; index < panel.verticalLabels.size(); ++index)
@@ -258,7 +258,7 @@ void TestPlots::noLineCrossesAGap()
             folder.add(1.0 + row, 1.0);
         folder.wait(3600.0);
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel panel = pictureOf(home.filePath("run"), "time", 2)[0];
     int lines = 0;
     for (const DrawnLine &line : panel.lines) {
@@ -333,7 +333,7 @@ void TestPlots::eachRepeatAndCycleIsACurve()
         folder.begin("Cyclic Voltammetry", 2, 2 + 2 * repeat);
         addSweep(folder, {1.0, 0.5, 0.0, -0.5, -1.0, -0.5, 0.0}, 2.0 + 2 * repeat);
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel panel = pictureOf(home.filePath("run"), "voltammogram")[0];
     QCOMPARE(panel.horizontalTitle, QString("Potential / V"));
     QCOMPARE(panel.legend,
@@ -405,7 +405,7 @@ void TestPlots::pulsesBecomePoints()
         else
             folder.add(0.05 * (row / 2) + 0.025 * isPulse, isPulse ? (3 + row / 2) * 1e-6 : 1e-6, seconds);
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel panel = pictureOf(home.filePath("run"), "voltammogram")[0];
     QCOMPARE(panel.verticalTitle, title);
     QCOMPARE(int(panel.dots.size()), 1);
@@ -426,7 +426,7 @@ void TestPlots::aStepOfAStaircaseIsOnePoint()
             folder.add(0.1 * step + 1e-5 * current, current + step);
         expected.append({100.0 * step, 5.0 + step});
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel panel = pictureOf(home.filePath("run"), "voltammogram")[0];
     QCOMPARE(panel.horizontalTitle, QString("Potential / mV"));
     QVERIFY(panel.lines.empty());
@@ -455,7 +455,7 @@ void TestPlots::impedanceIsDrawnWithItsSigns()
         magnitude.append({std::log10(frequency), std::log10(std::hypot(100.0, imaginary))});
         phase.append({std::log10(frequency), std::atan2(imaginary, 100.0) * 180.0 / pi});
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel plane = pictureOf(home.filePath("run"), "nyquist")[0];
     QCOMPARE(plane.horizontalTitle, QString::fromUtf8("Re Z / kΩ"));
     QCOMPARE(plane.verticalTitle, QString::fromUtf8("−Im Z / kΩ"));
@@ -487,7 +487,7 @@ void TestPlots::sweepsAreNotJoinedAndNamedOnce()
         for (const double frequency : {1000.0, 100.0, 10.0})
             folder.addImpedance(frequency, 10.0 + bias, -1000.0 / frequency, bias);
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel panel = pictureOf(home.filePath("run"), "nyquist")[0];
     QCOMPARE(int(panel.lines.size()), 3);
     for (const DrawnLine &line : panel.lines)
@@ -511,7 +511,7 @@ void TestPlots::aShortLogarithmicAxisCanBeRead()
         folder.begin("Potentiostatic EIS", 1);
         for (const double frequency : {1000.0, 100.0, 10.0})
             folder.addImpedance(frequency, 120.0 * (1.0 + span / frequency * 10.0), 0.0);
-        QVERIFY(drawRun(folder.finish()));
+        QVERIFY(drawRun(folder.finish()).isDone);
         const DrawnPanel panel = pictureOf(home.filePath(QString::number(span)), "bode", 2)[0];
         QVERIFY2(panel.verticalLabels.size() >= 2, qPrintable(QString::number(span)));
         const QVector<QPointF> points = panel.linePoints();
@@ -542,7 +542,7 @@ void TestPlots::capacitanceOfMottSchottky()
         for (const double frequency : {1000.0, 100.0})
             folder.addImpedance(frequency, 10.0, -1.0 / (2.0 * pi * frequency * 1e-6 / (1.0 + bias)), bias);
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel panel = pictureOf(home.filePath("run"), "mott-schottky")[0];
     QVERIFY2(panel.verticalTitle.contains("12"), qPrintable(panel.verticalTitle)); // the power of ten
     QCOMPARE(panel.legend, (QStringList{"1 kHz", "100 Hz"}));
@@ -581,7 +581,7 @@ void TestPlots::cyclesShowChargeAndEfficiency()
         for (int row = 0; row < 10; ++row)
             folder.add(3.6, -out, 3600.0);
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const std::vector<DrawnPanel> panels = pictureOf(home.filePath("run"), "cycling", 2);
     QCOMPARE(panels[0].verticalTitle, QString("Capacity / Ah"));
     QCOMPARE(panels[0].legend, (QStringList{"Charge", "Discharge"}));
@@ -605,7 +605,7 @@ void TestPlots::anOutlierDoesNotFlattenTheOthers()
         for (int row = 0; row < 3; ++row)
             folder.add(3.6, cycle == 1 ? -0.6 : -0.999 + 0.0001 * cycle);
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel panel = pictureOf(home.filePath("run"), "cycling", 2)[1];
     QVERIFY2(panel.verticalLabels.first().toDouble() > 99.0, qPrintable(panel.verticalLabels.join(' ')));
     QCOMPARE(panel.pointLabels, QStringList{"60"}); // its own value is not lost
@@ -630,7 +630,7 @@ void TestPlots::voltageIsDrawnAgainstTheChargeOfItsHalfCycle()
         for (int row = 1; row <= 100; ++row)
             folder.add(4.0 - 0.01 * row, -current, 36.0);
     }
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     const DrawnPanel panel = pictureOf(home.filePath("run"), "voltage-capacity")[0];
     QCOMPARE(panel.horizontalTitle, QString("Capacity / Ah"));
     QCOMPARE(panel.legend, (QStringList{"Cycle 1", "Cycle 2"}));
@@ -684,7 +684,7 @@ void TestPlots::namesInAnyScriptAreDrawn()
     folder.begin("Step", 1);
     folder.add(1.0, 1.0);
     folder.add(2.0, 1.0);
-    QVERIFY(drawRun(folder.finish()));
+    QVERIFY(drawRun(folder.finish()).isDone);
     QFile svg(home.filePath("run/time.svg"));
     QVERIFY(svg.open(QIODevice::ReadOnly));
     const QByteArray text = svg.readAll();
@@ -695,8 +695,8 @@ void TestPlots::namesInAnyScriptAreDrawn()
 void TestPlots::aFolderWithoutDataGivesNone()
 {
     QTemporaryDir home;
-    QVERIFY(!drawRun(home.path()));
-    QVERIFY(!drawRun(RunFolder(home.filePath("run"), loadElement).finish()));
+    QVERIFY(!drawRun(home.path()).isDone);
+    QVERIFY(!drawRun(RunFolder(home.filePath("run"), loadElement).finish()).isDone);
 }
 
 int main(int argc, char **argv)

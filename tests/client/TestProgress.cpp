@@ -1,6 +1,7 @@
 #include "Console.h"
 #include "ExperimentFile.h"
 #include "JsonOutput.h"
+#include "PrintableText.h"
 #include "RunProgress.h"
 #include "TerminalText.h"
 

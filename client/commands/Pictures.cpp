@@ -1,0 +1,16 @@
+#include "commands/Pictures.h"
+
+#include "Console.h"
+#include "plots/RunPlots.h"
+
+namespace client {
+
+bool drawPictures(const QString &folder)
+{
+    const Drawing drawing = drawRun(folder);
+    for (const QString &note : drawing.notes)
+        Console::instance().note(note);
+    return drawing.isDone;
+}
+
+} // namespace client
