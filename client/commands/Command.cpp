@@ -1,7 +1,7 @@
-#include "commands/Command.h"
+#include "client/commands/Command.h"
 
-#include "Console.h"
-#include "Units.h"
+#include "client/terminal/Console.h"
+#include "lab/notation/Units.h"
 
 #include <cstdio>
 

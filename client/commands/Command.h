@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Complaint.h"
-#include "Dimension.h"
-#include "ExitCode.h"
-#include "JsonOutput.h"
-#include "SafetyLimits.h"
+#include "client/terminal/ExitCode.h"
+#include "lab/notation/Complaint.h"
+#include "lab/notation/Dimension.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/runs/SafetyLimits.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,8 +1,8 @@
-#include "commands/InfoCommand.h"
+#include "client/commands/InfoCommand.h"
 
-#include "Connection.h"
-#include "JsonOutput.h"
-#include "PrintableText.h"
+#include "client/instruments/Connection.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/PrintableText.h"
 
 #include <cstdio>
 

@@ -1,10 +1,10 @@
-#include "commands/LimitsCommand.h"
+#include "client/commands/LimitsCommand.h"
 
-#include "Connection.h"
-#include "Console.h"
-#include "JsonOutput.h"
-#include "Units.h"
 #include "VekInstrumentHandler.h"
+#include "client/instruments/Connection.h"
+#include "client/terminal/Console.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/Units.h"
 
 #include <cstdio>
 

@@ -1,9 +1,9 @@
-#include "commands/MonitorCommand.h"
+#include "client/commands/MonitorCommand.h"
 
-#include "Connection.h"
-#include "Console.h"
-#include "SampleStream.h"
 #include "VekInstrumentHandler.h"
+#include "client/instruments/Connection.h"
+#include "client/instruments/SampleStream.h"
+#include "client/terminal/Console.h"
 
 #include <limits>
 

@@ -1,6 +1,6 @@
-#include "commands/Pictures.h"
+#include "client/commands/Pictures.h"
 
-#include "Console.h"
+#include "client/terminal/Console.h"
 #include "plots/RunPlots.h"
 
 namespace client {

@@ -1,7 +1,7 @@
-#include "commands/PlotCommand.h"
+#include "client/commands/PlotCommand.h"
 
-#include "Console.h"
-#include "commands/Pictures.h"
+#include "client/commands/Pictures.h"
+#include "client/terminal/Console.h"
 
 #include <QFileInfo>
 

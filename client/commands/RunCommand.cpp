@@ -1,19 +1,19 @@
-#include "commands/RunCommand.h"
+#include "client/commands/RunCommand.h"
 
-#include "Connection.h"
-#include "Console.h"
-#include "EventWait.h"
-#include "ExperimentCheck.h"
-#include "ExperimentFile.h"
-#include "ExperimentRun.h"
-#include "JsonOutput.h"
-#include "PrintableText.h"
-#include "RunRecorder.h"
-#include "RunSignals.h"
-#include "SignalWatcher.h"
 #include "VekExperimentPlan.h"
 #include "VekInstrumentHandler.h"
-#include "commands/Pictures.h"
+#include "client/commands/Pictures.h"
+#include "client/instruments/Connection.h"
+#include "client/terminal/Console.h"
+#include "client/terminal/SignalWatcher.h"
+#include "lab/experiments/ExperimentCheck.h"
+#include "lab/experiments/ExperimentFile.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/PrintableText.h"
+#include "lab/records/RunRecorder.h"
+#include "lab/runs/EventWait.h"
+#include "lab/runs/RecordedRun.h"
+#include "lab/runs/RunSignals.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -51,7 +51,7 @@ ExitCode exitCodeOf(const VekErrorCode &error)
     }
 }
 
-ExitCode exitCodeOf(const ExperimentRun &run)
+ExitCode exitCodeOf(const RecordedRun &run)
 {
     if (run.isRecordToBlame())
         return LocalFailure;
@@ -271,10 +271,10 @@ ExitCode RunCommand::start(const Connection &connection, Task &task) const
     }
     const auto channel = static_cast<unsigned char>(task.channel);
     const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
-    task.run = std::make_unique<ExperimentRun>(
+    task.run = std::make_unique<RecordedRun>(
         connection.handler(), *_signals, channel, *task.recorder, RunProgress(plan),
-        _keepsGoing ? ExperimentRun::WhenUnrecorded::KeepGoing : ExperimentRun::WhenUnrecorded::Stop);
-    QObject::connect(task.run.get(), &ExperimentRun::troubled, task.run.get(),
+        _keepsGoing ? RecordedRun::WhenUnrecorded::KeepGoing : RecordedRun::WhenUnrecorded::Stop);
+    QObject::connect(task.run.get(), &RecordedRun::troubled, task.run.get(),
                      [](const QString &text) { Console::instance().error(text); });
     const VekErrorCode result = task.run->start();
     if (result == VekErrorCode::Success)
@@ -303,11 +303,11 @@ void RunCommand::wait()
     for (const Task &task : _tasks) {
         if (!task.run)
             continue;
-        const ExperimentRun &run = *task.run;
-        QObject::connect(&run, &ExperimentRun::progressed, &wait, [this, &run] {
+        const RecordedRun &run = *task.run;
+        QObject::connect(&run, &RecordedRun::progressed, &wait, [this, &run] {
             Console::instance().progress([&](int room) { return progressLines(run, room); });
         });
-        QObject::connect(&run, &ExperimentRun::finished, &wait, [this, &wait] {
+        QObject::connect(&run, &RecordedRun::finished, &wait, [this, &wait] {
             if (isOver())
                 wait.end();
         });
@@ -399,7 +399,7 @@ QString RunCommand::folderOf(const Task &task) const
 }
 
 /// A line for each channel where there is room, else one for all with the latest word of one.
-QStringList RunCommand::progressLines(const ExperimentRun &latest, int room) const
+QStringList RunCommand::progressLines(const RecordedRun &latest, int room) const
 {
     QStringList lines;
     int running = 0;

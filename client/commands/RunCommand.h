@@ -1,7 +1,7 @@
 #pragma once
 
-#include "JsonOutput.h"
-#include "commands/Command.h"
+#include "client/commands/Command.h"
+#include "lab/notation/JsonOutput.h"
 
 #include <QString>
 
@@ -13,7 +13,7 @@ class VekInstrumentHandler;
 namespace client {
 
 class Connection;
-class ExperimentRun;
+class RecordedRun;
 class RunRecorder;
 class RunSignals;
 struct ExperimentFile;
@@ -33,7 +33,7 @@ private:
         int channel;
         const ExperimentFile *file;
         std::unique_ptr<RunRecorder> recorder;
-        std::unique_ptr<ExperimentRun> run;
+        std::unique_ptr<RecordedRun> run;
     };
 
     ExitCode readFiles();
@@ -52,7 +52,7 @@ private:
     static void tellEnd(const Task &task, bool hasToldLoss);
     static Json summaryOf(const Task &task);
     QString folderOf(const Task &task) const;
-    QStringList progressLines(const ExperimentRun &latest, int room) const;
+    QStringList progressLines(const RecordedRun &latest, int room) const;
 
     std::vector<std::string> _paths;
     std::string _port;

@@ -1,10 +1,10 @@
 // Elements of any kind with any numbers, in groups: what a model accepts can be uploaded, and nothing else happens.
 
-#include "ElementCatalogue.h"
 #include "FuzzTarget.h"
 #include "VekAbstractElement.h"
 #include "VekExperiment.h"
 #include "VekExperimentPlan.h"
+#include "lab/experiments/ElementCatalogue.h"
 
 #include <cmath>
 

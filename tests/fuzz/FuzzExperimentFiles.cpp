@@ -1,9 +1,9 @@
 // Experiment files of the client: any text ends in complaints with their lines, or in an experiment.
 
-#include "ExperimentCheck.h"
-#include "ExperimentFile.h"
 #include "FuzzTarget.h"
 #include "VekExperimentPlan.h"
+#include "lab/experiments/ExperimentCheck.h"
+#include "lab/experiments/ExperimentFile.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
