@@ -28,6 +28,7 @@
 namespace {
 
 using namespace client;
+using namespace lab;
 
 using Commands = std::vector<std::unique_ptr<Command>>;
 
@@ -60,7 +61,7 @@ Commands makeCommands(CLI::App &app)
 std::unique_ptr<QCoreApplication> makeApplication(const Command &command, int &argc, char **argv)
 {
     if (command.drawsPictures())
-        return makeDrawingApplication(argc, argv);
+        return plots::makeDrawingApplication(argc, argv);
     return std::make_unique<QCoreApplication>(argc, argv);
 }
 

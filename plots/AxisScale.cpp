@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace client {
+namespace plots {
 
 namespace {
 
@@ -57,4 +57,4 @@ AxisScale timeScale(double largestSeconds)
     return {row.divisor, titleOf(QStringLiteral("Time"), QString::fromLatin1(row.symbol))};
 }
 
-} // namespace client
+} // namespace plots

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-namespace client {
+namespace plots {
 
 /// How the numbers of an axis are written: divided by a factor, under a title that names the unit.
 struct AxisScale {
@@ -16,4 +16,4 @@ AxisScale prefixedScale(const QString &quantity, const QString &unit, double lar
 /// Seconds, minutes, hours or days.
 AxisScale timeScale(double largestSeconds);
 
-} // namespace client
+} // namespace plots

@@ -11,7 +11,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace client {
+namespace plots {
+
+using namespace lab;
 
 namespace {
 
@@ -127,4 +129,4 @@ bool drawCycling(const RunData &run, const QString &folder)
     return drawHalfCycles(run, folder) && isDrawn;
 }
 
-} // namespace client
+} // namespace plots

@@ -4,9 +4,11 @@
 
 #include <map>
 
-namespace client {
-
+namespace lab {
 struct RunData;
+}
+
+namespace plots {
 
 /// What one cycle of a battery moved, in coulombs without sign.
 struct CycleCharge {
@@ -15,7 +17,7 @@ struct CycleCharge {
 };
 
 /// By cycle number, from 1.
-std::map<int, CycleCharge> chargeByCycle(const RunData &run);
+std::map<int, CycleCharge> chargeByCycle(const lab::RunData &run);
 
 /**
  * Capacity and coulombic efficiency against the cycle number, as "cycling", for runs of two cycles and more that both
@@ -26,6 +28,6 @@ std::map<int, CycleCharge> chargeByCycle(const RunData &run);
  *
  * @return false when a picture could not be written; other runs have none
  */
-bool drawCycling(const RunData &run, const QString &folder);
+bool drawCycling(const lab::RunData &run, const QString &folder);
 
-} // namespace client
+} // namespace plots

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace client {
+namespace plots {
 
 namespace {
 
@@ -42,4 +42,4 @@ QVector<QPointF> decimate(const QVector<QPointF> &points, int mostPoints)
     return kept;
 }
 
-} // namespace client
+} // namespace plots

@@ -3,7 +3,7 @@
 #include <QPointF>
 #include <QVector>
 
-namespace client {
+namespace plots {
 
 /**
  * Thins a curve that a picture cannot resolve: of each run of points the first, the lowest, the highest and the last
@@ -13,4 +13,4 @@ namespace client {
  */
 QVector<QPointF> decimate(const QVector<QPointF> &points, int mostPoints);
 
-} // namespace client
+} // namespace plots

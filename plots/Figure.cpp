@@ -12,7 +12,7 @@
 
 #include <algorithm>
 
-namespace client {
+namespace plots {
 
 namespace {
 
@@ -100,4 +100,4 @@ void Figure::draw(QPainter &painter) const
     }
 }
 
-} // namespace client
+} // namespace plots

@@ -10,7 +10,7 @@
 
 class QPainter;
 
-namespace client {
+namespace plots {
 
 /**
  * Panels above each other, with their vertical axes aligned, drawn to files without a display.
@@ -38,4 +38,4 @@ private:
     std::vector<std::unique_ptr<Panel>> _panels;
 };
 
-} // namespace client
+} // namespace plots

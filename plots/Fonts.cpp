@@ -3,7 +3,7 @@
 #include <QFontMetrics>
 #include <QVector>
 
-namespace client {
+namespace plots {
 
 QFont pictureFont(int points, int weight)
 {
@@ -25,4 +25,4 @@ QString lettersWithoutGlyph(const QString &text)
     return missing;
 }
 
-} // namespace client
+} // namespace plots

@@ -3,7 +3,7 @@
 #include <QFont>
 #include <QString>
 
-namespace client {
+namespace plots {
 
 /// The font of all pictures, with others behind it for the scripts that it lacks.
 QFont pictureFont(int points, int weight = QFont::Normal);
@@ -11,4 +11,4 @@ QFont pictureFont(int points, int weight = QFont::Normal);
 /// The letters of a text that no installed font has, each once.
 QString lettersWithoutGlyph(const QString &text);
 
-} // namespace client
+} // namespace plots

@@ -11,7 +11,9 @@
 #include <cmath>
 #include <set>
 
-namespace client {
+namespace plots {
+
+using namespace lab;
 
 namespace {
 
@@ -226,4 +228,4 @@ bool drawHalfCycles(const RunData &run, const QString &folder)
     return drawDifferential(run, halves, directory.filePath(QStringLiteral("differential-capacity"))) && isDrawn;
 }
 
-} // namespace client
+} // namespace plots

@@ -6,9 +6,11 @@
 
 #include <vector>
 
-namespace client {
-
+namespace lab {
 struct RunData;
+}
+
+namespace plots {
 
 /// A charge or a discharge within one cycle.
 struct HalfCycle {
@@ -19,7 +21,7 @@ struct HalfCycle {
 };
 
 /// In their order; rests belong to none.
-std::vector<HalfCycle> halfCyclesOf(const RunData &run);
+std::vector<HalfCycle> halfCyclesOf(const lab::RunData &run);
 
 /**
  * The charge in coulombs that moves for each volt, against the voltage: what moves between the ends of each of @p bins
@@ -33,6 +35,6 @@ QVector<QPointF> differentialCapacity(const QVector<QPointF> &voltageOverCharge,
  *
  * @return false when a picture could not be written
  */
-bool drawHalfCycles(const RunData &run, const QString &folder);
+bool drawHalfCycles(const lab::RunData &run, const QString &folder);
 
-} // namespace client
+} // namespace plots

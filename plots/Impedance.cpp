@@ -12,7 +12,9 @@
 #include <cmath>
 #include <map>
 
-namespace client {
+namespace plots {
+
+using namespace lab;
 
 namespace {
 
@@ -143,4 +145,4 @@ bool drawImpedance(const RunData &run, const QString &folder)
     return drawBode(run, sweeps, directory.filePath(QStringLiteral("bode"))) && isNyquistDrawn;
 }
 
-} // namespace client
+} // namespace plots

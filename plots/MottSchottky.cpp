@@ -10,7 +10,9 @@
 #include <cmath>
 #include <map>
 
-namespace client {
+namespace plots {
+
+using namespace lab;
 
 namespace {
 
@@ -91,4 +93,4 @@ bool drawMottSchottky(const RunData &run, const QString &folder)
     return isDrawn;
 }
 
-} // namespace client
+} // namespace plots

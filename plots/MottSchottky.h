@@ -2,9 +2,11 @@
 
 #include <QString>
 
-namespace client {
-
+namespace lab {
 struct RunData;
+}
+
+namespace plots {
 
 /**
  * The inverse square of the capacitance against the potential for each frequency of each Mott-Schottky element, as
@@ -14,6 +16,6 @@ struct RunData;
  *
  * @return false when a picture could not be written; a run without such elements has none
  */
-bool drawMottSchottky(const RunData &run, const QString &folder);
+bool drawMottSchottky(const lab::RunData &run, const QString &folder);
 
-} // namespace client
+} // namespace plots

@@ -3,7 +3,7 @@
 
 #include <QCoreApplication>
 
-namespace client {
+namespace plots {
 
 std::unique_ptr<QCoreApplication> makeDrawingApplication(int &argc, char **argv)
 {
@@ -15,4 +15,4 @@ Drawing drawRun(const QString &)
     return {false, {QStringLiteral("this build of the program draws no pictures")}};
 }
 
-} // namespace client
+} // namespace plots

@@ -23,7 +23,7 @@
 #include <limits>
 #include <utility>
 
-namespace client {
+namespace plots {
 
 namespace {
 
@@ -438,4 +438,4 @@ void Panel::hideHorizontalTitle()
     setAxisTitle(QwtPlot::xBottom, QString());
 }
 
-} // namespace client
+} // namespace plots

@@ -11,7 +11,7 @@
 #include <qwt_interval.h>
 #include <qwt_plot.h>
 
-namespace client {
+namespace plots {
 
 /// The colours of curves, in the order of their use; told apart in print and by colour-blind readers too.
 QColor curveColour(int index);
@@ -76,4 +76,4 @@ private:
     AxisScale _vertical;
 };
 
-} // namespace client
+} // namespace plots

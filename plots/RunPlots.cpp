@@ -11,7 +11,9 @@
 #include <QApplication>
 #include <QDir>
 
-namespace client {
+namespace plots {
+
+using namespace lab;
 
 std::unique_ptr<QCoreApplication> makeDrawingApplication(int &argc, char **argv)
 {
@@ -51,4 +53,4 @@ Drawing drawRun(const QString &folder)
     return drawing;
 }
 
-} // namespace client
+} // namespace plots

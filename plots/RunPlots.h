@@ -7,7 +7,7 @@
 
 class QCoreApplication;
 
-namespace client {
+namespace plots {
 
 /// The application object that drawRun() needs; it takes no display.
 std::unique_ptr<QCoreApplication> makeDrawingApplication(int &argc, char **argv);
@@ -21,4 +21,4 @@ struct Drawing {
 /// Draws the pictures of a run into its folder, each as SVG and PNG: "time" always, and what its data call for.
 Drawing drawRun(const QString &folder);
 
-} // namespace client
+} // namespace plots

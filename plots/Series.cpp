@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-namespace client {
+namespace plots {
+
+using namespace lab;
 
 void appendPoint(QVector<QPointF> &curve, const QPointF &point, bool opensStretch)
 {
@@ -32,4 +34,4 @@ double largestMagnitude(const QVector<QPointF> &points, double (QPointF::*coordi
     return largest;
 }
 
-} // namespace client
+} // namespace plots

@@ -7,7 +7,7 @@
 
 #include <limits>
 
-namespace client {
+namespace plots {
 
 /// A point of a curve at which its line breaks off.
 inline QPointF lineBreak()
@@ -20,9 +20,9 @@ inline QPointF lineBreak()
 void appendPoint(QVector<QPointF> &curve, const QPointF &point, bool opensStretch);
 
 /// A member of all samples against time, broken off where time is.
-QVector<QPointF> againstTime(const std::vector<Sample> &samples, double Sample::*value);
+QVector<QPointF> againstTime(const std::vector<lab::Sample> &samples, double lab::Sample::*value);
 
 /// The largest magnitude among the finite coordinates; 0 without any.
 double largestMagnitude(const QVector<QPointF> &points, double (QPointF::*coordinate)() const);
 
-} // namespace client
+} // namespace plots

@@ -8,7 +8,9 @@
 
 #include <algorithm>
 
-namespace client {
+namespace plots {
+
+using namespace lab;
 
 namespace {
 
@@ -83,4 +85,4 @@ bool drawTimePlot(const RunData &run, const QString &path)
     return figure.save(path);
 }
 
-} // namespace client
+} // namespace plots

@@ -2,11 +2,13 @@
 
 #include <QString>
 
-namespace client {
-
+namespace lab {
 struct RunData;
+}
+
+namespace plots {
 
 /// Voltage and current against time, the beginnings of steps marked, as PATH.svg and PATH.png.
-bool drawTimePlot(const RunData &run, const QString &path);
+bool drawTimePlot(const lab::RunData &run, const QString &path);
 
-} // namespace client
+} // namespace plots

@@ -16,7 +16,9 @@
 #include <limits>
 #include <map>
 
-namespace client {
+namespace plots {
+
+using namespace lab;
 
 namespace {
 
@@ -312,4 +314,4 @@ bool drawVoltammograms(const RunData &run, const QString &folder)
     return isDrawn;
 }
 
-} // namespace client
+} // namespace plots

@@ -6,9 +6,11 @@
 
 #include <vector>
 
-namespace client {
-
+namespace lab {
 struct RunData;
+}
+
+namespace plots {
 
 /**
  * Where the loops of a cyclic voltammogram begin: with the first sample, and wherever the potential comes by that of
@@ -18,7 +20,7 @@ struct RunData;
  * @param mostLoops   what follows the last one belongs to it
  * @return indices of samples, ascending, the first 0
  */
-std::vector<std::size_t> loopBegins(const std::vector<Sample> &course, double window, std::size_t mostLoops);
+std::vector<std::size_t> loopBegins(const std::vector<lab::Sample> &course, double window, std::size_t mostLoops);
 
 /**
  * Current against potential for each element that sweeps, steps or pulses the potential, as "voltammogram", or
@@ -29,6 +31,6 @@ std::vector<std::size_t> loopBegins(const std::vector<Sample> &course, double wi
  *
  * @return false when a picture could not be written; a run without such elements has none
  */
-bool drawVoltammograms(const RunData &run, const QString &folder);
+bool drawVoltammograms(const lab::RunData &run, const QString &folder);
 
-} // namespace client
+} // namespace plots

@@ -7,6 +7,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 constexpr int largestChannel = 254; // 255 stands for all of them on the wire

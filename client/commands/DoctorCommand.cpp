@@ -13,6 +13,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 const char *levelName(Finding::Level level)

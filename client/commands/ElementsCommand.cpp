@@ -10,6 +10,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 void printElement(const ElementRow &row)

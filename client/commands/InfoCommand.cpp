@@ -8,6 +8,8 @@
 
 namespace client {
 
+using namespace lab;
+
 InfoCommand::InfoCommand(CLI::App &parent)
     : Command(parent, "info", "Show name, model, firmware and channels of an instrument",
               "  nimbrelle info ttyACM0\n"

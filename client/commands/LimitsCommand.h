@@ -14,7 +14,7 @@ public:
 private:
     std::string _port;
     std::vector<int> _channels;
-    SafetyLimits _limits;
+    lab::SafetyLimits _limits;
     bool _wantsJson = false;
 };
 

@@ -16,6 +16,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 using Ranges = std::vector<std::pair<double, double>>;

@@ -34,7 +34,7 @@ private:
     std::optional<double> _duration;
     std::optional<int> _currentRange;
     std::optional<int> _voltageRange;
-    SafetyLimits _limits;
+    lab::SafetyLimits _limits;
 };
 
 } // namespace client

@@ -9,6 +9,8 @@
 
 namespace client {
 
+using namespace lab;
+
 MonitorCommand::MonitorCommand(CLI::App &parent)
     : Command(parent, "monitor", "Print voltage and current of an idle channel until interrupted, as CSV",
               "  nimbrelle monitor ttyACM0 --channel 2\n"

@@ -7,7 +7,7 @@ namespace client {
 
 bool drawPictures(const QString &folder)
 {
-    const Drawing drawing = drawRun(folder);
+    const plots::Drawing drawing = plots::drawRun(folder);
     for (const QString &note : drawing.notes)
         Console::instance().note(note);
     return drawing.isDone;

@@ -13,6 +13,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 Json nodeJson(const VekPlannedNode &node)

@@ -24,6 +24,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 /// A name for a folder: the experiment's name without what shells and file systems make trouble over.

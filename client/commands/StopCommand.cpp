@@ -12,6 +12,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 bool contains(const std::vector<int> &channels, int channel)

@@ -14,6 +14,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 constexpr int startUpTimeoutMs = 15000;

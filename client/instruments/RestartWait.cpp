@@ -10,6 +10,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 /// A name as messages have it: that of a bootloader may hold a line end.

@@ -15,6 +15,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 constexpr const char *headings = "Time / s,Voltage / V,Current / A,Counter Electrode Voltage / V,Temperature / degC";

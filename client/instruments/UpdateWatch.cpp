@@ -8,6 +8,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 constexpr int silenceMs = 60000; ///< a bootloader that takes nothing is given up by the library long before

@@ -12,6 +12,8 @@
 
 namespace client {
 
+using namespace lab;
+
 namespace {
 
 constexpr int progressPeriodMs = 200;

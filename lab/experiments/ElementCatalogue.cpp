@@ -22,7 +22,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -524,4 +524,4 @@ QString elementMeant(const QString &word)
                       : QStringLiteral("; did you mean \"%1\"?").arg(elements.join(QLatin1String("\" or \"")));
 }
 
-} // namespace client
+} // namespace lab

@@ -11,7 +11,7 @@
 
 class VekAbstractElement;
 
-namespace client {
+namespace lab {
 
 /// How a property is written in an experiment file.
 enum class PropertyKind {
@@ -80,4 +80,4 @@ QString elementMeant(const QString &word);
 /// The elements that an abbreviation of the laboratory stands for ("CV", "GEIS"), whatever its case; empty for others.
 QStringList elementsAbbreviated(const QString &abbreviation);
 
-} // namespace client
+} // namespace lab

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -85,4 +85,4 @@ QStringList ElementProbe::blamed(const VekPlanComplaint &complaint) const
     return properties;
 }
 
-} // namespace client
+} // namespace lab

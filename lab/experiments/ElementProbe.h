@@ -7,7 +7,7 @@
 
 class VekPlanComplaint;
 
-namespace client {
+namespace lab {
 
 struct FileElement;
 
@@ -36,4 +36,4 @@ private:
     std::vector<Trial> _trials;
 };
 
-} // namespace client
+} // namespace lab

@@ -8,7 +8,7 @@
 #include <initializer_list>
 #include <limits>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -49,4 +49,4 @@ double longestInterval(const FileElement &element)
     return longest;
 }
 
-} // namespace client
+} // namespace lab

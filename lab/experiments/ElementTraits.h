@@ -1,6 +1,6 @@
 #pragma once
 
-namespace client {
+namespace lab {
 
 struct FileElement;
 
@@ -17,4 +17,4 @@ bool isLoad(const FileElement &element);
 /// changes, 0 where the element does not tell.
 double longestInterval(const FileElement &element);
 
-} // namespace client
+} // namespace lab

@@ -10,7 +10,7 @@
 #include <memory>
 #include <utility>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -127,4 +127,4 @@ Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &pla
     return complaints;
 }
 
-} // namespace client
+} // namespace lab

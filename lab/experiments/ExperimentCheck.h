@@ -4,7 +4,7 @@
 
 class VekExperimentPlan;
 
-namespace client {
+namespace lab {
 
 struct ExperimentFile;
 
@@ -16,4 +16,4 @@ struct ExperimentFile;
  */
 Complaints complaintsOf(const ExperimentFile &file, const VekExperimentPlan &plan, int modelNumber);
 
-} // namespace client
+} // namespace lab

@@ -11,7 +11,7 @@
 #include <map>
 #include <optional>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -359,4 +359,4 @@ ExperimentFile parseExperiment(const QByteArray &text, const QString &path)
     return file;
 }
 
-} // namespace client
+} // namespace lab

@@ -12,7 +12,7 @@
 #include <set>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 constexpr int largestRepeatCount = 65535; ///< of an element or a group
 
@@ -52,4 +52,4 @@ ExperimentFile readExperimentFile(const QString &path);
 /// The same for a text; @p path is only remembered.
 ExperimentFile parseExperiment(const QByteArray &text, const QString &path);
 
-} // namespace client
+} // namespace lab

@@ -7,7 +7,7 @@
 
 #include <QRegularExpression>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -59,4 +59,4 @@ QStringList faultsOf(VekAbstractElement &element, const OptionNames &names, cons
     return faults;
 }
 
-} // namespace client
+} // namespace lab

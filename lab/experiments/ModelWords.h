@@ -8,7 +8,7 @@
 class VekAbstractElement;
 struct VekInstrumentDescription;
 
-namespace client {
+namespace lab {
 
 /**
  * A complaint of the library about a value with the prefixes that people write: "-5e+07 W" becomes "-50 MW". All digits
@@ -29,4 +29,4 @@ using OptionNames = std::map<QString, QString>;
  */
 QStringList faultsOf(VekAbstractElement &element, const OptionNames &names, const VekInstrumentDescription &instrument);
 
-} // namespace client
+} // namespace lab

@@ -5,7 +5,7 @@
 #include "lab/experiments/ExperimentFile.h"
 #include "lab/notation/Units.h"
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -162,4 +162,4 @@ QString defaultText(const PropertyRow &property, const VekAbstractElement &fresh
     return QStringLiteral("%1 %2").arg(QString::number(value), baseUnit(property.dimension)).trimmed();
 }
 
-} // namespace client
+} // namespace lab

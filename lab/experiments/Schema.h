@@ -4,7 +4,7 @@
 
 class VekAbstractElement;
 
-namespace client {
+namespace lab {
 
 struct PropertyRow;
 
@@ -20,4 +20,4 @@ QString valueText(const PropertyRow &property);
 /// "required", or the value of a fresh element.
 QString defaultText(const PropertyRow &property, const VekAbstractElement &fresh);
 
-} // namespace client
+} // namespace lab

@@ -1,6 +1,6 @@
 #include "lab/notation/Complaint.h"
 
-namespace client {
+namespace lab {
 
 QString withPlace(const QString &path, const Complaint &complaint)
 {
@@ -9,4 +9,4 @@ QString withPlace(const QString &path, const Complaint &complaint)
     return QStringLiteral("%1:%2: %3").arg(path, QString::number(complaint.line), complaint.text);
 }
 
-} // namespace client
+} // namespace lab

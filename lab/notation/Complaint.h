@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace client {
+namespace lab {
 
 /// Something wrong with a line of a file.
 struct Complaint {
@@ -17,4 +17,4 @@ using Complaints = std::vector<Complaint>;
 /// "path:12: text" as compilers write it, so that editors find the place.
 QString withPlace(const QString &path, const Complaint &complaint);
 
-} // namespace client
+} // namespace lab

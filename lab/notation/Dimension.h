@@ -1,6 +1,6 @@
 #pragma once
 
-namespace client {
+namespace lab {
 
 /// What kind of quantity a number is; decides which units may stand behind it.
 enum class Dimension {
@@ -18,4 +18,4 @@ enum class Dimension {
     Temperature,
 };
 
-} // namespace client
+} // namespace lab

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -67,4 +67,4 @@ std::string dump(const Json &json)
     return escaped(json.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
-} // namespace client
+} // namespace lab

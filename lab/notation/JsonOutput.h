@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace client {
+namespace lab {
 
 /// JSON that keeps its members in the order in which they were written down.
 using Json = nlohmann::ordered_json;
@@ -27,4 +27,4 @@ Json descriptionJson(const VekInstrumentDescription &description);
 /// Indented text; bytes that are no UTF-8 are replaced, and what a terminal would act on is escaped.
 std::string dump(const Json &json);
 
-} // namespace client
+} // namespace lab

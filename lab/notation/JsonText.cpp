@@ -4,7 +4,7 @@
 
 #include <iterator>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -279,4 +279,4 @@ std::optional<JsonValue> parseJson(const QByteArray &text, Complaints &complaint
     return builder.takeRoot();
 }
 
-} // namespace client
+} // namespace lab

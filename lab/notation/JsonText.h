@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 struct JsonMember;
 
@@ -46,4 +46,4 @@ QByteArray plainJson(const QByteArray &text);
 /// Reads a JSON text, with comments and commas as plainJson() has them. @return nothing, and one complaint, when it is no JSON
 std::optional<JsonValue> parseJson(const QByteArray &text, Complaints &complaints);
 
-} // namespace client
+} // namespace lab

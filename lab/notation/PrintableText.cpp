@@ -2,7 +2,7 @@
 
 #include <QVector>
 
-namespace client {
+namespace lab {
 
 bool isHarmless(uint character)
 {
@@ -32,4 +32,4 @@ QString printable(const QString &text)
     return QString::fromUcs4(shown.constData(), shown.size());
 }
 
-} // namespace client
+} // namespace lab

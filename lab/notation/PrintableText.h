@@ -2,7 +2,7 @@
 
 #include <QString>
 
-namespace client {
+namespace lab {
 
 /// Whether a terminal shows a character, in place of acting on it: no control, no change of direction, no line break.
 bool isHarmless(uint character);
@@ -11,4 +11,4 @@ bool isHarmless(uint character);
 /// direction of writing becomes a question mark, a line feed a blank.
 QString printable(const QString &text);
 
-} // namespace client
+} // namespace lab

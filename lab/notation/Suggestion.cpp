@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 int editDistance(const QString &from, const QString &to)
 {
@@ -50,4 +50,4 @@ QString didYouMean(const QString &word, const QStringList &candidates)
     return nearest.isEmpty() ? QString() : QStringLiteral("; did you mean \"%1\"?").arg(nearest);
 }
 
-} // namespace client
+} // namespace lab

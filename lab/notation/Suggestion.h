@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace client {
+namespace lab {
 
 /// How many letters have to be inserted, dropped, changed or swapped to get from one word to the other.
 int editDistance(const QString &from, const QString &to);
@@ -18,4 +18,4 @@ QString nearestWord(const QString &word, const QStringList &candidates);
 /// "; did you mean \"voltage\"?" for the end of a complaint, or nothing.
 QString didYouMean(const QString &word, const QStringList &candidates);
 
-} // namespace client
+} // namespace lab

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <optional>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -396,4 +396,4 @@ QString formatQuantity(double value, Dimension dimension)
     return QStringLiteral("%1 %2").arg(QString::number(value, 'g', digitsForPeople), baseUnit(dimension)).trimmed();
 }
 
-} // namespace client
+} // namespace lab

@@ -4,7 +4,7 @@
 
 #include <QString>
 
-namespace client {
+namespace lab {
 
 /// A number read from a text, or the reason why there is none.
 struct ParsedQuantity {
@@ -45,4 +45,4 @@ QString withPrefix(double value, const QString &unit, int digits);
  */
 QString formatQuantity(double value, Dimension dimension);
 
-} // namespace client
+} // namespace lab

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -103,4 +103,4 @@ void CycleTable::write(bool isWhole)
                   _discharge.duration, _last.time - _begin.time});
 }
 
-} // namespace client
+} // namespace lab

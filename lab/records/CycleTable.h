@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace client {
+namespace lab {
 
 /// What a row of samples tells of the cycle that it belongs to. Totals are since the start of the test.
 struct CycleMoment {
@@ -61,4 +61,4 @@ private:
     bool _hasRows = false;
 };
 
-} // namespace client
+} // namespace lab

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace client {
+namespace lab {
 
 void EnergyMeter::add(double time, double voltage, double current, int stepCount)
 {
@@ -31,4 +31,4 @@ void EnergyMeter::book(double current, double wattSeconds)
         _charging += wattSeconds / secondsOfHour;
 }
 
-} // namespace client
+} // namespace lab

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-namespace client {
+namespace lab {
 
 /**
  * Integrates the energy that goes into and comes out of a cell over the rows of a table, in watt-hours.
@@ -34,4 +34,4 @@ private:
     double _discharging = 0.0;
 };
 
-} // namespace client
+} // namespace lab

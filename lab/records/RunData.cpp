@@ -11,7 +11,7 @@
 #include <cmath>
 #include <map>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -161,4 +161,4 @@ std::optional<RunData> readRun(const QString &folder)
     return run;
 }
 
-} // namespace client
+} // namespace lab

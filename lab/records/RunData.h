@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 /// A stretch of samples between two announcements of the instrument.
 struct Segment {
@@ -52,4 +52,4 @@ struct RunData {
 /// Reads the folder of a run. @return nothing when it holds none
 std::optional<RunData> readRun(const QString &folder);
 
-} // namespace client
+} // namespace lab

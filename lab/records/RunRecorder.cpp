@@ -3,6 +3,7 @@
 #include "VekVersion.h"
 #include "lab/notation/JsonOutput.h"
 #include "lab/notation/JsonText.h"
+#include "lab/records/Sample.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -11,13 +12,12 @@
 
 #include <algorithm>
 
-namespace client {
+namespace lab {
 
 namespace {
 
 constexpr int recordVersion = 2;
 constexpr std::size_t mostMarks = 10000; // about 3 MB of record
-constexpr double coulombsOfAmpereHour = 3600.0;
 
 // Names of the Battery Data Format where it has them.
 const std::vector<CsvColumn> dcColumns{
@@ -265,4 +265,4 @@ void RunRecorder::writeSummary(RunState state, const QString &endMessage)
         _error = QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
 }
 
-} // namespace client
+} // namespace lab

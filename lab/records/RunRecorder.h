@@ -17,7 +17,7 @@
 #include <limits>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 /// What a run is made of, known before it begins.
 struct RunSetup {
@@ -108,4 +108,4 @@ private:
 /// "running", "completed" and so on.
 QString runStateName(RunState state);
 
-} // namespace client
+} // namespace lab

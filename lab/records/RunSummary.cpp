@@ -7,7 +7,7 @@
 
 #include <limits>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -176,4 +176,4 @@ RunSummary readSummary(const QString &path, QStringList &oddities)
     return summary;
 }
 
-} // namespace client
+} // namespace lab

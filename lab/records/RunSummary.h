@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace client {
+namespace lab {
 
 /// Where in the tables an element of the experiment begins, as the instrument announced it.
 struct ElementMark {
@@ -33,4 +33,4 @@ struct RunSummary {
  */
 RunSummary readSummary(const QString &path, QStringList &oddities);
 
-} // namespace client
+} // namespace lab

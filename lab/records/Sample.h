@@ -1,6 +1,6 @@
 #pragma once
 
-namespace client {
+namespace lab {
 
 constexpr double coulombsOfAmpereHour = 3600.0;
 
@@ -18,4 +18,4 @@ struct Sample {
     double netCharge() const { return charged - discharged; }
 };
 
-} // namespace client
+} // namespace lab

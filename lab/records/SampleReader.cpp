@@ -9,7 +9,7 @@
 #include <cmath>
 #include <string>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -18,7 +18,7 @@ constexpr double tolerance = 5.0;           ///< an interval that many times lon
 
 enum Quantity { Time, Voltage, Current, Charging, Discharging, AllCharge, NetCharge, Step, Cycle, Execution };
 
-const std::vector<HeadingRow> headings{
+const std::vector<HeadingRow> dcHeadings{
     // quantity, heading, factor; the first heading of a quantity that the table has counts
     {Time, "Test Time / s"},
     {Voltage, "Voltage / V"},
@@ -66,7 +66,7 @@ class SampleReader
 {
 public:
     SampleReader(const QString &path, const RunSummary &summary, RunData &run)
-        : _table(path, headings), _summary(summary), _run(run), _thinner(mostSamples)
+        : _table(path, dcHeadings), _summary(summary), _run(run), _thinner(mostSamples)
     {
     }
 
@@ -192,7 +192,7 @@ private:
         for (const Quantity quantity : needed) {
             if (!_table.has(quantity))
                 _run.oddities.append(
-                    QStringLiteral("dc.csv: has no column \"%1\"").arg(QLatin1String(headings[quantity].heading)));
+                    QStringLiteral("dc.csv: has no column \"%1\"").arg(QLatin1String(dcHeadings[quantity].heading)));
         }
     }
 
@@ -233,4 +233,4 @@ void readSamples(const QString &path, const RunSummary &summary, RunData &run)
     SampleReader(path, summary, run).read();
 }
 
-} // namespace client
+} // namespace lab

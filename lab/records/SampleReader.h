@@ -4,11 +4,11 @@
 
 #include <QString>
 
-namespace client {
+namespace lab {
 
 struct RunSummary;
 
 /// Reads dc.csv once, thinned, into the samples and segments of @p run, whose experiment has been read before.
 void readSamples(const QString &path, const RunSummary &summary, RunData &run);
 
-} // namespace client
+} // namespace lab

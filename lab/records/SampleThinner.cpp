@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -91,4 +91,4 @@ void SampleThinner::thinAgain()
     _limit = std::max(_limit, 2 * _kept.size()); // where little can go, not at every sample
 }
 
-} // namespace client
+} // namespace lab

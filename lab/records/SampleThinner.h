@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 /**
  * Keeps of any number of samples about as many as a picture can show, while they arrive.
@@ -34,4 +34,4 @@ private:
     std::size_t _limit;
 };
 
-} // namespace client
+} // namespace lab

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -164,4 +164,4 @@ void StepCounter::countSweepCycles(int substep)
     _hasSweptCycles = true;
 }
 
-} // namespace client
+} // namespace lab

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 /// What the experiment file says of one step.
 struct ProgramStep {
@@ -75,4 +75,4 @@ private:
     bool _hasSweptCycles = false; // of that step
 };
 
-} // namespace client
+} // namespace lab

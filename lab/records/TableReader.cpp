@@ -5,7 +5,7 @@
 #include <cstring>
 #include <limits>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -118,4 +118,4 @@ bool TableReader::splitLine()
     return !std::memchr(rest.data(), ',', rest.size());
 }
 
-} // namespace client
+} // namespace lab

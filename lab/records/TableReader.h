@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 /// One way in which tables write a quantity. Of the rows for one quantity the first counts whose heading is there.
 struct HeadingRow {
@@ -62,4 +62,4 @@ private:
     bool _hasLostStart = false; // of the line to come
 };
 
-} // namespace client
+} // namespace lab

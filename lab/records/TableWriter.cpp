@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -110,4 +110,4 @@ void TableWriter::check(bool isWritten)
     _error = QStringLiteral("%1: %2").arg(_file.fileName(), _file.errorString());
 }
 
-} // namespace client
+} // namespace lab

@@ -6,7 +6,7 @@
 #include <initializer_list>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 /// How finely a number is told: as finely as the instrument told it, and no finer.
 enum class Precision {
@@ -57,4 +57,4 @@ private:
     QString _error;
 };
 
-} // namespace client
+} // namespace lab

@@ -2,7 +2,7 @@
 
 #include <QTimer>
 
-namespace client {
+namespace lab {
 
 bool EventWait::exec(int milliseconds)
 {
@@ -27,4 +27,4 @@ void EventWait::end()
     _loop.quit();
 }
 
-} // namespace client
+} // namespace lab

@@ -3,7 +3,7 @@
 #include <QEventLoop>
 #include <QObject>
 
-namespace client {
+namespace lab {
 
 /**
  * One wait of the program: lets events run until end(), or until time is up. For one use.
@@ -31,4 +31,4 @@ private:
     bool _hasEnded = false;
 };
 
-} // namespace client
+} // namespace lab

@@ -6,7 +6,7 @@
 
 #include <limits>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -193,4 +193,4 @@ void RecordedRun::finish(RunState state, const QString &message)
     Q_EMIT finished();
 }
 
-} // namespace client
+} // namespace lab

@@ -10,7 +10,7 @@
 
 class VekInstrumentHandler;
 
-namespace client {
+namespace lab {
 
 class RunSignals;
 
@@ -96,4 +96,4 @@ private:
     QTimer _flush;
 };
 
-} // namespace client
+} // namespace lab

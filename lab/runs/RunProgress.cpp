@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace client {
+namespace lab {
 
 RunProgress::RunProgress(const VekExperimentPlan &plan) : _total(plan.expectedDuration())
 {
@@ -76,4 +76,4 @@ QString progressWords(double shareDone, double secondsLeft)
              end.toString(format));
 }
 
-} // namespace client
+} // namespace lab

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-namespace client {
+namespace lab {
 
 /**
  * How far a run has come by the plan of its experiment, which limits of voltage or current may cut short: what has ended
@@ -52,4 +52,4 @@ private:
  */
 QString progressWords(double shareDone, double secondsLeft);
 
-} // namespace client
+} // namespace lab

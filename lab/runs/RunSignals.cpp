@@ -3,7 +3,7 @@
 #include "VekInstrumentHandler.h"
 #include "lab/runs/RecordedRun.h"
 
-namespace client {
+namespace lab {
 
 RunSignals::RunSignals(const VekInstrumentHandler &handler)
 {
@@ -71,4 +71,4 @@ void RunSignals::onDeviceDisconnected()
     }
 }
 
-} // namespace client
+} // namespace lab

@@ -10,7 +10,7 @@
 
 class VekInstrumentHandler;
 
-namespace client {
+namespace lab {
 
 class RecordedRun;
 
@@ -44,4 +44,4 @@ private:
     std::array<RecordedRun *, 256> _runs = {}; // by channel
 };
 
-} // namespace client
+} // namespace lab

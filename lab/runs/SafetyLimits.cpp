@@ -9,7 +9,7 @@
 
 #include <limits>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -115,4 +115,4 @@ VekErrorCode SafetyLimits::apply(const VekInstrumentHandler &handler, unsigned c
     return VekErrorCode::Success;
 }
 
-} // namespace client
+} // namespace lab

@@ -7,7 +7,7 @@
 class VekInstrumentHandler;
 struct VekInstrumentDescription;
 
-namespace client {
+namespace lab {
 
 /// The limits that an instrument itself watches on a channel; what is not set stays as it is.
 struct SafetyLimits {
@@ -26,4 +26,4 @@ struct SafetyLimits {
     VekErrorCode replace(const VekInstrumentHandler &handler, unsigned char channel) const;
 };
 
-} // namespace client
+} // namespace lab

@@ -5,7 +5,7 @@
 
 #include <set>
 
-namespace client {
+namespace lab {
 
 namespace {
 
@@ -57,4 +57,4 @@ bool stopChannel(const VekInstrumentHandler &handler, unsigned char channel)
     return stopChannels(handler, {channel}).isConfirmed(channel);
 }
 
-} // namespace client
+} // namespace lab

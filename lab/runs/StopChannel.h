@@ -8,7 +8,7 @@
 
 class VekInstrumentHandler;
 
-namespace client {
+namespace lab {
 
 struct StopResults {
     std::map<int, QString> ends; ///< by channel, others too: how the instrument worded the end that it told
@@ -32,4 +32,4 @@ bool stopChannel(const VekInstrumentHandler &handler, unsigned char channel);
 StopResults collectEnds(const VekInstrumentHandler &handler, const std::vector<int> &channels,
                         const std::function<bool()> &ask);
 
-} // namespace client
+} // namespace lab

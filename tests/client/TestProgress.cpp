@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 using namespace client;
+using namespace lab;
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <QFile>
 
-using namespace client;
+using namespace lab;
 
 namespace {
 

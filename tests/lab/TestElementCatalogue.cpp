@@ -10,7 +10,7 @@
 
 #include <set>
 
-using namespace client;
+using namespace lab;
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include <memory>
 
-using namespace client;
+using namespace lab;
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include <limits>
 
-using namespace client;
+using namespace lab;
 
 namespace {
 

@@ -31,10 +31,10 @@ VekExperimentPlan planOf(VekAbstractElement &&element, unsigned int repeats = 1)
     return VekExperimentPlan::forModel(experiment, model);
 }
 
-client::Complaints complaintsOf(const client::ExperimentFile &file)
+lab::Complaints complaintsOf(const lab::ExperimentFile &file)
 {
     const int number = VekExperimentPlan::modelNumber(model);
-    return client::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, number), number);
+    return lab::complaintsOf(file, VekExperimentPlan::forModel(file.experiment, number), number);
 }
 
 bool isNear(double actual, double expected)
@@ -227,12 +227,12 @@ void TestExperimentPlan::complainsOfEveryBrokenLimit()
 void TestExperimentPlan::refusesWhatCannotBeMeant_data()
 {
     QTest::addColumn<QString>("element");
-    for (const QString &name : client::elementNames())
+    for (const QString &name : lab::elementNames())
         QTest::newRow(qPrintable(name)) << name;
 }
 
 /// A value that goes with those of all other properties.
-static double acceptableValue(const client::PropertyRow &property)
+static double acceptableValue(const lab::PropertyRow &property)
 {
     static const QHash<QString, double> values = {
         {"endVoltage", 0.2},   {"firstVoltageLimit", 0.3}, {"secondVoltageLimit", -0.3}, {"endCurrent", 0.02},
@@ -241,7 +241,7 @@ static double acceptableValue(const client::PropertyRow &property)
         {"voltageRange", 5.0}, {"stepsPerDecade", 10.0},   {"alphaFactor", 50.0},        {"minimumCycles", 2.0},
         {"minCycles", 2.0},
     };
-    const bool isFlag = property.kind == client::PropertyKind::Flag || property.kind == client::PropertyKind::Automatic;
+    const bool isFlag = property.kind == lab::PropertyKind::Flag || property.kind == lab::PropertyKind::Automatic;
     const bool isLower = QByteArray(property.name).startsWith("min") || QByteArray(property.name).contains("MinV");
     return values.value(property.name, isFlag ? 0.0 : isLower ? 0.001 : 0.01);
 }
@@ -250,10 +250,10 @@ static double acceptableValue(const client::PropertyRow &property)
 void TestExperimentPlan::refusesWhatCannotBeMeant()
 {
     QFETCH(const QString, element);
-    const client::ElementRow &row = *client::findElement(element);
-    const auto resultWith = [&row](const client::PropertyRow *spoilt, double value) {
+    const lab::ElementRow &row = *lab::findElement(element);
+    const auto resultWith = [&row](const lab::PropertyRow *spoilt, double value) {
         const auto made = row.make();
-        for (const client::PropertyRow &property : row.properties)
+        for (const lab::PropertyRow &property : row.properties)
             property.set(*made, acceptableValue(property));
         if (spoilt)
             spoilt->set(*made, value); // last: two properties of the open circuit are one value
@@ -263,8 +263,8 @@ void TestExperimentPlan::refusesWhatCannotBeMeant()
     };
     const VekErrorCode asItShould = resultWith(nullptr, 0.0);
     QVERIFY2(asItShould == VekErrorCode::Success, qPrintable(asItShould.message()));
-    for (const client::PropertyRow &property : row.properties) {
-        if (property.kind != client::PropertyKind::Quantity)
+    for (const lab::PropertyRow &property : row.properties) {
+        if (property.kind != lab::PropertyKind::Quantity)
             continue;
         for (const double value : {qQNaN(), qInf(), -qInf()}) {
             const VekErrorCode result = resultWith(&property, value);
@@ -281,21 +281,21 @@ void TestExperimentPlan::refusesWhatCannotBeMeant()
             const VekErrorCode result = resultWith(&property, property.none);
             QVERIFY2(result == VekErrorCode::Success, qPrintable(result.message()));
         }
-        if (property.dimension == client::Dimension::Time)
+        if (property.dimension == lab::Dimension::Time)
             QVERIFY2(resultWith(&property, -1.0) != VekErrorCode::Success, property.name);
     }
 }
 
 void TestExperimentPlan::placesComplaintsInTheFile()
 {
-    const client::ExperimentFile file = client::parseExperiment(
+    const lab::ExperimentFile file = lab::parseExperiment(
         "{\"schemaVersion\": 1, \"elements\": [\n"
         "{\"element\": \"ConstantCurrent\", \"current\": 1, \"samplingInterval\": 1, \"maxDuration\": 1},\n"
         "{\"group\": [\n"
         "{\"element\": \"ConstantCurrent\", \"current\": 2, \"samplingInterval\": 1, \"maxDuration\": 1}]}]}",
         "file");
     QVERIFY(file.isUsable());
-    const client::Complaints complaints = complaintsOf(file);
+    const lab::Complaints complaints = complaintsOf(file);
     QCOMPARE(complaints.size(), std::size_t(1));
     QCOMPARE(complaints.front().line, 4);
     QVERIFY(complaints.front().text.contains("current is 2 A; the Alder takes values from -1 A to 1 A"));
@@ -361,10 +361,10 @@ void TestExperimentPlan::tellsFileAndModelTogether()
 {
     QFETCH(QByteArray, element);
     QFETCH(QStringList, complaints);
-    const client::Complaints told =
-        complaintsOf(client::parseExperiment("{\"schemaVersion\": 1, \"elements\": [\n" + element + "]}", "file"));
+    const lab::Complaints told =
+        complaintsOf(lab::parseExperiment("{\"schemaVersion\": 1, \"elements\": [\n" + element + "]}", "file"));
     QStringList lines;
-    for (const client::Complaint &each : told)
+    for (const lab::Complaint &each : told)
         lines.append(QStringLiteral("%1: %2").arg(QString::number(each.line), each.text));
     QVERIFY2(lines.size() == complaints.size(), qPrintable(lines.join('\n')));
     for (int index = 0; index < lines.size(); ++index) {
@@ -383,23 +383,22 @@ void TestExperimentPlan::findsAPropertyForEachLimit_data()
 void TestExperimentPlan::findsAPropertyForEachLimit()
 {
     QFETCH(const QString, element);
-    const client::ElementRow &row = *client::findElement(element);
-    for (const client::PropertyRow &spoilt : row.properties) {
-        const bool isNumber =
-            spoilt.kind == client::PropertyKind::Quantity || spoilt.kind == client::PropertyKind::Count;
+    const lab::ElementRow &row = *lab::findElement(element);
+    for (const lab::PropertyRow &spoilt : row.properties) {
+        const bool isNumber = spoilt.kind == lab::PropertyKind::Quantity || spoilt.kind == lab::PropertyKind::Count;
         for (const double value : {-1e9, 0.0, 1e-9, 1e9}) {
-            if (!isNumber || (value < 0.0 && spoilt.kind == client::PropertyKind::Count))
+            if (!isNumber || (value < 0.0 && spoilt.kind == lab::PropertyKind::Count))
                 continue;
-            client::ExperimentFile file;
-            client::FileElement made{1, element, row.make(), {}, {}};
-            for (const client::PropertyRow &property : row.properties) {
+            lab::ExperimentFile file;
+            lab::FileElement made{1, element, row.make(), {}, {}};
+            for (const lab::PropertyRow &property : row.properties) {
                 property.set(*made.element, &property == &spoilt ? value : acceptableValue(property));
                 made.propertyLines[property.name] = 2;
             }
             made.propertyLines[spoilt.name] = 3;
             file.experiment.appendElement(*made.element, 1);
             file.elements.push_back(made);
-            for (const client::Complaint &complaint : complaintsOf(file))
+            for (const lab::Complaint &complaint : complaintsOf(file))
                 QVERIFY2(complaint.line > 1, qPrintable(QString(spoilt.name) + ": " + complaint.text));
         }
     }
@@ -407,17 +406,17 @@ void TestExperimentPlan::findsAPropertyForEachLimit()
 
 void TestExperimentPlan::placesComplaintsAtTheirProperty()
 {
-    const client::ExperimentFile file =
-        client::parseExperiment("{\"schemaVersion\": 1, \"elements\": [\n"
-                                "{\"element\": \"OpenCircuit\", \"samplingInterval\": 1, \"maxDuration\": 1},\n"
-                                "{\"element\": \"ConstantCurrent\", \"current\": 1, \"samplingInterval\": 1,\n"
-                                "\"minVoltage\": 1,\n\"maxVoltage\": -1, \"maxDuration\": 1}]}",
-                                "file");
+    const lab::ExperimentFile file =
+        lab::parseExperiment("{\"schemaVersion\": 1, \"elements\": [\n"
+                             "{\"element\": \"OpenCircuit\", \"samplingInterval\": 1, \"maxDuration\": 1},\n"
+                             "{\"element\": \"ConstantCurrent\", \"current\": 1, \"samplingInterval\": 1,\n"
+                             "\"minVoltage\": 1,\n\"maxVoltage\": -1, \"maxDuration\": 1}]}",
+                             "file");
     QVERIFY(file.isUsable());
     const VekExperimentPlan plan = VekExperimentPlan::forModel(file.experiment, model);
     QCOMPARE(plan.result(), VekErrorCode::ImplausibleParameters);
     QCOMPARE(plan.complaints().at(0).property(), QStringLiteral("maxVoltage"));
-    const client::Complaints complaints = complaintsOf(file);
+    const lab::Complaints complaints = complaintsOf(file);
     QCOMPARE(complaints.size(), std::size_t(1));
     QCOMPARE(complaints.front().line, 5);
 }

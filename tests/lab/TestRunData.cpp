@@ -8,7 +8,7 @@
 #include <QCoreApplication>
 #include <QFile>
 
-using namespace client;
+using namespace lab;
 
 namespace {
 

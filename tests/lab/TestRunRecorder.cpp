@@ -7,7 +7,7 @@
 #include <clocale>
 #include <limits>
 
-using namespace client;
+using namespace lab;
 
 namespace {
 
@@ -43,7 +43,7 @@ VekDCData sampleOf(double time, double voltage, double current)
 
 } // namespace
 
-Q_DECLARE_METATYPE(client::Precision)
+Q_DECLARE_METATYPE(lab::Precision)
 
 class TestRunRecorder : public QObject
 {

@@ -2,7 +2,7 @@
 
 #include "support/TestMain.h"
 
-using namespace client;
+using namespace lab;
 
 namespace {
 

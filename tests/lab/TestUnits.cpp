@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-using namespace client;
+using namespace lab;
 
 class TestUnits : public QObject
 {

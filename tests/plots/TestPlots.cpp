@@ -19,7 +19,8 @@
 
 #include <cmath>
 
-using namespace client;
+using namespace lab;
+using namespace plots;
 
 namespace {
 
