@@ -6,6 +6,7 @@
 #include "client/commands/ListCommand.h"
 #include "client/commands/ManualCommand.h"
 #include "client/commands/MonitorCommand.h"
+#include "client/commands/Pictures.h"
 #include "client/commands/PlanCommand.h"
 #include "client/commands/PlotCommand.h"
 #include "client/commands/RunCommand.h"
@@ -16,7 +17,6 @@
 #include "client/terminal/ExitCode.h"
 #include "client/terminal/SignalWatcher.h"
 #include "lab/notation/Suggestion.h"
-#include "plots/RunPlots.h"
 
 #include <QCoreApplication>
 
@@ -57,12 +57,13 @@ Commands makeCommands(CLI::App &app)
     return commands;
 }
 
-/// Only what draws takes any part of the GUI.
+/// Only what draws takes any part of the GUI. @return null, after a message, where that is not to be had
 std::unique_ptr<QCoreApplication> makeApplication(const Command &command, int &argc, char **argv)
 {
-    if (command.drawsPictures())
-        return plots::makeDrawingApplication(argc, argv);
-    return std::make_unique<QCoreApplication>(argc, argv);
+    if (!command.drawsPictures())
+        return std::make_unique<QCoreApplication>(argc, argv);
+    plots::PlotModule *const module = plotModule();
+    return module ? module->makeApplication(argc, argv) : nullptr;
 }
 
 /// Qt's own dispatcher takes a third less processor time for each packet than GLib's. The user's choice goes first.
@@ -79,6 +80,8 @@ int execute(const Commands &commands, int &argc, char **argv)
             continue;
         chooseEventDispatcher();
         const std::unique_ptr<QCoreApplication> application = makeApplication(*command, argc, argv);
+        if (!application)
+            return LocalFailure;
         const SignalWatcher watcher;
         return command->run();
     }

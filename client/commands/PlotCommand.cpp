@@ -5,6 +5,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace client {
 
 PlotCommand::PlotCommand(CLI::App &parent)
@@ -12,6 +14,13 @@ PlotCommand::PlotCommand(CLI::App &parent)
               "  nimbrelle plot cycle-20260301-101500")
 {
     app().add_option("FOLDER", _folders, "Folder of a run")->required();
+}
+
+/// For a folder that is not there nothing has to be loaded.
+bool PlotCommand::drawsPictures() const
+{
+    return std::any_of(_folders.begin(), _folders.end(),
+                       [](const std::string &each) { return QFileInfo(QString::fromStdString(each)).isDir(); });
 }
 
 int PlotCommand::run()
