@@ -1,18 +1,16 @@
-// Measures the Fourier analysis of a record's two signals against the plain scalar form, and the two against each other:
-// after the table of times come one line with the largest deviation, and the ratios of the times. The exit code is 1 if
-// an output deviates by more than 1e-9 of its signal's fundamental.
+// The Fourier analysis of a record's two signals. After the ratios comes the largest deviation from the plain form; the
+// exit code is 1 if an output deviates by more than 1e-9 of its signal's fundamental.
 
+#include "TableRow.h"
 #include "nimbrellelibrary/FourierAnalysis.h"
-#include "support/PlainFourier.h"
+#include "reference/PlainFourier.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <map>
 #include <random>
-#include <string>
 
 namespace {
 
@@ -48,7 +46,7 @@ RecordSpectra plainSpectra(const Record &record)
             plainFourier(record.voltage, sampleFrequency, record.frequency, analysedHarmonics)};
 }
 
-RecordSpectra librarySpectra(const Record &record, FourierKernel kernel)
+RecordSpectra librarySpectra(const Record &record, const FourierKernel &kernel)
 {
     return analyseRecord(record.current, record.voltage, sampleFrequency, record.frequency, analysedHarmonics, kernel);
 }
@@ -63,7 +61,7 @@ double deviation(const Spectrum &one, const Spectrum &reference)
     return largest / std::abs(reference[1]);
 }
 
-double worstDeviation(FourierKernel kernel)
+bool isWithinDeviation(const char *form, const FourierKernel &kernel)
 {
     double worst = 0.0;
     for (const int samples : recordSizes) {
@@ -72,76 +70,47 @@ double worstDeviation(FourierKernel kernel)
         const RecordSpectra library = librarySpectra(record, kernel);
         worst = std::max({worst, deviation(library.current, plain.current), deviation(library.voltage, plain.voltage)});
     }
-    return worst;
-}
-
-/// Shows the table and keeps the times for the ratios.
-class RatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        for (const Run &run : runs)
-            if (run.run_type == Run::RT_Iteration)
-                keepFastest(run.benchmark_name(), run.GetAdjustedCPUTime());
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    void printRatios(const std::string &form) const
-    {
-        for (const int samples : recordSizes) {
-            const auto plain = _times.find("plain/" + std::to_string(samples));
-            const auto fast = _times.find(form + "/" + std::to_string(samples));
-            if (plain != _times.end() && fast != _times.end())
-                std::printf("%s, %d samples: %.2f times the plain form\n", form.c_str(), samples,
-                            plain->second / fast->second);
-        }
-    }
-
-private:
-    void keepFastest(const std::string &name, double time)
-    {
-        const auto found = _times.emplace(name, time).first;
-        found->second = std::min(found->second, time);
-    }
-
-    std::map<std::string, double> _times; ///< nanoseconds of processor time per record
-};
-
-void registerForm(const std::string &form, RecordSpectra (*analyse)(const Record &))
-{
-    for (const int samples : recordSizes)
-        benchmark::RegisterBenchmark((form + "/" + std::to_string(samples)).c_str(),
-                                     [samples, analyse](benchmark::State &state) {
-                                         const Record record = recordOf(samples);
-                                         for (auto _ : state)
-                                             benchmark::DoNotOptimize(analyse(record));
-                                     });
-}
-
-bool checkDeviation(const char *form, FourierKernel kernel)
-{
-    const double worst = worstDeviation(kernel);
-    std::printf("%s: largest deviation %.1e of the fundamental\n", form, worst);
+    std::fprintf(stderr, "%s: largest deviation %.1e of the fundamental\n", form, worst);
     return worst <= largestDeviation;
+}
+
+/// Analyses a record as often as makes up for its size.
+template <typename Analyse>
+TableRow::Work repeatedly(int samples, Analyse analyse)
+{
+    return [record = recordOf(samples), calls = 100000 / samples, analyse] {
+        for (int call = 0; call < calls; ++call)
+            benchmark::DoNotOptimize(analyse(record));
+    };
+}
+
+TableRow rowOf(const std::string &form, const FourierKernel &kernel, double aim, const std::vector<int> &sizes)
+{
+    TableRow row("Fourier, " + form, "scalar reference", {Aim::TimesFasterAtLeast, aim});
+    for (const int samples : sizes)
+        row.addCase(form + " " + std::to_string(samples),
+                    repeatedly(samples, [&kernel](const Record &record) { return librarySpectra(record, kernel); }),
+                    repeatedly(samples, plainSpectra));
+    return row;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    benchmark::Initialize(&argc, argv);
-    registerForm("plain", plainSpectra);
-    registerForm("baseline", [](const Record &record) { return librarySpectra(record, sumHarmonicBaseline); });
-    if (isAvx2Usable())
-        registerForm("avx2", [](const Record &record) { return librarySpectra(record, sumHarmonicAvx2); });
-
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    bool isWithin = checkDeviation("baseline", sumHarmonicBaseline);
-    if (isAvx2Usable())
-        isWithin = checkDeviation("avx2", sumHarmonicAvx2) && isWithin;
-    reporter.printRatios("baseline");
-    reporter.printRatios("avx2");
-    return isWithin ? 0 : 1;
+    const std::vector<int> shortest = {100};
+    const std::vector<int> others = {1000, 10000, 100000};
+    std::vector<TableRow> rows;
+    rows.push_back(rowOf("baseline x86-64", baselineKernel, 5, others));
+    rows.push_back(rowOf("baseline x86-64, 100 samples", baselineKernel, 5, shortest));
+    bool isWithin = isWithinDeviation("baseline", baselineKernel);
+    if (isAvx2Usable()) {
+        rows.push_back(rowOf("AVX2", *avx2Kernel, 5, others));
+        isWithin = isWithinDeviation("AVX2", *avx2Kernel) && isWithin;
+    }
+    std::vector<TableRow *> measured;
+    for (TableRow &row : rows)
+        measured.push_back(&row);
+    const int result = measureRows(argc, argv, measured);
+    return isWithin ? result : 1;
 }

@@ -7,19 +7,33 @@
 #include <ctime>
 #include <malloc.h>
 #include <map>
+#include <sys/resource.h>
 #include <utility>
 
 namespace {
 
-/// Processor time of this thread, which a crowded machine prolongs less than the time of a clock.
+double secondsOf(const timeval &time)
+{
+    return double(time.tv_sec) + 1e-6 * double(time.tv_usec);
+}
+
+/// Processor time of this thread, and of the programs that it has waited for; a crowded machine prolongs it less than
+/// the time of a clock.
+double processorSeconds()
+{
+    timespec own;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &own);
+    rusage children;
+    getrusage(RUSAGE_CHILDREN, &children);
+    return double(own.tv_sec) + 1e-9 * double(own.tv_nsec) + secondsOf(children.ru_utime) +
+           secondsOf(children.ru_stime);
+}
+
 double secondsOf(const TableRow::Work &work)
 {
-    timespec begin;
-    timespec end;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &begin);
+    const double begin = processorSeconds();
     work();
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &end);
-    return double(end.tv_sec - begin.tv_sec) + 1e-9 * double(end.tv_nsec - begin.tv_nsec);
+    return processorSeconds() - begin;
 }
 
 /// Otherwise the one that frees more pays the kernel for new pages with every call.
@@ -113,13 +127,16 @@ int measureRows(int argc, char **argv, const std::vector<TableRow *> &rows)
                 double work = 0.0;
                 double reference = 0.0;
                 for (auto _ : state) {
-                    work += secondsOf(each.work);
-                    reference += secondsOf(each.reference);
+                    const double workSeconds = secondsOf(each.work);
+                    const double referenceSeconds = secondsOf(each.reference);
+                    work += workSeconds;
+                    reference += referenceSeconds;
+                    state.SetIterationTime(workSeconds + referenceSeconds);
                 }
                 state.counters["ratio"] = work / each.scale / reference;
                 state.counters["work"] = work / double(state.iterations());
                 state.counters["reference"] = reference / double(state.iterations());
-            });
+            })->UseManualTime();
     TableRow::Reporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     for (const TableRow *row : rows)

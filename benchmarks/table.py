@@ -15,9 +15,12 @@ import sys
 PROGRAMS = [
     "expansion-benchmark",
     "hex-benchmark",
+    "announcement-benchmark",
     "frame-benchmark",
     "dc-record-benchmark",
     "delta-packet-benchmark",
+    "fourier-benchmark",
+    "version-benchmark",
 ]
 
 

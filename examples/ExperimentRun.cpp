@@ -54,10 +54,10 @@ void passOn(const VekInstrumentHandler &handler, const RunObservers &observers, 
 
 int waitForEnd(const VekInstrumentHandler &handler, QEventLoop &loop)
 {
-    QObject::connect(&handler, &VekInstrumentHandler::experimentStopped, &loop,
-                     [&loop](unsigned char, const QString &reason) {
+    QObject::connect(&handler, &VekInstrumentHandler::experimentEnded, &loop,
+                     [&loop](unsigned char, VekExperimentEnd end, const QString &reason) {
                          std::cerr << qPrintable(reason) << '\n';
-                         loop.exit(reason == QLatin1String("Experiment completed") ? Done : Refused);
+                         loop.exit(end == VekExperimentEnd::Completed ? Done : Refused);
                      });
     QObject::connect(&handler, &VekInstrumentHandler::deviceDisconnected, &loop,
                      [&loop] { loop.exit(fail(NoConnection, QStringLiteral("The device has gone."))); });

@@ -36,7 +36,7 @@ public:
         InvalidParameters = 54, ///< the message names every limit that was broken
         NoExperimentRunning = 55,
         ExperimentUploaded = 56,
-        ImplausibleParameters = 57, ///< within the prescribed limits, but cannot be meant; the message names each one
+        ImplausibleParameters = 57, ///< within the limits of the model, but cannot be meant; the message names each one
         ExperimentTooLarge = 58,    ///< more nodes than an instrument can count, a longer loop, or too deep a tree
         CommandNotSent = 100,
         ManualCurrentRangeNotSet = 101,

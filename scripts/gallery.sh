@@ -66,6 +66,6 @@ run mott-schottky        semiconductor;                keep mott-schottky mott-s
 run battery-cycling      battery:Q=3600,soc=0,Rs=0.1,R=0.05,C=80,efficiency=0.99
 keep battery-cycling time cycling voltage-capacity differential-capacity
 
-simulated=(--model Gale --channels 4) linked=(--link 0,1,2,3)
+simulated=(--model Gale --channels 4) linked=(--link "0,1,2,3")
 run linked-cycling       battery:Q=14400,soc=0,Rs=0.025,R=0.0125,C=320,efficiency=0.99
 keep linked-cycling cycling

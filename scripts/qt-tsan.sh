@@ -46,6 +46,7 @@ fetch_source() {
     local lists=(-o "Dir::Etc::SourceList=$work/apt/sources.list" -o Dir::Etc::SourceParts=- -o "Dir::State=$work/apt"
                  -o "Dir::Cache=$work/apt")
     mkdir -p "$work/apt/lists/partial" "$work/apt/archives/partial"
+    # shellcheck disable=SC2016 # the names are apt's
     apt-get indextargets --format 'deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' 'Origin: Debian' |
         sort -u >"$work/apt/sources.list"
     [ -s "$work/apt/sources.list" ] || say "apt knows no package source yet: run apt-get update"

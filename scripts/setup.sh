@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what the build, the tests and the demo need on Debian 12; with --usb also what the USB lane needs, with --tsan
-# what builds the Qt of the thread sanitizer. Says nothing when nothing is missing.
+# what builds the Qt of the thread sanitizer, with --check what scripts/check.sh calls. Says nothing when nothing is missing.
 set -euo pipefail
 
 packages=(
@@ -15,6 +15,7 @@ packages=(
 )
 [ "${1:-}" = --usb ] && packages+=(qemu-system-x86 udev kmod cpio binutils)
 [ "${1:-}" = --tsan ] && packages+=(dpkg-dev make perl)
+[ "${1:-}" = --check ] && packages+=(git clang-format clang-tidy shellcheck pyflakes3)
 
 missing=()
 for package in "${packages[@]}"; do

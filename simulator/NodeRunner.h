@@ -116,7 +116,7 @@ private:
     Verdict judge(const Regulator &regulator, double time, double charge) const;
     Verdict judge() const { return judge(_regulator, _time, _charge); }
     bool isNodeLimitPassed(const CellReading &reading, double charge) const;
-    bool hasSettled(const RunSample &sample) const;
+    bool hasSettled(const RunSample &before) const;
     Control controlAt(double time) const { return _segment.control.after(time - _segmentStart); }
     quint64 tickAt(double time) const;
     void report(const CellReading &reading);

@@ -147,7 +147,7 @@ private:
     void chooseRanges(const CellReading &reading);
     void beginNode(quint64 tick, int index, const ExpNode_t &node);
     double secondsOfRun(quint64 tick) const;
-    void measure(const RunSample &sample, const Part &part, quint8 counter);
+    void measure(const RunSample &run, const Part &part, quint8 counter);
     void sendDcRecord(const DcSample &sample, quint8 counter);
     void sendToAll(Notifications_t type, const QByteArray &payload = QByteArray());
     void dissolveGroup();

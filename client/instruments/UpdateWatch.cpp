@@ -14,19 +14,14 @@ namespace {
 
 constexpr int silenceMs = 60000; ///< a bootloader that takes nothing is given up by the library long before
 constexpr int barLength = 20;
-const QString unknownModel = QStringLiteral("Unknow HID model connections. "); ///< an update that cannot go on
-const QString successMark = QStringLiteral(": Firmware updated successfully.");
-const QString progressMark = QStringLiteral(": Progress ");
+
+/// Without the line end that may still be in the name that an instrument has.
+QString inOneLine(QString text)
+{
+    return printable(text.remove(QLatin1Char('\n')));
+}
 
 } // namespace
-
-int progressIn(const QString &notification)
-{
-    const int at = notification.lastIndexOf(progressMark);
-    bool isNumber = false;
-    const int percent = at < 0 ? -1 : notification.mid(at + progressMark.size()).toInt(&isNumber);
-    return isNumber ? percent : -1;
-}
 
 QString progressBar(const QString &deviceName, int percent)
 {
@@ -38,7 +33,7 @@ QString progressBar(const QString &deviceName, int percent)
 UpdateWatch::UpdateWatch()
 {
     const VekDeviceTracker *tracker = VekDeviceTracker::Instance();
-    connect(tracker, &VekDeviceTracker::firmwareUpdateNotification, this, &UpdateWatch::onNotification);
+    connect(tracker, &VekDeviceTracker::firmwareUpdateStageReached, this, &UpdateWatch::onStage);
     connect(SignalWatcher::instance(), &SignalWatcher::interrupted, this, &UpdateWatch::onInterrupted);
     _silence.setSingleShot(true);
     _silence.setInterval(silenceMs);
@@ -60,25 +55,22 @@ ExitCode UpdateWatch::waitForEnds(int count)
     return !_isSilent && _failed == 0 ? Done : Refused;
 }
 
-void UpdateWatch::onNotification(const QString &notification)
+void UpdateWatch::onStage(const QString &deviceName, VekFirmwareUpdateStage stage, int percent, const QString &message)
 {
-    // Begins with the name that the instrument has, where a line end may still be.
-    const QString text = printable(QString(notification).remove(QLatin1Char('\n')));
+    using Stage = VekFirmwareUpdateStage;
     _silence.start();
-    const int percent = progressIn(text);
-    if (percent >= 0)
+    if (stage == Stage::Writing)
         return Console::instance().progress(
-            [&](int) { return QStringList(progressBar(text.left(text.lastIndexOf(progressMark)), percent)); });
-    const bool hasFailed = text == unknownModel || text.endsWith(QLatin1String(": Firmware update failed."));
-    const bool isStandIn = text.endsWith(VekErrorCode(VekErrorCode::StandInFirmware).message());
-    if (hasFailed || isStandIn)
-        Console::instance().error(text);
+            [&](int) { return QStringList(progressBar(inOneLine(deviceName), percent)); });
+    const bool hasFailed = stage == Stage::Failed || stage == Stage::UnknownModel;
+    if (hasFailed || stage == Stage::StandInFirmware)
+        Console::instance().error(inOneLine(message));
     else
-        Console::instance().note(text);
+        Console::instance().note(inOneLine(message));
     _failed += hasFailed ? 1 : 0;
-    _hasMetStandIn = _hasMetStandIn || isStandIn;
-    if (text.endsWith(successMark))
-        _updated.append(text.chopped(successMark.size()));
+    _hasMetStandIn = _hasMetStandIn || stage == Stage::StandInFirmware;
+    if (stage == Stage::Succeeded)
+        _updated.append(inOneLine(deviceName));
     Q_EMIT changed();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "VekFirmwareUpdateStage.h"
 #include "client/terminal/ExitCode.h"
 
 #include <QObject>
@@ -9,16 +10,11 @@
 
 namespace client {
 
-/// The percentage in a text such as "Alder-0042: Progress 17"; -1 in any other.
-int progressIn(const QString &notification);
-
 /// "[########            ]  40 % Alder-0042"
 QString progressBar(const QString &deviceName, int percent);
 
 /**
  * Shows the course of firmware updates and waits for their ends. Make it before the update is started.
- *
- * The ends are read from the library's texts, which come for every kind of bootloader.
  *
  * @thread The main thread.
  */
@@ -46,7 +42,7 @@ Q_SIGNALS:
     void changed();
 
 private Q_SLOTS:
-    void onNotification(const QString &notification);
+    void onStage(const QString &deviceName, VekFirmwareUpdateStage stage, int percent, const QString &message);
     void onInterrupted();
     void onSilence();
 

@@ -11,6 +11,7 @@ constexpr double ticksPerSecond = 1e8;
 constexpr double microsecondsPerSecond = 1e6;
 constexpr int digitsOfTotal = 12;
 constexpr int digitsOfEstimate = 9;
+constexpr int mostBytesOfRow = 512; ///< of most rows: longer ones are written, too
 
 double rounded(double value, double partsOfUnit)
 {
@@ -77,6 +78,7 @@ bool TableWriter::create(const QString &path, const std::vector<CsvColumn> &colu
     for (const CsvColumn &column : columns)
         _line += (_line.isEmpty() ? QByteArray() : QByteArray(",")) + column.heading;
     check(_file.write(_line + '\n') > 0);
+    _line.reserve(mostBytesOfRow); // reserved memory is kept when a line is begun anew
     flush();
     return _error.isEmpty();
 }

@@ -124,11 +124,11 @@ void RecordedRun::noteAc(const VekACData &data)
     Q_EMIT progressed();
 }
 
-void RecordedRun::noteEnd(const QString &reason)
+void RecordedRun::noteEnd(VekExperimentEnd end, const QString &reason)
 {
     if (_isInterrupted)
         finish(RunState::Interrupted, reason);
-    else if (reason == QLatin1String("Experiment completed"))
+    else if (end == VekExperimentEnd::Completed)
         finish(RunState::Completed, reason);
     else
         finish(RunState::Stopped, reason);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VekErrorCode.h"
+#include "VekExperimentEnd.h"
 #include "lab/records/RunRecorder.h"
 #include "lab/runs/RunProgress.h"
 
@@ -52,7 +53,7 @@ public:
     void noteElement(const VekExperimentNode &node);
     void noteDc(const VekDCData &data);
     void noteAc(const VekACData &data);
-    void noteEnd(const QString &reason);
+    void noteEnd(VekExperimentEnd end, const QString &reason);
     void noteDeviceError(const QString &text);
     void noteLoss();
     /// @}

@@ -12,7 +12,7 @@ RunSignals::RunSignals(const VekInstrumentHandler &handler)
     connect(&handler, &Handler::experimentNewElementStarting, this, &RunSignals::onElementStarting);
     connect(&handler, &Handler::activeDCDataReady, this, &RunSignals::onDcDataReady);
     connect(&handler, &Handler::activeACDataReady, this, &RunSignals::onAcDataReady);
-    connect(&handler, &Handler::experimentStopped, this, &RunSignals::onExperimentStopped);
+    connect(&handler, &Handler::experimentEnded, this, &RunSignals::onExperimentEnded);
     connect(&handler, &Handler::deviceError, this, &RunSignals::onDeviceError);
     connect(&handler, &Handler::deviceDisconnected, this, &RunSignals::onDeviceDisconnected);
 }
@@ -51,10 +51,10 @@ void RunSignals::onAcDataReady(unsigned char channel, const VekACData &data)
         run->noteAc(data);
 }
 
-void RunSignals::onExperimentStopped(unsigned char channel, const QString &reason)
+void RunSignals::onExperimentEnded(unsigned char channel, VekExperimentEnd end, const QString &reason)
 {
     if (RecordedRun *const run = _runs[channel])
-        run->noteEnd(reason);
+        run->noteEnd(end, reason);
 }
 
 void RunSignals::onDeviceError(unsigned char channel, const QString &text)

@@ -2,6 +2,7 @@
 
 #include "VekACData.h"
 #include "VekDCData.h"
+#include "VekExperimentEnd.h"
 #include "VekExperimentNode.h"
 
 #include <QObject>
@@ -36,7 +37,7 @@ private Q_SLOTS:
     void onElementStarting(unsigned char channel, const VekExperimentNode &node);
     void onDcDataReady(unsigned char channel, const VekDCData &data);
     void onAcDataReady(unsigned char channel, const VekACData &data);
-    void onExperimentStopped(unsigned char channel, const QString &reason);
+    void onExperimentEnded(unsigned char channel, VekExperimentEnd end, const QString &reason);
     void onDeviceError(unsigned char channel, const QString &text);
     void onDeviceDisconnected();
 

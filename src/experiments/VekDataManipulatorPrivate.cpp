@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+// See compatibility.md, code of a refused pulse type.
 VekErrorCode VekDataManipulatorPrivate::setPulseType(VekPulseType type, double width, double period)
 {
     if (type != DifferentialPulse && type != NormalPulse)
@@ -61,7 +62,7 @@ void VekDataManipulatorPrivate::loadPulseSample(const VekDCData &data, bool isOn
         storeBase(data, false);
 }
 
-// Deliberate: the two levels are the other way round than for the other types.
+// The other way round than for the other types. See compatibility.md, levels of a square wave.
 void VekDataManipulatorPrivate::loadSquareWaveSample(const VekDCData &data, bool isOnPulse)
 {
     if (!isOnPulse) {

@@ -39,6 +39,7 @@ VekDeviceTracker::VekDeviceTracker() : _private(new VekDeviceTrackerPrivate(this
     connect(_private, &VekDeviceTrackerPrivate::deviceConnected, this, &VekDeviceTracker::newDeviceConnected);
 }
 
+// See compatibility.md, tracker that can be copied.
 VekDeviceTracker::VekDeviceTracker(const VekDeviceTracker &) : QObject(), _private(nullptr)
 {
 }
@@ -58,7 +59,7 @@ VekErrorCode VekDeviceTracker::connectToDevice(const QString &deviceName)
     for (const QSerialPortInfo &port : ports) {
         if (_private->nameFromActiveComport(port.portName()) == deviceName)
             return VekErrorCode::Success;
-        // Deliberate: the first port that answers ends the search, whatever stands behind it.
+        // Whatever stands behind it. See compatibility.md, first port ends the search.
         if (const auto result = _private->connectToPort(port.portName(), deviceName))
             return *result;
     }

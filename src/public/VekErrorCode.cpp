@@ -58,7 +58,7 @@ constexpr ErrorTextRow errorTextRows[] = {
     {VekErrorCode::ChannelVminNotSet, "Channel minimum voltage is not set. Please try again."},
     {VekErrorCode::ChannelImaxNotSet, "Channel maximum current is not set. Please try again."},
     {VekErrorCode::ChannelIminNotSet, "Channel minimum current is not set. Please try again."},
-    // Deliberate: the text says minimum although the code guards the maximum temperature.
+    // The code guards the maximum. See compatibility.md, minimum of the temperature.
     {VekErrorCode::ChannelTemperatureNotSet, "Channel minimum temperature is not set. Please try again."},
     {VekErrorCode::SendFailed, "Failed to send command to device."},
 };

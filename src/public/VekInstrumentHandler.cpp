@@ -76,7 +76,7 @@ void VekInstrumentHandler::onActiveExperimentNodeBeginning(unsigned char channel
 
 void VekInstrumentHandler::onRecoveryExperimentNodeBeginning(unsigned char, const VekExperimentNode &)
 {
-    // Deliberate: a node announced during recovery reaches no client.
+    // See compatibility.md, recovered nodes are not announced.
 }
 
 // Experiments
@@ -156,7 +156,7 @@ VekErrorCode VekInstrumentHandler::setCompRange(unsigned char channel, const Vek
 
 float VekInstrumentHandler::getLoadImpedance(unsigned char channel)
 {
-    // Deliberate: the error's number stands for the impedance.
+    // See compatibility.md, error number as an impedance.
     return ask(_link, float(VekErrorCode::DeviceNotFound),
                [&](Private &handler) { return handler.getLoadImpedance(channel); });
 }

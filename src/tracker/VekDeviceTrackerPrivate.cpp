@@ -5,6 +5,7 @@
 #include "handlers/VekInstrumentHandlerPrivate.h"
 #include "session/InitialInformation.h"
 #include "tracker/VekInstrumentHandlerFactoryPrivate.h"
+#include "waiting/ThreadBound.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -97,6 +98,7 @@ VekInstrumentHandlerPrivate *VekDeviceTrackerPrivate::instrumentHandlerFactory(c
 std::optional<VekErrorCode> VekDeviceTrackerPrivate::connectToPort(const QString &port, const QString &onlyName,
                                                                    const std::set<unsigned char> &untouched)
 {
+    assertOnThreadOf(*this);
     const Device *const held = deviceOn(keyOf(port));
     if (held && !onlyName.isEmpty() && held->name != onlyName)
         return std::nullopt;
@@ -141,6 +143,7 @@ bool VekDeviceTrackerPrivate::connectToDeviceWithInfo(const InstrumentInfo &info
 
 VekErrorCode VekDeviceTrackerPrivate::disconnectDevice(const QString &deviceName)
 {
+    assertOnThreadOf(*this);
     Device *const device = deviceNamed(deviceName);
     if (!device)
         return VekErrorCode::DeviceNotFound;
@@ -153,6 +156,7 @@ VekErrorCode VekDeviceTrackerPrivate::disconnectDevice(const QString &deviceName
 
 VekErrorCode VekDeviceTrackerPrivate::updateFirmware(const QString &port)
 {
+    assertOnThreadOf(*this);
     if (deviceOn(keyOf(port)))
         return VekErrorCode::FirmwareUpToDate; // or it would not have been admitted
     if (_isQuestioning)
@@ -163,6 +167,7 @@ VekErrorCode VekDeviceTrackerPrivate::updateFirmware(const QString &port)
 
 void VekDeviceTrackerPrivate::onStartUpFinished(int connection, bool succeeded)
 {
+    assertOnThreadOf(*this);
     const auto found = _devices.find(connection);
     if (found == _devices.end())
         return;
@@ -198,6 +203,7 @@ void VekDeviceTrackerPrivate::removeDevice(const Device &device)
 
 void VekDeviceTrackerPrivate::onDeviceLost(int connection)
 {
+    assertOnThreadOf(*this);
     const auto found = _devices.find(connection);
     if (found == _devices.end())
         return;

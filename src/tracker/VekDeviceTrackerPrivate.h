@@ -92,8 +92,8 @@ private:
     struct Device {
         enum class Stage { StartingUp, Connected, LetGo };
 
-        VekInstrumentHandlerPrivate *handler; ///< owned
-        QString port;                         ///< by the key that all spellings of the port share
+        VekInstrumentHandlerPrivate *handler = nullptr; ///< owned
+        QString port;                                   ///< by the key that all spellings of the port share
         QString name;
         std::shared_ptr<VekInstrumentHandler> publicHandler;
         Stage stage = Stage::StartingUp;

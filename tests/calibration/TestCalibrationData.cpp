@@ -187,6 +187,9 @@ void TestCalibrationData::convertsMainlineSamples()
 void TestCalibrationData::temperatureNeedsAModelThatMeasuresIt()
 {
     QCOMPARE(processed(calibrated(HardwareModel_t::Heron_2_0, roundMainRecord()), mainSample()).temperature, 25.0);
+    CalibrationData calibration = mainline();
+    calibration.setModelType(HardwareModel_t::Heron_2_0); // behind the record
+    QCOMPARE(processed(calibration, mainSample()).temperature, 25.0);
 }
 
 void TestCalibrationData::mainlineFormulasTakeTheModelsCounts_data()
@@ -325,11 +328,14 @@ void TestCalibrationData::cyclerRangesOutsideTheRecordReadAsRange0()
 
 void TestCalibrationData::boardDecidesTheChargeTick()
 {
-    CalibrationData calibration = gale();
+    const cal_vc07 record = roundGaleRecord();
+    CalibrationData calibration = gale(record);
     for (const quint32 slow : {0x12010200u, 0x12010300u, 0x12010400u}) {
         Gale_Cfg_t configuration;
         configuration.boardId = slow;
         calibration.setGaleCfgData(configuration);
+        QVERIFY(std::abs(processed(calibration, galeSample()).charge - 0.064) < 1e-12);
+        calibration.importCalData(reinterpret_cast<const char *>(&record), int(sizeof record)); // the record once more
         QVERIFY(std::abs(processed(calibration, galeSample()).charge - 0.064) < 1e-12);
     }
     calibration.setGaleCfgData(Gale_Cfg_t());

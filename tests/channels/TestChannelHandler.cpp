@@ -43,6 +43,7 @@ class TestChannelHandler : public QObject
 private Q_SLOTS:
     void endOfAnExperimentKeepsWhatTheClientHasSet();
     void nodesAreLookedUpInTheLoadedList();
+    void onlyTheAwaitedStartIsAnswered();
     void calibrationBytesBeginAnewWithTheFirstChunk();
     void countsSamplesInGroups();
     void clockStartsOnce();
@@ -67,6 +68,10 @@ void TestChannelHandler::endOfAnExperimentKeepsWhatTheClientHasSet()
     channel.setDataStatus(ChannelHandler::DATA_STARTED);
     channel.setSDCardStatus(ChannelHandler::SD_READING);
     channel.setCellOn(true);
+    channel.awaitStart(PC_EXPERIMENT_START);
+    channel.setRecoverDataStatus(true);
+    channel.setReport(VekChannelReport::Running);
+    channel.appendCalibrationRawData(true, "abc");
     channel.setLoadedExp(std::make_shared<ListExperiment>(ListExperiment{}));
     channel.setLoadedNodeList(listOf(makeNode(5, {}, 1)));
     channel.stepCounters = {2};
@@ -80,6 +85,7 @@ void TestChannelHandler::endOfAnExperimentKeepsWhatTheClientHasSet()
     QCOMPARE(channel.getDataStatus(), ChannelHandler::DATA_NOT_STARTED);
     QCOMPARE(channel.getSDCardStatus(), ChannelHandler::SD_IDLE);
     QVERIFY(!channel.isCellOn());
+    QVERIFY(!channel.endAwaitOfStart(PC_EXPERIMENT_START));
     QVERIFY(!channel.getLoadedExp());
     QVERIFY(channel.isLoadedNodeListEmpty());
     QVERIFY(channel.stepCounters.empty());
@@ -87,6 +93,9 @@ void TestChannelHandler::endOfAnExperimentKeepsWhatTheClientHasSet()
     QCOMPARE(double(channel.utcStartTime), 0.0);
     QCOMPARE(channel.capacity.getLiveExperimentAbs_C(), 0.0);
 
+    QVERIFY(channel.isRecoverDataAvailable());
+    QCOMPARE(channel.getReport(), VekChannelReport::Running);
+    QCOMPARE(channel.getCalibrationRawData(), QByteArray("abc"));
     QCOMPARE(channel.getLimits().vMax, 4.2);
     QCOMPARE(channel.getIRComp().compensationLevel, 0.85);
     QCOMPARE(int(channel.getCompRange().getStabilityFactor()), 3);
@@ -116,6 +125,18 @@ void TestChannelHandler::nodesAreLookedUpInTheLoadedList()
     channel.setLoadedNodeList(NodeList());
     QCOMPARE(channel.getMaximumNodeIndex(), 0);
     QVERIFY(channel.isLoadedNodeListEmpty());
+}
+
+void TestChannelHandler::onlyTheAwaitedStartIsAnswered()
+{
+    ChannelHandler channel(QString(), 0);
+    channel.awaitStart(PC_MANUAL_START);
+    QVERIFY(!channel.endAwaitOfStart(PC_EXPERIMENT_START));
+    QVERIFY(channel.endAwaitOfStart(PC_MANUAL_START));
+    QVERIFY(!channel.endAwaitOfStart(PC_MANUAL_START)); // once
+    channel.awaitStart(PC_EXPERIMENT_START);
+    channel.setDataStatus(ChannelHandler::DATA_STARTED); // confirms it as well
+    QVERIFY(!channel.endAwaitOfStart(PC_EXPERIMENT_START));
 }
 
 void TestChannelHandler::calibrationBytesBeginAnewWithTheFirstChunk()

@@ -9,13 +9,15 @@
 #include <QTimer>
 
 using namespace client;
+using Stage = VekFirmwareUpdateStage;
+using News = QVector<QPair<QString, Stage>>; ///< of updates: device and stage
+Q_DECLARE_METATYPE(News)
 
 class TestUpdateWatch : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void readsTheProgressOfATwoWordName();
     void drawsTheBar_data();
     void drawsTheBar();
     void waitsForTheEndOfEachUpdate_data();
@@ -26,14 +28,6 @@ private Q_SLOTS:
 private:
     SignalWatcher _signals;
 };
-
-void TestUpdateWatch::readsTheProgressOfATwoWordName()
-{
-    QCOMPARE(progressIn("Alder: Progress 1: Progress 42"), 42);
-    QCOMPARE(progressIn(": Progress 7"), 7);
-    QCOMPARE(progressIn("Alder: Firmware update is starting."), -1);
-    QCOMPARE(progressIn("Alder: Progress soon"), -1);
-}
 
 void TestUpdateWatch::drawsTheBar_data()
 {
@@ -53,29 +47,45 @@ void TestUpdateWatch::drawsTheBar()
 
 void TestUpdateWatch::waitsForTheEndOfEachUpdate_data()
 {
-    QTest::addColumn<QStringList>("texts");
+    QTest::addColumn<News>("news");
     QTest::addColumn<int>("exitCode");
-    const QString good = "Alder-1: Firmware updated successfully.";
-    const QString bad = "Alder-2: Firmware update failed.";
-    QTest::newRow("both succeed") << QStringList{"Alder-1: Progress 50", good, good} << int(Done);
-    QTest::newRow("one fails") << QStringList{good, "Alder-2: Firmware update is starting.", bad} << int(Refused);
-    QTest::newRow("one cannot go on") << QStringList{"Unknow HID model connections. ", good} << int(Refused);
+    QTest::addColumn<bool>("isStandInMet");
+    QTest::newRow("both succeed") << News{{"Alder-1", Stage::Begun},
+                                          {"Alder-1", Stage::Writing},
+                                          {"Alder-1\n", Stage::Succeeded},
+                                          {"Ibis-3", Stage::Succeeded}}
+                                  << int(Done) << false;
+    QTest::newRow("one fails") << News{{"Alder-1", Stage::Succeeded},
+                                       {"Alder-2", Stage::BootloaderFound},
+                                       {"Alder-2", Stage::Failed}}
+                               << int(Refused) << false;
+    QTest::newRow("one cannot go on") << News{{"", Stage::UnknownModel}, {"Alder-1", Stage::Succeeded}} << int(Refused)
+                                      << false;
+    QTest::newRow("the reason is no end")
+        << News{{"Alder-2", Stage::BootloaderGone}, {"Alder-2", Stage::Failed}, {"Alder-1", Stage::Succeeded}}
+        << int(Refused) << false;
+    QTest::newRow("one is left alone, which is no end")
+        << News{{"ttyACM1", Stage::StandInFirmware}, {"Alder-1", Stage::Succeeded}, {"Ibis-3", Stage::Succeeded}}
+        << int(Done) << true;
 }
 
 void TestUpdateWatch::waitsForTheEndOfEachUpdate()
 {
-    QFETCH(QStringList, texts);
+    QFETCH(News, news);
     QFETCH(int, exitCode);
     UpdateWatch watch;
-    QTimer next; // one text for each turn of the event loop
+    QTimer next; // one for each turn of the event loop
     connect(&next, &QTimer::timeout, &next, [&] {
-        if (!texts.isEmpty())
-            Q_EMIT VekDeviceTracker::Instance()->firmwareUpdateNotification(texts.takeFirst());
+        if (news.isEmpty())
+            return;
+        const auto [name, stage] = news.takeFirst();
+        Q_EMIT VekDeviceTracker::Instance()->firmwareUpdateStageReached(name, stage, 50, "In any words.");
     });
     next.start(1);
     QCOMPARE(int(watch.waitForEnds(2)), exitCode);
     QVERIFY(watch.updated().contains("Alder-1") && !watch.updated().contains("Alder-2"));
-    QVERIFY(texts.isEmpty());
+    QVERIFY(news.isEmpty());
+    QTEST(watch.hasMetStandIn(), "isStandInMet");
 }
 
 void TestUpdateWatch::waitsForEachRestart_data()

@@ -3,7 +3,6 @@
 namespace {
 
 constexpr int connectionTimeoutMs = 20000;
-constexpr int attempts = 3; ///< on a crowded machine an answer may take longer than the second that the handshake waits
 
 } // namespace
 
@@ -30,9 +29,7 @@ void ConnectedInstrument::connectThroughTracker(const QString &name)
 {
     VekDeviceTracker *tracker = VekDeviceTracker::Instance();
     QSignalSpy connections(tracker, &VekDeviceTracker::newDeviceConnected);
-    VekErrorCode result = VekErrorCode::ConnectionFailed;
-    for (int attempt = 0; attempt < attempts && result == VekErrorCode::ConnectionFailed; ++attempt)
-        result = tracker->connectToDeviceOnComPort(_simulator.portName());
+    const VekErrorCode result = tracker->connectToDeviceOnComPort(_simulator.portName());
     if (result != VekErrorCode::Success) {
         qWarning("%s", qPrintable(result.message()));
         return;

@@ -6,6 +6,7 @@
 #include "images/HexLoader.h"
 #include "session/InstrumentInfo.h"
 #include "support/FakeInstrument.h"
+#include "support/SteppedClock.h"
 #include "support/TestMain.h"
 
 #include <QSemaphore>
@@ -23,6 +24,18 @@ namespace {
 
 const QString hidPath = "/dev/hidraw-test";
 const QString otherHidPath = "/dev/hidraw-test2";
+/// Outlives the application object, and the bootloaders with it.
+SteppedClock hostClock(SteppedClock::Use::AsHost);
+constexpr int pollMs = 20;
+constexpr int resetPauseMs = 100;
+constexpr int searchPauseMs = 1000;
+constexpr int replyTimeoutMs = 5000;
+
+bool comes(const std::function<bool()> &condition)
+{
+    return hostClock.stepUntil(condition, {pollMs, searchPauseMs, replyTimeoutMs});
+}
+
 const QByteArray permission = "NIMBRELLE_ALLOW_STAND_IN";
 
 QByteArray hardwareRecord(HardwareModel_t model, const QByteArray &name = "bench")
@@ -34,7 +47,8 @@ QByteArray hardwareRecord(HardwareModel_t model, const QByteArray &name = "bench
 class FullLine
 {
 public:
-    explicit FullLine(int readsOnAfterMs) : _readsOnAfterMs(readsOnAfterMs)
+    /// @param waits  of the host that are to end before it reads on
+    explicit FullLine(int waits) : _waits(waits)
     {
         _thread = std::thread([this] { serve(); });
         _isReady.acquire();
@@ -48,7 +62,7 @@ public:
 
     QString portName() const { return _portName; }
     /// Waits for the restart command. @return whether it has come
-    bool isReset() { return _hasReset.tryAcquire(1, 3000); }
+    bool isReset() { return _hasReset.tryAcquire(1, 20000); }
 
 private:
     void serve()
@@ -73,6 +87,8 @@ private:
     }
     void answer(PCcommand_t command, int master, int kept)
     {
+        if (command == PC_ECHO_TEST)
+            hostClock.step(1000); // no echo
         if (command == PC_SOFT_RESET)
             _hasReset.release();
         if (command == PC_PING)
@@ -87,8 +103,8 @@ private:
         if (isFilled)
             fill(kept);
         send(master, NT_HARDWARE_VERSION, hardwareRecord(HardwareModel_t::Alder_2_5));
-        if (isFilled)
-            QThread::msleep(_readsOnAfterMs);
+        for (int ended = 0; isFilled && ended < _waits && !_isOver; QThread::msleep(1))
+            ended += hostClock.wakeNext() ? 1 : 0;
     }
     /// Again and again, since the kernel moves on what has been written.
     static void fill(int file)
@@ -107,7 +123,7 @@ private:
             qFatal("The instrument's line is full in the wrong direction");
     }
 
-    const unsigned long _readsOnAfterMs;
+    const int _waits;
     QString _portName;
     QByteArray _received;
     quint32 _skipped = 0;
@@ -161,7 +177,9 @@ void TestFirmwareUpdate::init()
 {
     qputenv(permission, "1");
     FakeHidBus::bus().clear();
+    hostClock.hurry(resetPauseMs);
     _instrument.reset(new FakeInstrument);
+    _instrument->setClock(hostClock);
     _messages.reset(new QSignalSpy(&_handler, &FirmwareUpdateHandler::firmwareUpdateNotification));
     _finished.reset(new QSignalSpy(&_handler, &FirmwareUpdateHandler::firmwareUpdateFinished));
 }
@@ -277,24 +295,24 @@ void TestFirmwareUpdate::portThatIsGoneFailsTheUpdate()
 
 void TestFirmwareUpdate::portIsHeldUntilTheResetHasLeft_data()
 {
-    QTest::addColumn<int>("readsOnAfterMs");
     QTest::addColumn<bool>("hasLeft");
-    QTest::newRow("late") << 400 << true;
-    QTest::newRow("never") << 8000 << false; // it is waited for 3 s
+    QTest::newRow("late") << true;
+    QTest::newRow("never") << false;
 }
 
 void TestFirmwareUpdate::portIsHeldUntilTheResetHasLeft()
 {
-    QFETCH(int, readsOnAfterMs);
     QFETCH(bool, hasLeft);
-    FullLine instrument(readsOnAfterMs);
+    FullLine instrument(hasLeft ? 0 : 3);
     const VekErrorCode code = _handler.update(instrument.portName());
     QCOMPARE(code.value(), hasLeft ? VekErrorCode::Success : VekErrorCode::ConnectionFailed);
-    QCOMPARE(instrument.isReset(), hasLeft);
+    QVERIFY(!hasLeft || instrument.isReset());
     FakeHidBus::bus().plug(hidPath);
     BootLoaderCommunicator::Instance()->checkForAnnounced();
     // Without an announcement the device is nobody's, and nothing comes.
-    QCOMPARE(QTest::qWaitFor([this] { return !_finished->isEmpty(); }, hasLeft ? 20000 : 2500), hasLeft);
+    const auto isSearched = [] { return !BootLoaderCommunicator::Instance()->isSearching(); };
+    QVERIFY(comes([&] { return hasLeft ? !_finished->isEmpty() : isSearched(); }));
+    QCOMPARE(!_finished->isEmpty(), hasLeft);
     QCOMPARE(FakeHidBus::bus().device(hidPath).hasJumped, hasLeft);
 }
 
@@ -304,7 +322,7 @@ void TestFirmwareUpdate::bootloaderThatWasThereIsLeftAlone()
     answerAs(HardwareModel_t::Alder_2_5, "old");
     _instrument->on(PC_SOFT_RESET, [](const FakeInstrument::Command &) { FakeHidBus::bus().plug(otherHidPath); });
     QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Success);
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 20000);
+    QVERIFY(comes([this] { return _finished->size() == 1; }));
     QCOMPARE(_finished->first(), QVariantList({"bench", true}));
     QVERIFY(FakeHidBus::bus().device(otherHidPath).hasJumped);
     QCOMPARE(FakeHidBus::bus().device(hidPath).writes, 0);
@@ -319,11 +337,13 @@ void TestFirmwareUpdate::slowBootloaderDoesNotDisturbTheQuestions()
     _instrument->on(PC_SOFT_RESET, [](const FakeInstrument::Command &) { FakeHidBus::bus().plug(otherHidPath); });
     const FakeInstrument::Answer answer = _instrument->answerTo(PC_READ_CHANNEL_COUNT);
     _instrument->on(PC_READ_CHANNEL_COUNT, [=](const FakeInstrument::Command &command) {
-        _handler.updateThroughHidConnections(); // found before the answer comes
-        QTimer::singleShot(300, _instrument.data(), [=] { answer(command); });
+        QSignalSpy found(BootLoaderCommunicator::Instance(), &BootLoaderCommunicator::ShowBootloaderDialog);
+        _handler.updateThroughHidConnections();
+        QVERIFY(found.wait(20000)); // before the answer comes
+        answer(command);
     });
     QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Success);
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 2, 30000);
+    QVERIFY(comes([this] { return _finished->size() == 2; }));
     QCOMPARE(_finished->at(0), QVariantList({"", false}));
     QCOMPARE(_finished->at(1), QVariantList({"bench", true}));
 }
@@ -334,8 +354,8 @@ void TestFirmwareUpdate::pathOfABootloaderThatHasGoneIsTheNextOnes()
     other.release = 200;
     FakeHidBus::bus().plug(hidPath, other);
     _handler.updateThroughHidConnections();
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 20000);
-    QTest::qWait(1500); // the search is over
+    QVERIFY(comes([this] { return _finished->size() == 1; }));
+    QVERIFY(comes([] { return !BootLoaderCommunicator::Instance()->isSearching(); }));
     FakeHidBus::bus().clear();
     answerAs(HardwareModel_t::Alder_2_5, "old");
     const FakeInstrument::Answer answer = _instrument->answerTo(PC_READ_HARDWARE_VERSION);
@@ -345,7 +365,7 @@ void TestFirmwareUpdate::pathOfABootloaderThatHasGoneIsTheNextOnes()
         answer(command);
     });
     QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Success);
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 2, 40000);
+    QVERIFY(comes([this] { return _finished->size() == 2; }));
     QCOMPARE(_finished->last(), QVariantList({"bench", true}));
 }
 
@@ -358,7 +378,7 @@ void TestFirmwareUpdate::instrumentGoesThroughItsHidBootloader()
     QCOMPARE(info.deviceName, QString("bench"));
 
     QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Success);
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 20000);
+    QVERIFY(comes([this] { return _finished->size() == 1; }));
     QCOMPARE(_finished->first(), QVariantList({"bench", true}));
     QCOMPARE(messages(), QStringList({"bench: Firmware update has initialized.", "bench: Firmware update is starting.",
                                       "bench: Progress 100", "bench: Firmware updated successfully."}));
@@ -371,7 +391,7 @@ void TestFirmwareUpdate::galeIsUpdatedOverItsPort()
     for (const PCcommand_t command : {PC_BOOT_UNLOCK, PC_BOOT_PREPARE, PC_BOOT_RECORD})
         _instrument->reply(command, Notifications_t(command));
     QCOMPARE(_handler.update(_instrument->portName()).value(), VekErrorCode::Success);
-    QTRY_VERIFY_WITH_TIMEOUT(messages().contains("bench: Firmware updated successfully."), 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(messages().contains("bench: Firmware updated successfully."), 60000);
     QCOMPARE(_instrument->count(PC_BOOT_RECORD),
              HexLoader::ReadFile(BootLoaderCommunicator::findHexFilePath(int(HardwareModel_t::Gale))).size());
     QVERIFY(_finished->isEmpty()); // this road tells its end in words alone
@@ -383,7 +403,7 @@ void TestFirmwareUpdate::unknownDeviceIsToldInWords()
     device.release = 256;
     FakeHidBus::bus().plug(hidPath, device);
     _handler.updateThroughHidConnections();
-    QTRY_COMPARE_WITH_TIMEOUT(messages(), QStringList({"Unknow HID model connections. "}), 5000);
+    QTRY_COMPARE(messages(), QStringList({"Unknow HID model connections. "}));
     QCOMPARE(FakeHidBus::bus().device(hidPath).writes, 0);
 }
 

@@ -2,12 +2,16 @@
 #include "firmware/FirmwareImages.h"
 #include "firmware/SerialBootloader.h"
 #include "support/FakeInstrument.h"
+#include "support/SteppedClock.h"
 #include "support/TestMain.h"
 #include "support/UnreadableFile.h"
 
 #include <QSerialPort>
 
 namespace {
+
+/// Outlives the application object, and the bootloaders with it.
+SteppedClock hostClock(SteppedClock::Use::AsHost);
 
 /// An image of which one record can be read; from there on every read fails, short of the size that it claims.
 class BrokenImage : public QIODevice
@@ -87,6 +91,8 @@ void TestSerialBootloader::init()
     _progress.reset(new QSignalSpy(bootloader, &BootLoaderCOM::Progress));
     _finished.reset(new QSignalSpy(bootloader, &BootLoaderCOM::Finished));
     _boards = 2;
+    for (const int pauseMs : {5, 100}) // between tries to open the port, and behind a reset
+        hostClock.hurry(pauseMs);
     _instrument.reset(new FakeInstrument);
     _instrument->reply(PC_PING, NT_PING_REPLY);
     _instrument->reply(PC_READ_HARDWARE_VERSION, NT_HARDWARE_VERSION,
@@ -139,7 +145,7 @@ void TestSerialBootloader::everyBoardGetsTheImage()
 {
     QFETCH(QByteArray, image);
     flash(image);
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 15000);
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 60000);
     QCOMPARE(_finished->first(), QVariantList({"Gale-7", true}));
     QCOMPARE(received(), recordsIn(image));
     QCOMPARE(_found->first(), QVariantList({"Gale-7\n"}));
@@ -163,7 +169,7 @@ void TestSerialBootloader::instrumentWithoutBoardsIsNotWaitedFor()
     _boards = 0;
     _instrument->reply(PC_READ_CHANNEL_COUNT, NT_CHANNEL_COUNT, "\x01");
     flash(":020000000102FB\n:00000001FF\n");
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 60000);
     QCOMPARE(_finished->first(), QVariantList({"Gale-7", true}));
 }
 
@@ -181,21 +187,25 @@ void TestSerialBootloader::failureEndsTheUpdate()
 {
     QFETCH(int, command);
     QFETCH(int, answeringBoards);
-    _instrument->on(PCcommand_t(command), [=](const FakeInstrument::Command &) {
+    QTimer passing; // until it has failed, several waits of 5 s may begin
+    connect(&passing, &QTimer::timeout, this, [] { hostClock.step(1000); });
+    _instrument->on(PCcommand_t(command), [=, &passing](const FakeInstrument::Command &) {
+        passing.start(20);
         if (answeringBoards < 0)
             _instrument->send(Notifications_t(command), 0, "refused");
         else if (answeringBoards > 0)
             _instrument->send(Notifications_t(command), 0);
     });
     flash(":020000000102FB\n:00000001FF\n");
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 15000);
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 60000);
     QCOMPARE(_finished->first(), QVariantList({"Gale-7", false}));
     QVERIFY(_progress->isEmpty() || _progress->last().at(1).toInt() < 100);
 
     // The port is free again: the next try succeeds.
+    passing.stop();
     init();
     flash(":020000000102FB\n:00000001FF\n");
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 15000);
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 60000);
     QCOMPARE(_finished->first(), QVariantList({"Gale-7", true}));
 }
 
@@ -213,7 +223,7 @@ void TestSerialBootloader::unreadableImageFails()
     if (image.isEmpty())
         QSKIP("no file here whose reading fails");
     BootLoaderCOM::Instance()->flash(_instrument->portName(), image, "Gale-7");
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 15000);
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 60000);
     QCOMPARE(_finished->first(), QVariantList({"Gale-7", false}));
     QVERIFY(received().isEmpty());
 }
@@ -233,7 +243,7 @@ void TestSerialBootloader::otherModelIsNotReset()
     _instrument->reply(PC_READ_HARDWARE_VERSION, NT_HARDWARE_VERSION,
                        QByteArray("\x23Gale-7\n").leftJustified(64, '\0'));
     flash(":020000000102FB\n:00000001FF\n");
-    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 15000);
+    QTRY_COMPARE_WITH_TIMEOUT(_finished->size(), 1, 60000);
     QCOMPARE(_finished->first(), QVariantList({"Gale-7", false}));
     QCOMPARE(_instrument->count(PC_SOFT_RESET), 0);
 }

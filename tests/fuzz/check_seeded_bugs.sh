@@ -29,7 +29,8 @@ cd build/fuzz
 
 # seed FILE EXPRESSION TARGET: the target with what sed makes of the file, as $work/TARGET
 seed() {
-    local changed=$work/$(basename "$1") object
+    local changed object
+    changed=$work/$(basename "$1")
     sed -E "$2" "$root/$1" >"$changed"
     if cmp -s "$root/$1" "$changed"; then
         echo "seeded bugs: $1 has changed, its bug for $3 no longer fits" >&2

@@ -6,6 +6,7 @@
 #include "handlers/VekInstrumentHandlerPrivate.h"
 #include "session/InstrumentInfo.h"
 #include "support/FakeInstrument.h"
+#include "support/SteppedClock.h"
 #include "support/TestMain.h"
 
 #include <memory>
@@ -45,7 +46,8 @@ private:
 };
 
 /**
- * A handler on a fake instrument, which acknowledges whatever a handler waits for, and the client's object in front.
+ * A handler on a fake instrument, which acknowledges whatever a handler waits for, and the client's object in front. Time
+ * stands still unless a test steps it.
  *
  * @thread The test's. Private signals come from the handler's thread: spy on the client's object, or connect with a
  *         context of the test's thread.
@@ -60,6 +62,7 @@ public:
         instrument.reply(PC_NODE_APPEND, NT_NODE_APPENDED, wire(quint8(FW_SUCCESS)));
         for (const PCcommand_t command : {PC_CHANNEL_LIMITS, PC_MANUAL_SAMPLING_PARAMS})
             instrument.reply(command, NT_GENERAL_ACK, wire(quint8(command), quint8(FW_SUCCESS)));
+        ignore(PC_READ_DEVICE_STATUS, 100);
         InstrumentInfo info;
         info.channelCount = quint8(channels);
         info.hardware.hwModel = model;
@@ -67,8 +70,17 @@ public:
         info.comPort = instrument.portName();
         for (int channel = 0; channel < channels; ++channel)
             info.calibration << calibrated(model, record);
-        handler = std::make_unique<Handler>(info);
+        handler = std::make_unique<Handler>(info, clock);
         device = std::make_unique<VekInstrumentHandler>(handler.get());
+    }
+
+    /// Leaves a command without an answer; the three passes of the wait for it are over at once.
+    void ignore(PCcommand_t command, int passMs)
+    {
+        instrument.on(command, [this, passMs](const FakeInstrument::Command &) {
+            clock.hurry(passMs, 2);
+            clock.step(passMs);
+        });
     }
 
     /// Returns when everything that was sent before has been through the handler and its signals have arrived.
@@ -110,6 +122,7 @@ public:
         return channels;
     }
 
+    SteppedClock clock;
     FakeInstrument instrument;
     std::unique_ptr<Handler> handler;
     std::unique_ptr<VekInstrumentHandler> device;

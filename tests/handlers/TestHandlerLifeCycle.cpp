@@ -75,7 +75,7 @@ void TestHandlerLifeCycle::deletionWaitsForTheStartUp()
             [&isFinished] { isFinished = true; });
     QMetaObject::invokeMethod(_bench->handler.get(), "sendInitialDefaults", Qt::QueuedConnection);
     letGo();
-    QTRY_VERIFY(!_thread);
+    QVERIFY(_bench->clock.stepUntil([this] { return !_thread; }, {50}));
     QVERIFY(isFinished);
 }
 

@@ -5,6 +5,7 @@
 #include "elements/ConstantCurrentAdvElement.h"
 #include "elements/CustomExperimentRunner.h"
 #include "handlers/MainInstrumentHandler.h"
+#include "support/PostedEvents.h"
 
 #include <functional>
 
@@ -366,7 +367,7 @@ void TestHandlerRequests::uploadStoresNothingWhenItFails()
     const auto bench = makeBench();
     QCOMPARE(bench->handler->uploadExperimentToChannel(Loaded, oneNode()), E::Success);
     if (answer < 0)
-        bench->instrument.on(PC_NODE_APPEND, {});
+        bench->instrument.on(PC_NODE_APPEND, [&](const FakeInstrument::Command &) { bench->clock.step(1000); });
     else
         bench->instrument.reply(PC_NODE_APPEND, NT_NODE_APPENDED, wire(quint8(answer)));
     for (const unsigned char channel : {Free, Loaded}) {
@@ -389,18 +390,23 @@ void TestHandlerRequests::uploadCountsAnswersThatWaited_data()
 void TestHandlerRequests::uploadCountsAnswersThatWaited()
 {
     QFETCH(bool, isClientHeld);
-    constexpr int longerThanTheWaitMs = 1500;
     const auto bench = makeBench();
     if (!isClientHeld)
         connect(
             bench->handler.get(), &VekInstrumentHandlerPrivate::groundFloatStateChanged, bench->handler.get(),
-            [] { QThread::msleep(longerThanTheWaitMs); }, Qt::DirectConnection);
+            [&] {
+                waitForPostedEvent(); // the answer
+                bench->clock.step(1000);
+            },
+            Qt::DirectConnection);
     bench->instrument.on(PC_NODE_APPEND, [&](const FakeInstrument::Command &command) {
         if (!isClientHeld)
             bench->instrument.send(NT_GROUND_FLOAT, 0, wire(quint8(1)));
         bench->instrument.send(NT_NODE_APPENDED, command.channel, wire(quint8(FW_SUCCESS)));
-        if (isClientHeld)
-            QThread::msleep(longerThanTheWaitMs);
+        if (!isClientHeld)
+            return;
+        QVERIFY(waitForPostedEvent());
+        bench->clock.step(1000);
     });
     QCOMPARE(bench->handler->uploadExperimentToChannel(Free, oneNode()).message(), QStringLiteral("Success"));
 }
@@ -520,7 +526,7 @@ void TestHandlerRequests::lateNewsOfAnIdleChannelChangesNothing()
 void TestHandlerRequests::limitsAreStoredEvenWithoutAnswer()
 {
     const auto bench = makeBench();
-    bench->instrument.on(PC_CHANNEL_LIMITS, {});
+    bench->ignore(PC_CHANNEL_LIMITS, 50);
     VekInstrumentHandlerPrivate &handler = *bench->handler;
     QCOMPARE(handler.setChannelVmax(0, 1.0), E::ChannelVmaxNotSet);
     QCOMPARE(handler.setChannelVmin(0, 2.0), E::ChannelVminNotSet);

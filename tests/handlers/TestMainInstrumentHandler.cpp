@@ -356,7 +356,8 @@ void TestMainInstrumentHandler::silentCardDoesNotHoldTheStartUpForLong()
 {
     makeBench(HardwareModel_t::Alder_2_5);
     QTest::ignoreMessage(QtWarningMsg, "[Bench-1] SD calibration read timed out on channel(s): 0, 1");
-    QVERIFY(startUp(10000));
+    _bench->clock.hurry(5000);
+    QVERIFY(startUp(20000));
 }
 
 void TestMainInstrumentHandler::lostLinkEndsTheWaitForTheCard()
@@ -364,10 +365,7 @@ void TestMainInstrumentHandler::lostLinkEndsTheWaitForTheCard()
     makeBench(HardwareModel_t::Alder_2_5);
     FakeInstrument &instrument = _bench->instrument;
     instrument.on(PC_SD_CAL_HEADER_READ, [&instrument](const FakeInstrument::Command &) { instrument.unplug(); });
-    QElapsedTimer clock;
-    clock.start();
-    QVERIFY(_bench->startUp(10000, false));
-    QVERIFY2(clock.elapsed() < 4000, "the wait for the card lasts 5 s");
+    QVERIFY(_bench->startUp(20000, false)); // time stands still
 }
 
 void TestMainInstrumentHandler::isConnectedBeforeTheStartUp()

@@ -152,6 +152,8 @@ void TestHexLoader::signatureIsTheLastTwoLines_data()
                           << "12ab";
     QTest::newRow("only one is ignored") << QByteArray(";12ab\n;GALE\n\n") << ""
                                          << "GALE";
+    QTest::newRow("blank line between") << QByteArray(";12ab\n\n;GALE\n") << "GALE"
+                                        << "";
     QTest::newRow("all comment signs go") << QByteArray(";;1;2\n;G;A;\n") << "GA"
                                           << "12";
     QTest::newRow("one line") << QByteArray(";GALE") << "GALE"

@@ -234,14 +234,18 @@ void TestLink::whatWasReadBeforeTheLossHasLeft()
 void TestLink::waitForBytesSentIsBoundedWhenNobodyReads()
 {
     PseudoTerminal terminal; // this test runs no event loop during the wait, so nobody reads
-    SerialCommunicator communicator(terminal.portName());
+    SteppedClock clock;
+    SerialCommunicator communicator(terminal.portName(), nullptr, clock);
     QVERIFY(communicator.Start(true));
     communicator.SendCommand(PC_NODE_APPEND, 0, QByteArray(60000, 'x'));
-    QElapsedTimer time;
-    time.start();
+    const std::unique_ptr<QThread> stepper(QThread::create([&clock] {
+        while (!clock.wakeNext())
+            QThread::usleep(100);
+    }));
+    stepper->start();
     QVERIFY(!communicator.WaitForBytesSent());
-    QVERIFY(time.elapsed() >= 990);
-    QVERIFY(time.elapsed() < 3000);
+    QVERIFY(stepper->wait());
+    QCOMPARE(clock.now(), 1000);
     terminal.unplug(); // or the kernel holds the close for the bytes that nobody takes
 }
 

@@ -73,7 +73,7 @@ echo "== examples"
 cmake -S "$source/examples" -B "$root/examples" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" \
     -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
 cmake --build "$root/examples" >/dev/null
-for example in constant_current cyclic_voltammetry differential_pulse cycling linked_cycling impedance; do
+for example in constant_current cyclic_voltammetry differential_pulse cycling linked_cycling impedance mains_hum; do
     code=0
     "$root/examples/$example" 2>/dev/null || code=$?
     [ $code -eq 2 ] || { echo "$example without a port: exit code $code in place of 2"; exit 1; }
@@ -92,6 +92,8 @@ measure cyclic_voltammetry redox 3602              # 2 s at rest by 1 s, six leg
 measure differential_pulse redox 121               # both ends of 0.6 V by 5 mV
 measure cycling battery:Q=3600,soc=0,Rs=0.1,R=0.05,C=80 3
 measure linked_cycling battery:Q=14400,soc=0,Rs=0.025,R=0.0125,C=320 3 --model Gale --channels 4
+measure mains_hum resistor:R=1000 1000             # 2 s, a row each 2 ms
+grep -q "50 Hz" "$root/mains_hum.log"
 measure impedance warburg:Rs=20,Rct=200,C=2e-5,W=50 61 # six decades
 
 echo "== the client in README.md"
@@ -105,6 +107,7 @@ cmake --build "$root/readme/build" >/dev/null
 echo "== consumer by pkg-config"
 libdir=$(dirname "$(find "$root/usr" -name nimbrelle.pc)")/..
 export PKG_CONFIG_PATH=$libdir/pkgconfig
+# shellcheck disable=SC2046 # flags are words
 "$compiler" -std=c++17 -fPIC $flags "$source/tests/packaging/consumer/main.cpp" -o "$root/consumer-pc" \
     $(pkg-config --cflags --libs nimbrelle)
 LD_LIBRARY_PATH=$libdir "$root/consumer-pc"

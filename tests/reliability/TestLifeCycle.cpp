@@ -10,6 +10,9 @@
 
 namespace {
 
+/// Outlives the application object, and the tracker's threads with it.
+SteppedClock hostClock(SteppedClock::Use::AsHost);
+
 using Instruments = std::vector<std::unique_ptr<AdmittedInstrument>>;
 
 /// What the process holds of the system.
@@ -58,13 +61,10 @@ private Q_SLOTS:
 
 private:
     void connectAndLose(int count);
-    void connectFrom(const Instruments &instruments, std::size_t first);
-    VekErrorCode question(const AdmittedInstrument &instrument, InstrumentInfo &info);
-    VekErrorCode connectTo(const AdmittedInstrument &instrument);
     int threadsInUse() const { return ProcessFigures::threads() - _atRest.threads; }
 
     VekDeviceTracker *_tracker = VekDeviceTracker::Instance();
-    VekDeviceTrackerPrivate _keeper; // what stands behind a tracker, for connections whose handshakes overlap
+    VekDeviceTrackerPrivate _keeper; // what stands behind a tracker
     Holdings _atRest;
 };
 
@@ -73,54 +73,19 @@ void TestLifeCycle::init()
     _atRest = Holdings();
 }
 
-/// Tries again when a crowded machine lets an answer come after the second that it may take.
-VekErrorCode TestLifeCycle::connectTo(const AdmittedInstrument &instrument)
-{
-    constexpr int attempts = 4;
-    VekErrorCode result = VekErrorCode::ConnectionFailed;
-    for (int i = 0; i < attempts && result == VekErrorCode::ConnectionFailed; ++i) {
-        result = _tracker->connectToDeviceOnComPort(instrument.portName());
-        if (!instrument.isPluggedIn())
-            break;
-    }
-    return result;
-}
-
-/// The handshake, with the same patience.
-VekErrorCode TestLifeCycle::question(const AdmittedInstrument &instrument, InstrumentInfo &info)
-{
-    constexpr int attempts = 4;
-    VekErrorCode result = VekErrorCode::ConnectionFailed;
-    for (int i = 0; i < attempts && result == VekErrorCode::ConnectionFailed; ++i) {
-        info = InstrumentInfo();
-        if (InitialInformation::PingToInstrument(instrument.portName()))
-            result = InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info);
-    }
-    return result;
-}
-
-/// Connects all of them: each is questioned while the one before waits for the second of its echo test.
-void TestLifeCycle::connectFrom(const Instruments &instruments, std::size_t first)
-{
-    if (first == instruments.size())
-        return;
-    AdmittedInstrument *instrument = instruments[first].get();
-    instrument->on(PC_ECHO_TEST, [&instruments, instrument, first, this](const FakeInstrument::Command &) {
-        instrument->fallSilentOn(PC_ECHO_TEST); // once
-        QTimer::singleShot(0, this, [&instruments, first, this] { connectFrom(instruments, first + 1); });
-    });
-    InstrumentInfo info;
-    QCOMPARE(question(*instrument, info).message(), QString("Success"));
-    QVERIFY(_keeper.connectToDeviceWithInfo(info));
-}
-
 void TestLifeCycle::connectAndLose(int count)
 {
     Instruments instruments;
     for (int i = 0; i < count; ++i)
         instruments.push_back(
             std::make_unique<AdmittedInstrument>(HardwareModel_t::Cedar_2_0, "Cedar-" + QByteArray::number(i), 2));
-    connectFrom(instruments, 0);
+    for (const auto &instrument : instruments) {
+        instrument->setClock(hostClock);
+        InstrumentInfo info;
+        QCOMPARE(InitialInformation::getBasicInfoSuccessfully(instrument->portName(), info).message(),
+                 QString("Success"));
+        QVERIFY(_keeper.connectToDeviceWithInfo(info));
+    }
     QTRY_COMPARE_WITH_TIMEOUT(int(_keeper.getConnectedDevices().size()), count, 30000);
     for (int i = 0; i < count; ++i) { // each is used, and every second one let go
         const QString name = "Cedar-" + QString::number(i);
@@ -190,13 +155,14 @@ void TestLifeCycle::lossAtEachStage()
     QFETCH(int, upload);
     QFETCH(int, start);
     AdmittedInstrument instrument(HardwareModel_t::Cedar_2_0, "Cedar-1", 2);
+    instrument.setClock(hostClock);
     instrument.reply(PC_NODE_APPEND, NT_NODE_APPENDED, QByteArray(1, '\0'));
     instrument.on(PCcommand_t(command), [&instrument](const FakeInstrument::Command &) { instrument.unplug(); });
     QSignalSpy arrivals(_tracker, &VekDeviceTracker::newDeviceConnected);
     QSignalSpy losses(_tracker, &VekDeviceTracker::deviceDisconnected);
     connect(_tracker, &VekDeviceTracker::deviceDisconnected, &instrument, [this] { _tracker->purgeStaleDevices(); });
 
-    QCOMPARE(int(connectTo(instrument)), connection);
+    QCOMPARE(int(_tracker->connectToDeviceOnComPort(instrument.portName())), connection);
     if (upload >= 0) {
         QTRY_COMPARE(arrivals.size(), 1);
         const VekInstrumentHandler &handler = _tracker->getInstrumentHandler("Cedar-1");
@@ -217,9 +183,10 @@ void TestLifeCycle::lossAtEachStage()
 void TestLifeCycle::lossInASampleSlot()
 {
     AdmittedInstrument instrument(HardwareModel_t::Cedar_2_0, "Cedar-1", 2);
+    instrument.setClock(hostClock);
     QSignalSpy arrivals(_tracker, &VekDeviceTracker::newDeviceConnected);
     QSignalSpy losses(_tracker, &VekDeviceTracker::deviceDisconnected);
-    QCOMPARE(int(connectTo(instrument)), 0);
+    QCOMPARE(int(_tracker->connectToDeviceOnComPort(instrument.portName())), 0);
     QTRY_COMPARE(arrivals.size(), 1);
     const VekInstrumentHandler &handler = _tracker->getInstrumentHandler("Cedar-1");
     int samples = 0;

@@ -7,12 +7,14 @@
 #include "session/InitialInformation.h"
 #include "support/TestMain.h"
 
-#include <QSemaphore>
-
 #include <functional>
 #include <map>
+#include <optional>
 
 namespace {
+
+constexpr int answerMs = 1000; // that a question of the handshake waits
+constexpr int galePauseMs = 500;
 
 /// What is wrong with the answer to one command.
 struct Fault {
@@ -31,25 +33,35 @@ QByteArray nameOf(const Fault &fault)
 struct Awaited {
     PCcommand_t command;
     Notifications_t answer;
-    int lessMs; ///< a delay that the wait allows for, and one that it does not
-    int moreMs;
+    int passMs; ///< of the wait for it
+    int furtherPasses;
 };
 
-/// @return the answer as it was, to mend it with
-FakeInstrument::Answer spoil(FakeInstrument &instrument, const Awaited &awaited, const Fault &fault)
+/// Lets the wait for an answer be over.
+void letWaitEnd(SteppedClock &clock, const Awaited &awaited)
+{
+    clock.hurry(awaited.passMs, awaited.furtherPasses);
+    clock.step(awaited.passMs);
+}
+
+/**
+ * @param attempt  what is under way while it lives
+ * @param counts  whether the answer is expected to end the wait; else its time does, once the answer has had its chance
+ * @return the answer as it was, to mend it with
+ */
+FakeInstrument::Answer spoil(FakeInstrument &instrument, SteppedClock &clock, const QObject &attempt,
+                             const Awaited &awaited, const Fault &fault, bool counts)
 {
     const FakeInstrument::Answer usual = instrument.answerTo(awaited.command);
-    const auto late = [&instrument, usual](int delayMs) {
-        return [&instrument, usual, delayMs](const FakeInstrument::Command &command) {
-            QTimer::singleShot(delayMs, &instrument, [usual, command] { usual(command); });
-        };
-    };
     switch (fault.kind) {
     case Fault::LateByLess:
-        instrument.on(awaited.command, late(awaited.lessMs));
+        instrument.on(awaited.command, [=, &clock](const FakeInstrument::Command &command) {
+            clock.step(awaited.passMs - 1);
+            usual(command);
+        });
         break;
     case Fault::LateByMore:
-        instrument.on(awaited.command, late(awaited.moreMs));
+        instrument.on(awaited.command, [=, &clock](const FakeInstrument::Command &) { letWaitEnd(clock, awaited); });
         break;
     case Fault::Twice:
         instrument.on(awaited.command, [usual](const FakeInstrument::Command &command) {
@@ -68,6 +80,14 @@ FakeInstrument::Answer spoil(FakeInstrument &instrument, const Awaited &awaited,
         instrument.reply(awaited.command, awaited.answer, first.leftJustified(fault.size, '\0', true));
         break;
     }
+    }
+    if (!counts && fault.kind != Fault::LateByMore) {
+        const FakeInstrument::Answer spoilt = instrument.answerTo(awaited.command);
+        instrument.on(awaited.command, [=, &attempt, &clock](const FakeInstrument::Command &command) {
+            constexpr int chanceMs = 30;
+            spoilt(command);
+            QTimer::singleShot(chanceMs, &attempt, [=, &clock] { letWaitEnd(clock, awaited); });
+        });
     }
     return usual;
 }
@@ -89,42 +109,39 @@ struct Attempt {
     Outcome outcome;
 };
 
-/// On a crowded machine an answer may take longer than its wait, whatever the row is about: that tells nothing.
-Outcome repeated(const Outcome &expected, const std::function<Outcome()> &attempt)
+VekErrorCode connectTo(const FakeInstrument &instrument, const SteppedClock &clock)
 {
-    constexpr int attempts = 5;
-    Outcome outcome;
-    for (int i = 0; i < attempts && !(outcome == expected); ++i)
-        outcome = attempt();
-    return outcome;
-}
-
-VekErrorCode connectTo(const FakeInstrument &instrument)
-{
-    if (!InitialInformation::PingToInstrument(instrument.portName()))
+    if (!InitialInformation::PingToInstrument(instrument.portName(), clock))
         return VekErrorCode(VekErrorCode::ConnectionFailed, QStringLiteral("no answer"));
     InstrumentInfo info;
-    return InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info);
+    return InitialInformation::getBasicInfoSuccessfully(instrument.portName(), info, clock);
 }
 
-Outcome connectDespite(HardwareModel_t model, const Awaited &awaited, const Fault &fault)
+Outcome connectDespite(HardwareModel_t model, const Awaited &awaited, const Fault &fault, bool counts)
 {
+    SteppedClock clock;
+    clock.hurry(galePauseMs);
     AdmittedInstrument instrument(model, "Spoilt", 2);
-    const FakeInstrument::Answer usual = spoil(instrument, awaited, fault);
-    const VekErrorCode verdict = connectTo(instrument);
+    instrument.on(PC_ECHO_TEST, [&clock](const FakeInstrument::Command &) { clock.step(answerMs); });
+    std::optional<QObject> attempt(std::in_place);
+    const FakeInstrument::Answer usual = spoil(instrument, clock, *attempt, awaited, fault, counts);
+    const VekErrorCode verdict = connectTo(instrument, clock);
+    attempt.reset();
     instrument.on(awaited.command, usual);
-    return {int(verdict), verdict.message(), int(connectTo(instrument))};
+    return {int(verdict), verdict.message(), int(connectTo(instrument, clock))};
 }
 
 using Request = VekErrorCode (*)(const VekInstrumentHandler &handler);
 
-Outcome requestDespite(Request request, const Awaited &awaited, const Fault &fault)
+Outcome requestDespite(Request request, const Awaited &awaited, const Fault &fault, bool counts)
 {
     Outcome outcome;
     {
         HandlerBench<MainInstrumentHandler> bench(HardwareModel_t::Birch_2_2, 2, roundMainRecord());
-        const FakeInstrument::Answer usual = spoil(bench.instrument, awaited, fault);
+        std::optional<QObject> attempt(std::in_place);
+        const FakeInstrument::Answer usual = spoil(bench.instrument, bench.clock, *attempt, awaited, fault, counts);
         const VekErrorCode result = request(*bench.device);
+        attempt.reset();
         bench.instrument.on(awaited.command, usual);
         outcome = {int(result), result.message(), int(request(*bench.device))};
     }
@@ -166,7 +183,7 @@ Q_DECLARE_METATYPE(Outcome)
  * Answers that come late, twice, from elsewhere or in another size. Each costs the one request that waited for it: the
  * next try, with a right answer, succeeds.
  *
- * Most of the time goes into the system's own waits, so all rows run at the same time, each on a thread of its own.
+ * All rows run at the same time, each on a thread of its own and by a clock of its own.
  */
 class TestReplyFaults : public QObject
 {
@@ -184,7 +201,6 @@ private:
                 const std::function<Outcome()> &attempt);
     void check();
 
-    QSemaphore _places{16}; // more at once would make each other late
     std::map<QByteArray, Attempt> _attempts;
 };
 
@@ -202,11 +218,7 @@ void TestReplyFaults::addRow(const QByteArray &subject, const Fault &fault, cons
     const QByteArray name = subject + ", " + nameOf(fault);
     QTest::newRow(name.constData()) << name << expected;
     Attempt &row = _attempts[name];
-    row.thread.reset(QThread::create([this, &row, expected, attempt] {
-        _places.acquire();
-        const QSemaphoreReleaser place(_places);
-        row.outcome = repeated(expected, attempt);
-    }));
+    row.thread.reset(QThread::create([&row, attempt] { row.outcome = attempt(); }));
     row.thread->start();
 }
 
@@ -259,13 +271,12 @@ void TestReplyFaults::handshake_data()
         {"configuration", gale, PC_READ_CONFIG, NT_CONFIG, missing("configuration data"), false, {0, 287, 289}, {}},
         // clang-format on
     };
-    constexpr int lessMs = 800; // of the 1,000 ms that a question waits
-    constexpr int moreMs = 1200;
     for (const Row &row : rows) {
         const auto add = [&](const Fault &fault, const Outcome &expected) {
-            const Awaited awaited{row.command, row.answer, lessMs, moreMs};
+            const Awaited awaited{row.command, row.answer, answerMs, 0};
+            const bool counts = expected == admitted;
             const HardwareModel_t model = row.model;
-            addRow(row.subject, fault, expected, [=] { return connectDespite(model, awaited, fault); });
+            addRow(row.subject, fault, expected, [=] { return connectDespite(model, awaited, fault, counts); });
         };
         add({Fault::LateByLess}, admitted);
         add({Fault::LateByMore}, row.refusal);
@@ -292,11 +303,11 @@ void TestReplyFaults::acknowledgement_data()
     };
     const std::vector<Row> rows = {
         // clang-format off
-        {"node", &upload, {PC_NODE_APPEND, NT_NODE_APPENDED, 800, 1200},
+        {"node", &upload, {PC_NODE_APPEND, NT_NODE_APPENDED, 1000, 0},
             {106, "Experiment was not successfully uploaded to the channel. Please try again."}, {}, {0, 2}},
-        {"limits", &limit, {PC_CHANNEL_LIMITS, NT_GENERAL_ACK, 50, 300}, // the wait is over after 150 ms
+        {"limits", &limit, {PC_CHANNEL_LIMITS, NT_GENERAL_ACK, 50, 2},
             {115, "Channel maximum voltage is not set. Please try again."}, {0}, {1, 3}},
-        {"sampling", &sample, {PC_MANUAL_SAMPLING_PARAMS, NT_GENERAL_ACK, 50, 300},
+        {"sampling", &sample, {PC_MANUAL_SAMPLING_PARAMS, NT_GENERAL_ACK, 50, 2},
             {100, "API is unable to send command to device. Please try again."}, {0}, {1, 3}},
         // clang-format on
     };
@@ -304,7 +315,8 @@ void TestReplyFaults::acknowledgement_data()
         const auto add = [&](const Fault &fault, const Outcome &expected) {
             const Request request = row.request;
             const Awaited awaited = row.awaited;
-            addRow(row.subject, fault, expected, [=] { return requestDespite(request, awaited, fault); });
+            const bool counts = expected.code == VekErrorCode::Success;
+            addRow(row.subject, fault, expected, [=] { return requestDespite(request, awaited, fault, counts); });
         };
         const Outcome success{0, "Success"};
         add({Fault::LateByLess}, success);

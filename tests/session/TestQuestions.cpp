@@ -2,23 +2,13 @@
 
 #include "link/SerialCommunicator.h"
 #include "session/AdmittedInstrument.h"
+#include "support/PostedEvents.h"
 #include "support/TestMain.h"
 
 namespace {
 
 /// What a slot of the client does while an answer is on its way.
 enum class Hold { BeforeDelivery, InNestedLoop };
-
-/// Waits until another thread has queued something to this one, and leaves it there.
-bool waitForPostedEvent()
-{
-    for (int look = 0; look < 20000; ++look) {
-        if (QThread::currentThread()->eventDispatcher()->hasPendingEvents())
-            return true;
-        QThread::msleep(1);
-    }
-    return false;
-}
 
 } // namespace
 Q_DECLARE_METATYPE(Hold)

@@ -23,7 +23,7 @@ private:
     void arm(int milliseconds) override
     {
         _armedSetting = setting();
-        _clock.begin({_clock._now + milliseconds, milliseconds, this, nullptr, nullptr});
+        _clock.begin({0, milliseconds, this, nullptr, nullptr});
     }
     void disarm() override
     {
@@ -68,9 +68,8 @@ std::unique_ptr<Alarm> SteppedClock::makeAlarm(std::function<void()> ring) const
 bool SteppedClock::block(std::unique_lock<std::mutex> &lock, std::condition_variable &change, int milliseconds,
                          const std::function<bool()> &isOver) const
 {
-    const qint64 due = _now + milliseconds;
     lock.unlock(); // who steps holds the other one first
-    begin({due, milliseconds, nullptr, lock.mutex(), &change});
+    const qint64 due = begin({0, milliseconds, nullptr, lock.mutex(), &change});
     lock.lock();
     change.wait(lock, [&] { return isOver() || _now >= due; });
     lock.unlock();
@@ -84,16 +83,19 @@ bool SteppedClock::block(std::unique_lock<std::mutex> &lock, std::condition_vari
     return isOver();
 }
 
-void SteppedClock::begin(const Wait &wait) const
+/// @return when it ends
+qint64 SteppedClock::begin(Wait wait) const
 {
     const std::lock_guard<std::mutex> lock(_mutex);
+    wait.due = _now + wait.length; // under the lock: nobody steps past it unseen
     _waits.append(wait);
     int &hurried = _hurried[wait.length];
-    if (hurried == 0)
-        return;
-    --hurried;
-    _now = std::max<qint64>(_now, wait.due);
+    if (hurried > 0) {
+        --hurried;
+        _now = wait.due;
+    }
     endDue();
+    return wait.due;
 }
 
 void SteppedClock::step(int milliseconds)
@@ -145,19 +147,20 @@ bool SteppedClock::stepUntil(const std::function<bool()> &condition, const QSet<
 
 bool SteppedClock::stepToNext(const QSet<int> &lengths)
 {
-    return stepTo([&lengths](const Wait &wait) { return lengths.contains(wait.length); });
+    const std::lock_guard<std::mutex> lock(_mutex);
+    return _ringing.isEmpty() && stepTo([&lengths](const Wait &wait) { return lengths.contains(wait.length); });
 }
 
 bool SteppedClock::wakeNext()
 {
+    const std::lock_guard<std::mutex> lock(_mutex);
     return stepTo([](const Wait &wait) { return !wait.alarm; });
 }
 
 bool SteppedClock::stepTo(const std::function<bool(const Wait &)> &isMeant)
 {
-    const std::lock_guard<std::mutex> lock(_mutex);
     const auto isWaking = [this](const Wait &wait) { return wait.due <= _now; };
-    if (!_ringing.isEmpty() || std::any_of(_waits.begin(), _waits.end(), isWaking))
+    if (std::any_of(_waits.begin(), _waits.end(), isWaking))
         return false;
     const Wait *next = nullptr;
     for (const Wait &wait : qAsConst(_waits)) {

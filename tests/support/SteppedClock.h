@@ -35,7 +35,7 @@ public:
      * has been dealt with, so that time never outruns a thread. @return whether there was one
      */
     bool stepToNext(const QSet<int> &lengths);
-    /// The same for a thread that is blocked, whatever the length.
+    /// Steps to the end of the next wait of a blocked thread, whatever its length, and whatever that one has to deal with.
     bool wakeNext();
     /**
      * Delivers events and steps so, again and again, in loops that slots run as well, until a condition holds.
@@ -55,7 +55,7 @@ private:
         std::condition_variable *change;
     };
 
-    void begin(const Wait &wait) const;
+    qint64 begin(Wait wait) const;
     void endDue() const;
     bool stepTo(const std::function<bool(const Wait &)> &isMeant);
 

@@ -13,6 +13,9 @@
 
 namespace {
 
+/// Outlives the application object, and the tracker's threads with it.
+SteppedClock hostClock(SteppedClock::Use::AsHost);
+
 std::atomic<int> timesRaised{0};  ///< how often DTR was asked to go up
 std::atomic<int> timesDropped{0}; ///< or down
 
@@ -153,6 +156,7 @@ AdmittedInstrument &TestPortSearch::plugIn(const QByteArray &port, const QByteAr
 {
     umockdev_testbed_disable(_testbed); // the instrument's pseudo-terminal is a real one
     _instruments.push_back(std::make_unique<AdmittedInstrument>(HardwareModel_t::Cedar_2_0, name, 2));
+    _instruments.back()->setClock(hostClock);
     umockdev_testbed_enable(_testbed);
     const QString node = rootOfTestbed() + "/dev/" + port;
     umockdev_testbed_add_from_string(_testbed, descriptionOf(port, int(_instruments.size())).constData(), nullptr);

@@ -53,6 +53,8 @@ private Q_SLOTS:
     void timeBeginsAnew();
     void aStepEndsTheWaitsOfOtherThreads();
     void aThreadIsBlockedUntilItsTime();
+    void whatStandsBehindTheWaitingEventIsDelivered_data();
+    void whatStandsBehindTheWaitingEventIsDelivered();
     void everyWaitEndsByTheSystemsClock_data();
     void everyWaitEndsByTheSystemsClock();
     void aThreadThatQuitsDoesNotWait();
@@ -179,6 +181,35 @@ void TestBoundedWait::aThreadIsBlockedUntilItsTime()
     QVERIFY(clock.stepUntil([&] { return woken > 1; }, {1000}));
     QCOMPARE(woken.load(), 11); // asked once more at the end
     QVERIFY(thread->wait(hangMs));
+}
+
+void TestBoundedWait::whatStandsBehindTheWaitingEventIsDelivered_data()
+{
+    QTest::addColumn<bool>("usesGlib");
+    QTest::newRow("GLib") << true;
+    QTest::newRow("Qt") << false;
+}
+
+/// The answer was queued when the event that waits for it was about to be delivered; nothing comes after it.
+void TestBoundedWait::whatStandsBehindTheWaitingEventIsDelivered()
+{
+    QFETCH(bool, usesGlib);
+    std::optional<WaitEnd> end;
+    QVERIFY(endsOnAThread(usesGlib, [&end] {
+        SteppedClock clock; // no time ends it
+        BoundedWait wait(1000, clock);
+        QEventLoop loop;
+        QMetaObject::invokeMethod(
+            &loop,
+            [&] {
+                end = wait.exec();
+                loop.quit();
+            },
+            Qt::QueuedConnection);
+        wait.endSoon(WaitEnd::Answered);
+        loop.exec();
+    }));
+    QVERIFY(end == WaitEnd::Answered);
 }
 
 void TestBoundedWait::everyWaitEndsByTheSystemsClock_data()

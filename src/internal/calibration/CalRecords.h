@@ -76,7 +76,7 @@ struct Gale_Cfg_t {
     quint16 numCurrentRanges = 1; ///< valid indices of current ranges
     quint16 numVoltageRanges = 1; ///< valid indices of voltage ranges
     quint16 reserved22 = 0;
-    char boardName[64] = " UNCONFIGURED";       ///< NUL-terminated; the leading blank is deliberate
+    char boardName[64] = " UNCONFIGURED";       ///< NUL-terminated; see compatibility.md, blank before the board's name
     char channel0Name[64] = "Channel_0";        ///< NUL-terminated
     char channel1Name[64] = "Channel_1";        ///< NUL-terminated
     float currentMin[2] = {-noLimit, -noLimit}; ///< amperes, by channel within the board

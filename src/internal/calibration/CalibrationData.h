@@ -137,7 +137,7 @@ public:
     /// Takes the cable's parallel impedance off; infinite when nothing else is left.
     std::complex<double> adjustZforCableCapacitance(double frequency, std::complex<double> z,
                                                     currentRange_t range) const;
-    /// Neutral whatever the arguments: magnitude 1, phase 0, real part 1.
+    /// Magnitude 1, phase 0, real part 1. See compatibility.md, neutral offset.
     ComplexDataPoint_t getZOffset(double frequency, currentRange_t range, ACgain_t weGain, ACgain_t iGain) const;
     double getCurrentGain(ACgain_t gain) const; ///< factor of the mainline's current path
     // Straighten samples of the controller's own converter, in codes.

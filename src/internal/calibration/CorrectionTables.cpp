@@ -16,7 +16,7 @@ constexpr int converterCodes = 4096;
 constexpr double referenceCode = 2048.0;
 constexpr double sourceResistance = 1000.0; // ohms
 constexpr double picofarad = 1e-12;
-constexpr int cableRanges = 11; // one more than there are current ranges: deliberate
+constexpr int cableRanges = 11; // see compatibility.md, eleven cable tables
 
 template <typename Sample>
 void replaceByEntries(const std::vector<float> &table, std::vector<Sample> &samples)
@@ -104,7 +104,7 @@ std::complex<double> PICInternalADCCapacitance::get_Z_adj(double frequency, doub
     const double a = getCapacitance(code) * (2.0 * pi * sourceResistance) * frequency;
     const double b = referenceCorner * frequency;
     const double angle = 180.0 * (std::atan(a) - std::atan(b)) / pi;
-    // Deliberate: the angle stays in degrees, although polar coordinates want radians.
+    // See compatibility.md, degrees for radians.
     return std::polar(std::sqrt(1.0 + b * b) / std::sqrt(1.0 + a * a), angle);
 }
 

@@ -216,7 +216,7 @@ double DeviceDCcalFormulas::getMaxACSignal_galv(currentRange_t range) const
 {
     if (invalidRangeIndex(range))
         return 0.0;
-    // Deliberate: the first voltage range sets the scale of the drive for every current range.
+    // Of the first voltage range for all: see compatibility.md, scale of the drive.
     return std::abs(vCtrlGain[0] * maxACSignal / iCtrlGain[index(range)]);
 }
 

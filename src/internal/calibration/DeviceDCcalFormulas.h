@@ -37,9 +37,9 @@ public:
     /// The reading that a corrected value came from; the range's own gain and offset and `ce` take no part.
     float getCurrentRdgBIN(float value, currentRange_t range, ACgain_t gain, short ref, float ce) const;
 
-    // Setpoints, as codes of a signed 16-bit DAC. An invalid range gives 0.
+    // Setpoints, as codes of a signed 16-bit DAC. An invalid range gives 0. See compatibility.md, truncated codes.
     int getVCtrlBIN(float volts, voltageRange_t range) const;           ///< truncates
-    int getICtrlBIN(float amps, currentRange_t range) const;            ///< rounds, unlike the voltage's: deliberate
+    int getICtrlBIN(float amps, currentRange_t range) const;            ///< rounds
     double getVSetpointFromBIN(short code, voltageRange_t range) const; ///< volts
     double getISetpointFromBIN(short code, currentRange_t range) const; ///< amperes
 

@@ -27,7 +27,7 @@ double interp(double x, double x0, double x1, double y0, double y1, bool useLog)
 }
 
 // A first-order low-pass with time constant t at frequency f. Each function answers NaN and raises the flag where the
-// model has no answer. Both rows are read at the query's frequency instead of their own: deliberate.
+// model has no answer. See compatibility.md, rows at the query's frequency.
 
 double failed(bool *error)
 {
@@ -156,7 +156,7 @@ double frequencySweep::lookupNegPhase(int row, double f0, double f1, double freq
         const double t = interp(frequency, f0, f1, t0, t1, true);
         const double lag = FirstOrderFilt_getNegPhase(frequency, t, &error);
         if (!error)
-            return lag; // deliberate: positive, although the table's lag is negative
+            return lag; // see compatibility.md, positive lag
     }
     return interp(frequency, f0, f1, p0, p1, true);
 }

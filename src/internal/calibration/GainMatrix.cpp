@@ -68,7 +68,7 @@ std::complex<double> GainMatrix::lookup(double frequency, ACgain_t weGain, ACgai
 {
     if (!individualStages)
         return lookupMatrix(frequency, weGain, iGain);
-    // Deliberate: both gains go through the voltage list.
+    // See compatibility.md, one list for both gains.
     return lookupStages(frequency, weGain) / lookupStages(frequency, iGain);
 }
 

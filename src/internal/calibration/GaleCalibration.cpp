@@ -90,7 +90,7 @@ currentRange_t GaleCalibration::smallestCurrentRangeOfSine(float dc, float ac) c
 
 voltageRange_t GaleCalibration::smallestVoltageRange(float volts) const
 {
-    // Deliberate: the current's limit. The cycler's two DACs share their span of codes.
+    // See compatibility.md, limit of the current's codes.
     int range = GaleFormulas::voltageRanges - 1;
     while (range > 0 && std::abs(qint64(voltageCode(double(volts), voltageRange_t(range)))) > largestCode())
         --range;

@@ -86,7 +86,7 @@ ProcessedDCData GaleCalibration::reading(const DcRecord &record) const
 
 inline double GaleCalibration::charge(qint64 counts, currentRange_t range) const
 {
-    // Deliberate: the configured count decides here, not the record's eight ranges as for the current.
+    // See compatibility.md, count for the charge.
     const int measured = index(range) < _configuredCurrentRanges ? index(range) : 0;
     return _secondsPerCount * double(GaleFormulas::chargeGain(_record, measured) * float(counts));
 }

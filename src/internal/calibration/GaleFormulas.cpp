@@ -60,20 +60,20 @@ void GaleFormulas::currentBatch(const cal_vc07 &record, currentRange_t range, sh
 double GaleFormulas::voltageBias(const cal_vc07 &record, double raw, voltageRange_t range, short ref)
 {
     const int r = readingRange(range);
-    const float reference = float(ref) * record.vRefCoeff[r]; // in single precision, unlike the rest
+    const float reference = float(ref) * record.vRefCoeff[r]; // see compatibility.md, reference in single precision
     return record.vOffset[r] + (record.vGain[r] * raw + reference);
 }
 
 double GaleFormulas::currentBias(const cal_vc07 &record, double raw, currentRange_t range, short ref)
 {
     const int r = readingRange(range);
-    const float reference = float(ref) * record.iRefCoeff[r]; // in single precision, unlike the rest
+    const float reference = float(ref) * record.iRefCoeff[r]; // see compatibility.md, reference in single precision
     return straightened(record, r, record.iOffset[r] + (record.iGain[r] * raw + reference));
 }
 
 int GaleFormulas::voltageCode(const cal_vc07 &record, double volts, voltageRange_t range)
 {
-    const int r = index(range); // deliberate: no fall-back to range 0 here, ranges come from the caller
+    const int r = index(range); // see compatibility.md, range without a fall-back
     const double reference = nominalRefWord * coefficient(record.vRefCoeff, r);
     const double code = (volts - reference - coefficient(record.vOffset, r)) / coefficient(record.vGain, r);
     return int(std::round(clampedCode(code)));

@@ -39,8 +39,8 @@ float chargeGain(const cal_vc07 &record, int range);
 
 // Setpoints as codes.
 int voltageCode(const cal_vc07 &record, double volts, voltageRange_t range); ///< rounded
-int currentCode(const cal_vc07 &record, double amps, currentRange_t range);  ///< truncated, unlike the voltage's
-/// Volts of a code; never negative.
+int currentCode(const cal_vc07 &record, double amps, currentRange_t range);  ///< see compatibility.md, truncated codes
+/// Volts of a code. See compatibility.md, voltage without its sign.
 double controlVoltage(const cal_vc07 &record, int code, voltageRange_t range);
 /// Whether the record marks the range as present.
 bool hasCurrentRange(const cal_vc07 &record, int range);

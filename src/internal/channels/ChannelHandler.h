@@ -10,11 +10,11 @@
 #include "link/PCcommand.h"
 
 #include <QByteArray>
-#include <QReadWriteLock>
 #include <QString>
 
-#include <atomic>
 #include <memory>
+#include <mutex>
+#include <utility>
 
 class AbstractExperiment;
 
@@ -22,11 +22,10 @@ class AbstractExperiment;
  * What one channel of a connected instrument is doing. A passive record: it does not communicate.
  *
  * The linker and the tracker are its first two parts, so that their fields are reached directly; these have no lock
- * (see there). All other fields are reached through accessors, each of which holds one lock for the copy of its field
- * and returns by value; the report alone is atomic instead. Locks are never nested.
+ * (see there). All else is one value, its state, behind one lock: an accessor copies a field in or out under it, and calls
+ * nothing meanwhile. What belongs together changes together.
  *
- * @thread The client's threads and the handler's own thread read and write it. A node list must not be uploaded while a
- *         node is looked up on the same channel; a busy channel refuses uploads, so this does not happen.
+ * @thread The client's threads and the handler's own thread read and write it.
  */
 class ChannelHandler : public ChannelLinker, public RealTimeTracker
 {
@@ -67,34 +66,35 @@ public:
     /// linking) survives.
     void setIdealConfig();
 
-    void setIRComp(const IRComp &irComp);
-    IRComp getIRComp() const;
-    void setRunningExperimentMode(ExperimentMode mode);
-    ExperimentMode getExperimentMode() const;
-    void setRunningExperimentStatus(ExperimentStatus status);
-    ExperimentStatus getExperimentStatus() const;
+    void setIRComp(const IRComp &irComp) { set(&State::irComp, irComp); }
+    IRComp getIRComp() const { return get(&State::irComp); }
+    void setRunningExperimentMode(ExperimentMode mode) { set(&State::experimentMode, mode); }
+    ExperimentMode getExperimentMode() const { return get(&State::experimentMode); }
+    void setRunningExperimentStatus(ExperimentStatus status) { set(&State::experimentStatus, status); }
+    ExperimentStatus getExperimentStatus() const { return get(&State::experimentStatus); }
+    /// Data that start end the wait for the answer to a start.
     void setDataStatus(DataStatus status);
-    DataStatus getDataStatus() const;
-    void setSDCardStatus(SDCardStatus status);
-    SDCardStatus getSDCardStatus() const;
+    DataStatus getDataStatus() const { return get(&State::dataStatus); }
+    void setSDCardStatus(SDCardStatus status) { set(&State::sdCardStatus, status); }
+    SDCardStatus getSDCardStatus() const { return get(&State::sdCardStatus); }
 
     /// Notes that a start is sent whose acknowledgement is to come.
-    void awaitStart(PCcommand_t start);
+    void awaitStart(PCcommand_t start) { set(&State::awaitedStart, start); }
     /// Ends that. @return whether it was this start that was awaited: data that begin confirm it as well
     bool endAwaitOfStart(PCcommand_t start);
 
-    void setCellOn(bool on);
+    void setCellOn(bool on) { set(&State::cellOn, on); }
     /// Whether the running node drives the cell.
-    bool isCellOn() const;
-    void setCompRange(const VekCompRange &range);
-    VekCompRange getCompRange() const;
-    void setLoadImpValue(float ohms);
-    float getLoadImpValue() const;
+    bool isCellOn() const { return get(&State::cellOn); }
+    void setCompRange(const VekCompRange &range) { set(&State::compRange, range); }
+    VekCompRange getCompRange() const { return get(&State::compRange); }
+    void setLoadImpValue(float ohms) { set(&State::loadImpedance, ohms); }
+    float getLoadImpValue() const { return get(&State::loadImpedance); }
 
     void setLoadedExp(std::shared_ptr<AbstractExperiment> experiment);
-    std::shared_ptr<AbstractExperiment> getLoadedExp() const;
+    std::shared_ptr<AbstractExperiment> getLoadedExp() const { return get(&State::loadedExperiment); }
 
-    /// Stores a copy.
+    /// Stores a copy, which does not change any more.
     void setLoadedNodeList(const NodeList &nodes);
     /// An empty list if nothing is loaded.
     NodeList getLoadedNodeList() const;
@@ -109,62 +109,71 @@ public:
 
     /// Collects calibration bytes, from the start if this chunk is the first.
     void appendCalibrationRawData(bool isFirstChunk, const QByteArray &chunk);
-    QByteArray getCalibrationRawData() const;
-    void clearCalibrationRawData();
+    QByteArray getCalibrationRawData() const { return get(&State::calibrationRawData); }
+    void clearCalibrationRawData() { set(&State::calibrationRawData, QByteArray()); }
 
-    void setRecoverDataStatus(bool available);
+    void setRecoverDataStatus(bool available) { set(&State::recoverDataAvailable, available); }
     /// The instrument holds stored data of this channel.
-    bool isRecoverDataAvailable() const;
-    void setActiveRecoverExperimentStatus(bool active);
+    bool isRecoverDataAvailable() const { return get(&State::recoverDataAvailable); }
+    void setActiveRecoverExperimentStatus(bool active) { set(&State::activeRecoverExperiment, active); }
     /// An experiment from before the connection still runs on this channel.
-    bool isActiveRecoverExperiment() const;
+    bool isActiveRecoverExperiment() const { return get(&State::activeRecoverExperiment); }
     /// What the instrument has told, of experiments that this program did not start.
-    void setReport(VekChannelReport report) { _report = report; }
-    VekChannelReport getReport() const { return _report; }
+    void setReport(VekChannelReport report) { set(&State::report, report); }
+    VekChannelReport getReport() const { return get(&State::report); }
 
-    void setVmax(double volts);
-    void setVmin(double volts);
-    void setImax(double amperes);
-    void setImin(double amperes);
-    void setTemperatureMax(double degreesCelsius);
-    ChannelLimit getLimits() const;
-    void resetChannelLimits();
+    void setVmax(double volts) { setLimit(&ChannelLimit::vMax, volts); }
+    void setVmin(double volts) { setLimit(&ChannelLimit::vMin, volts); }
+    void setImax(double amperes) { setLimit(&ChannelLimit::iMax, amperes); }
+    void setImin(double amperes) { setLimit(&ChannelLimit::iMin, amperes); }
+    void setTemperatureMax(double degreesCelsius) { setLimit(&ChannelLimit::temperatureMax, degreesCelsius); }
+    ChannelLimit getLimits() const { return get(&State::limits); }
+    void resetChannelLimits() { set(&State::limits, ChannelLimit()); }
 
 private:
     static constexpr auto noStart = PCcommand_t(0);
 
+    /// What ends with an experiment.
+    struct Run {
+        ExperimentStatus experimentStatus = EXPERIMENT_STOPPED;
+        ExperimentMode experimentMode = MODE_IDLE;
+        DataStatus dataStatus = DATA_NOT_STARTED;
+        PCcommand_t awaitedStart = noStart;
+        bool cellOn = false;
+        std::shared_ptr<AbstractExperiment> loadedExperiment;
+        std::shared_ptr<const NodeList> loadedNodes;
+        SDCardStatus sdCardStatus = SD_IDLE;
+    };
+    /// All that several threads read and write of a channel.
+    struct State : Run {
+        // What the client has set.
+        IRComp irComp;
+        ChannelLimit limits;
+        VekCompRange compRange{QString(), 0, 0};
+        float loadImpedance = 0.0f;
+        // What the instrument has told.
+        QByteArray calibrationRawData;
+        bool recoverDataAvailable = false;
+        bool activeRecoverExperiment = false;
+        VekChannelReport report = VekChannelReport::Unknown;
+    };
+
+    template <typename Part, typename Field>
+    Field get(Field Part::*field) const
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return _state.*field;
+    }
+    template <typename Part, typename Field, typename Value>
+    void set(Field Part::*field, Value &&value)
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _state.*field = std::forward<Value>(value);
+    }
+    void setLimit(double ChannelLimit::*limit, double value);
+
     const QString _deviceName;
     const unsigned char _channelNumber;
-    IRComp _irComp;
-    ChannelLimit _limits;
-    SDCardStatus _sdCardStatus = SD_IDLE;
-    ExperimentMode _experimentMode = MODE_IDLE;
-    DataStatus _dataStatus = DATA_NOT_STARTED;
-    ExperimentStatus _experimentStatus = EXPERIMENT_STOPPED;
-    std::atomic<PCcommand_t> _awaitedStart{noStart};
-    VekCompRange _compRange{QString(), 0, 0};
-    bool _cellOn = false;
-    QByteArray _calibrationRawData;
-    bool _recoverDataAvailable = false;
-    bool _activeRecoverExperiment = false;
-    CrossThreadValue<VekChannelReport> _report = VekChannelReport::Unknown;
-    float _loadImpedance = 0.0f;
-    std::shared_ptr<AbstractExperiment> _loadedExperiment;
-    std::shared_ptr<NodeList> _loadedNodeList;
-
-    mutable QReadWriteLock _sdCardStatusLock;
-    mutable QReadWriteLock _irCompLock;
-    mutable QReadWriteLock _experimentModeLock;
-    mutable QReadWriteLock _dataStatusLock;
-    mutable QReadWriteLock _spareLock; // guards nothing
-    mutable QReadWriteLock _experimentStatusLock;
-    mutable QReadWriteLock _compRangeLock; // also held to read _loadedNodeList
-    mutable QReadWriteLock _cellOnLock;
-    mutable QReadWriteLock _loadedExperimentLock;
-    mutable QReadWriteLock _loadedNodeListLock; // deliberate: held to write _loadedNodeList alone
-    mutable QReadWriteLock _calibrationRawDataLock;
-    mutable QReadWriteLock _recoverDataLock;
-    mutable QReadWriteLock _activeRecoverLock;
-    mutable QReadWriteLock _limitsLock;
-    mutable QReadWriteLock _loadImpedanceLock;
+    mutable std::mutex _mutex; // guards _state
+    State _state;
 };

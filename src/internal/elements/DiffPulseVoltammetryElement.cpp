@@ -21,7 +21,7 @@ ErrorStringList DiffPulseVoltammetryElement::validateInput(const HardwareVersion
     const HardwareModel &model = check.model();
     return check
         .voltageLimit(startVoltage, startVoltageVsOCP)
-        // Deliberate: the text about the end potential goes by the flag of the start potential.
+        // See compatibility.md, end potential by the start's flag.
         .complainUnless(model.isWithinVoltageLimit(endVoltage, endVoltageVsOCP),
                         model.getVoltageLimitErrorMsg(startVoltageVsOCP))
         .voltageStepLimit(vStep)

@@ -25,7 +25,7 @@ ErrorStringList EISPotentiostaticElement::validateInput(const HardwareVersion &h
     return check.acSupport()
         .frequencyLimit(startFreq)
         .frequencyLimit(endFreq)
-        // Deliberate: a bias out of bounds is complained about with the current's text.
+        // See compatibility.md, complaint with the current's text.
         .complainUnless(model.isWithinVoltageLimit(biasVoltage, biasVoltageVsOCP), model.getCurrentLimitErrorMsg())
         .sweepDensity(stepsPerDecade, minimumCycles)
         .voltageAmplitude(amplitude)

@@ -47,7 +47,7 @@ Node MottSchottkyElement::modifyNode(double next, int target, ModTarget_t what, 
     return node;
 }
 
-// Deliberate: nothing asks whether the model runs AC experiments; one that does not refuses at run time.
+// Nothing asks whether the model runs AC experiments. See compatibility.md, Mott-Schottky everywhere.
 ErrorStringList MottSchottkyElement::validateInput(const HardwareVersion &hardware) const
 {
     return InputCheck(hardware)

@@ -38,6 +38,8 @@ public:
 
     bool isEmpty() const { return _nodes.empty(); }
     int size() const { return static_cast<int>(_nodes.size()); }
+    /// The node at a position. @failure std::out_of_range
+    const Node &at(int index) const { return *_nodes.at(static_cast<std::size_t>(index)); }
     /// The node at a position, which must exist.
     const std::shared_ptr<Node> &operator[](int index) const { return _nodes[static_cast<std::size_t>(index)]; }
 

@@ -81,7 +81,7 @@ ExpNode_t Vek_Node_BranchLogic(qint16 firstTarget, qint16 secondTarget);
  */
 ExpNode_t Vek_Node_Modify(float next, float last, float step, int target, ModTarget_t what, ModType_t how, int jump);
 
-// The arguments of these two keep their places without names: what they mean is known to the firmware alone.
+// What the arguments mean is known to the firmware alone. See compatibility.md, places of the arguments.
 ExpNode_t Vek_Node_PITT(float first, float second, float third, float fourth, float fifth, float sixth);
 ExpNode_t Vek_Node_GITT(float first, float second, float third, float fourth, float fifth, float sixth);
 ExpNode_t Vek_Node_NonlinearADCcal(quint16 first, quint16 second, quint16 third, quint16 fourth);

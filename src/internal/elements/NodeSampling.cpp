@@ -25,7 +25,7 @@ bool hasSamplingInterval(NodeType_t type)
     case NodeType_t::StepVoltage:
     case NodeType_t::StepCurrent:
         return true;
-    default: // deliberate: the pseudo constant voltage, which samples too, keeps its interval as it is
+    default: // see compatibility.md, pseudo constant voltage keeps its interval
         return false;
     }
 }

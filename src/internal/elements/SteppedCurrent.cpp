@@ -20,7 +20,7 @@ NodeList SteppedCurrent::GetNodesData(const CalibrationData &, const HardwareVer
 ErrorStringList SteppedCurrent::validateInput(const HardwareVersion &hardware) const
 {
     const double steps = std::fabs((endCurrent - startCurrent) / stepSize);
-    // Deliberate: the number in the text is the count of steps, although it stands where a current is expected.
+    // See compatibility.md, count of steps in amperes.
     const QString tooManySteps =
         QStringLiteral("Current step size should greater then") + QString::number(steps, 'g', 6) + QStringLiteral("A");
     return InputCheck(hardware)

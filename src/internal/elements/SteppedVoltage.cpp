@@ -17,8 +17,8 @@ ErrorStringList SteppedVoltage::validateInput(const HardwareVersion &hardware) c
 {
     InputCheck check(hardware);
     check.samplingLimit(samplingInterval);
-    // Deliberate: the limits of the controlled cell hold even for potentials relative to the open-circuit potential,
-    // and a voltage out of bounds is complained about with the current's text.
+    // See compatibility.md, stepped potentials stay controlled; and for the text
+    // see compatibility.md, complaint with the current's text.
     for (const double voltage : {startVoltage, endVoltage})
         check.complainUnless(check.model().isWithinVoltageLimit(voltage, false),
                              check.model().getCurrentLimitErrorMsg());

@@ -9,8 +9,8 @@
  * Starts the updates of battery cyclers over their serial port, and passes on what they tell.
  *
  * @thread Lives on the thread that first called Instance(), which must run an event loop; flash() is called there. Each
- *         update has a worker and a thread of its own. Deliberate: after a failure these stay, idle, until the
- *         application ends.
+ *         update has a worker and a thread of its own. After a failure these stay, idle, until the application ends.
+ *         See compatibility.md, threads of failed updates.
  */
 class BootLoaderCOM : public QObject
 {

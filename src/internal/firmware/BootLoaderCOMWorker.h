@@ -31,7 +31,7 @@ Q_SIGNALS:
     void Started(QString deviceName);
     void Progress(QString deviceName, int percent);
     void Finished(QString deviceName, bool success);
-    /// The thread may end; deliberately after success only.
+    /// The thread may end, after success. See compatibility.md, threads of failed updates.
     void finished();
 
 private:

@@ -5,6 +5,7 @@
 #include "firmware/HidCommunicator.h"
 #include "firmware/UsbPlace.h"
 #include "waiting/BoundedWait.h"
+#include "waiting/ThreadBound.h"
 
 #include <QScopedValueRollback>
 
@@ -74,6 +75,7 @@ void BootLoaderCommunicator::setReleaseNumber(QString deviceName, int model)
 
 void BootLoaderCommunicator::announce(Announcement announcement)
 {
+    assertOnThreadOf(*this);
     const bool neverLeft = _pending.takeSame(announcement);
     announcement.deadline = Deadline(_patienceMs, _clock);
     _pending.add(announcement);
@@ -97,6 +99,7 @@ void BootLoaderCommunicator::UpdateUnknowReleaseNumber(QString path, HardwareMod
 
 void BootLoaderCommunicator::checkForHidConnections()
 {
+    assertOnThreadOf(*this);
     if (_pending.isEmpty()) { // else an old device would take the announced one's update
         for (const QString &path : qAsConst(_unfinished))
             _finder.forget(path);
@@ -108,11 +111,13 @@ void BootLoaderCommunicator::checkForHidConnections()
 
 void BootLoaderCommunicator::checkForAnnounced()
 {
+    assertOnThreadOf(*this);
     _finder.start();
 }
 
 void BootLoaderCommunicator::HidConnectionsFound(const QMap<QString, int> &devices)
 {
+    assertOnThreadOf(*this);
     for (auto device = devices.begin(); device != devices.end(); ++device)
         _connected.insert(device.key(), device.value());
     // All of them choose before the first one runs: what is announced during a run is none of these.
@@ -169,6 +174,7 @@ void BootLoaderCommunicator::onSearchEnded()
 
 void BootLoaderCommunicator::onPatienceEnded()
 {
+    assertOnThreadOf(*this);
     if (_isRunning)
         return; // nobody has looked for the device meanwhile; the end of the update counts anew
     const QStringList lost = _pending.takeExpired();

@@ -57,7 +57,7 @@ public:
     /// Announces an instrument that was restarted. What was announced of it before ends as failed: it is on its port again.
     void announce(Announcement announcement);
     /// The answer to FindReleaseNumber(): flashes the device for this model, unless it names another one by now.
-    void UpdateUnknowReleaseNumber(QString path, HardwareModel_t model);
+    void UpdateUnknowReleaseNumber(QString path, HardwareModel_t model); // see compatibility.md, inner names
     /// Looks for devices until some are found, and wants all of these. One whose update has failed is found again, if no
     /// other is announced.
     void checkForHidConnections();

@@ -26,8 +26,7 @@ class BootloaderOperator : public QObject
 
 public:
     /// Opens the device; one that cannot be opened never replies.
-    explicit BootloaderOperator(QString const &hidPath, QObject *parent = nullptr,
-                                const Clock &clock = Clock::host());
+    explicit BootloaderOperator(QString const &hidPath, QObject *parent = nullptr, const Clock &clock = Clock::host());
 
     void RequestBootloaderInfo();
     void EraseFlash();
@@ -42,7 +41,7 @@ Q_SIGNALS:
     void BootloaderInfoReceived(BootloaderInfo const &info);
     void FirmwareCrcReceived(unsigned short crc);
     void FlashErased();
-    void FlashProgramed();
+    void FlashProgramed(); // see compatibility.md, inner names
 
 private:
     void DataReceived(QByteArray const &data);

@@ -166,6 +166,7 @@ void FirmwareUpdateHandler::ShowBootloaderDialog()
 
 void FirmwareUpdateHandler::UnknowHIDModelConnect(const QString &)
 {
+    // See compatibility.md, unknown HID model.
     tell(QString(), Stage::UnknownModel, QStringLiteral("Unknow HID model connections. "));
 }
 

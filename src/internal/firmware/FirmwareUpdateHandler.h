@@ -47,7 +47,7 @@ public:
 Q_SIGNALS:
     /// What an update is doing, in words for people; an instrument without an announced update has no name.
     void firmwareUpdateNotification(QString const &message);
-    /// An update over HID has ended. Deliberate: one over the serial road tells its end in the notification alone.
+    /// An update over HID has ended. See compatibility.md, updates told in words.
     void firmwareUpdateFinished(QString const &deviceName, bool success);
     /// What firmwareUpdateNotification() has just told, as values; @p percent is 0 but for Writing.
     void firmwareUpdateStageReached(const QString &deviceName, VekFirmwareUpdateStage stage, int percent,
@@ -62,7 +62,7 @@ private:
     void BootloaderStarted(const QString &deviceName);
     void BootloaderFound(const QString &deviceName);
     void ShowBootloaderDialog();
-    void UnknowHIDModelConnect(const QString &path);
+    void UnknowHIDModelConnect(const QString &path); // see compatibility.md, inner names
     /// @param words what follows the name in the message
     void tell(const QString &deviceName, Stage stage, const QString &words, int percent = 0);
 

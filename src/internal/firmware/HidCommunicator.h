@@ -14,9 +14,9 @@ struct hid_device_;
 /**
  * One instrument in its HID bootloader: finds such devices, writes bodies in frames, polls for replies.
  *
- * Deliberate: the last report stays in a buffer of its own, and each poll decodes all of it again. A reply is therefore
- * delivered every 20 ms until the next one comes, and a wait for the same reply ends at the next poll. That sets the
- * pace of programming; the CRC check at the end proves the result.
+ * The last report stays in a buffer of its own, and each poll decodes all of it again. A reply is therefore delivered
+ * every 20 ms until the next one comes, and a wait for the same reply ends at the next poll. That sets the pace of
+ * programming. See compatibility.md, replies seen again.
  *
  * @thread  Lives on the thread that makes it, which must run an event loop. Searching is free of any thread: the calls
  *          into hidapi that do not bear two threads take turns.

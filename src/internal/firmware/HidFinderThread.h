@@ -41,6 +41,7 @@ private:
     bool announceNew(const QMap<QString, int> &current);
     void announceGone(const QMap<QString, int> &current);
     QMap<QString, int> getnewHIDConnection(const QMap<QString, int> &current);
+    // See compatibility.md, inner names.
     QMap<QString, int> RemoveUnavaliableHIDConnection(const QMap<QString, int> &current);
 
     const Clock &_clock;

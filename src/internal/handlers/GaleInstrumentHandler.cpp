@@ -55,7 +55,7 @@ void GaleInstrumentHandler::sendInitialDefaults()
     Q_EMIT initialConnectionRequestFinished(_op->isConnected());
 }
 
-// Deliberate: the other way round than on a main-line model without a fan control. The cycler's fan is always variable.
+// Its fan is always variable. See compatibility.md, fan of a cycler.
 VekErrorCode GaleInstrumentHandler::setFanSpeedVariable(bool variable)
 {
     return variable ? VekErrorCode::Success : VekErrorCode::FeatureNotSupported;
@@ -85,7 +85,7 @@ int GaleInstrumentHandler::setLinkedChannels(std::vector<unsigned char> channels
     if (bipolar && channels.size() != 2)
         return -1;
     for (const unsigned char channel : channels)
-        channelAt(channel)->bipolar = bipolar || channelAt(channel)->bipolar; // kept, even if the pair is refused
+        channelAt(channel)->bipolar = bipolar || channelAt(channel)->bipolar; // see compatibility.md, bipolar for good
     if (!fitTogether(channels))
         return -1;
     if (channels.size() > 1) {
@@ -250,7 +250,7 @@ VekErrorCode GaleInstrumentHandler::setManualModeConstantCurrent(unsigned char c
         return std::make_pair(smallest, calibration.GetBINCurrentForDAC(smallest, amperes));
     });
     if (!_op->setManualGalvanoSetpoint(channel, code, static_cast<unsigned char>(range)))
-        return VekErrorCode::CommandNotSent; // deliberate: the main line has a code of its own for this
+        return VekErrorCode::CommandNotSent; // see compatibility.md, current that was not sent
     return VekErrorCode::Success;
 }
 

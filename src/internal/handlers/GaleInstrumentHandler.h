@@ -24,7 +24,7 @@ public:
 
     VekErrorCode uploadExperimentToChannel(unsigned char channel,
                                            std::shared_ptr<AbstractExperiment> experiment) override;
-    /// @return of a group whose start could not be sent: Unknown, and its channels stay marked as running
+    /// @return of a group, Unknown if its start could not be sent. See compatibility.md, group that was not started.
     VekErrorCode startUploadedExperiment(unsigned char channel) override;
     /// @return the lowest channel of the new group, or -1; earlier groups of the channels may be gone even then
     int setLinkedChannels(std::vector<unsigned char> channels, bool bipolar) override;

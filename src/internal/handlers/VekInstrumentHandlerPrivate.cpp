@@ -201,7 +201,7 @@ double VekInstrumentHandlerPrivate::getExperimentUTCStartTime(unsigned char chan
 
 float VekInstrumentHandlerPrivate::getLoadImpedance(unsigned char channel) const
 {
-    // Deliberate: the error's number stands for the impedance that a channel without one has.
+    // See compatibility.md, error number as an impedance.
     return isValidChannel(channel) ? channelAt(channel)->getLoadImpValue() : float(VekErrorCode::InvalidChannel);
 }
 

@@ -33,7 +33,7 @@ class InstrumentOperator;
  * What both instrument lines share behind a VekInstrumentHandler: checks the client's requests against the state of the
  * channels, hands them to the operator, and turns the instrument's notifications into channel state and signals.
  *
- * The virtual operations are the seam between the common logic and the two lines; their order is fixed.
+ * The virtual operations are the seam between the common logic and the two lines.
  *
  * Every request returns a VekErrorCode: the checks run in a fixed order, the first failure is the result, and nothing
  * has then been sent or stored. Success of a command means that it was handed to the link; a refusal by the instrument
@@ -78,7 +78,7 @@ public:
      */
     void leaveUntouched(const std::set<unsigned char> &channels);
 
-    // The virtual operations, in their fixed order.
+    // The seam. New ones come last: see compatibility.md, order of virtual operations.
     virtual VekErrorCode uploadExperimentToChannel(unsigned char channel,
                                                    std::shared_ptr<AbstractExperiment> experiment);
     virtual VekErrorCode startUploadedExperiment(unsigned char channel);
@@ -112,7 +112,7 @@ public Q_SLOTS:
     virtual void onExperimentDCDataReceived(unsigned char channel, const QByteArray &payload) = 0;
     virtual void onExperimentACDataReceived(unsigned char channel, const QByteArray &payload) = 0;
     virtual void onACDataInvalidated(unsigned char channel, const QByteArray &payload) = 0;
-    virtual void onACDataSampleFinshed(unsigned char channel);
+    virtual void onACDataSampleFinshed(unsigned char channel); // see compatibility.md, inner names
     virtual void TareCurrentReceived(unsigned char channel, const QByteArray &payload);
     virtual void TareVoltageReceived(unsigned char channel, const QByteArray &payload);
     virtual void onConfigReceived(unsigned char channel, const QByteArray &payload);

@@ -386,7 +386,7 @@ void VekInstrumentHandlerPrivate::onCalibrationDataReceived(unsigned char channe
         qWarning().noquote() << lineOfLog(channel, QStringLiteral("Error loading calibration data."));
     }
     if (!importer.isCSVDataPayloadFull()) {
-        _op->requestNextCalibrationData(); // deliberate: also after a refused packet
+        _op->requestNextCalibrationData(); // see compatibility.md, refused piece of a table
         return;
     }
     if (!importer.validateCSVFiles())

@@ -7,6 +7,7 @@
 #include "hardware_models/HardwareModel.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 #include "session/InstrumentOperator.h"
+#include "waiting/ThreadBound.h"
 
 #include <algorithm>
 
@@ -225,7 +226,7 @@ VekErrorCode VekInstrumentHandlerPrivate::setManualModeCurrentRange(unsigned cha
 {
     if (const VekErrorCode refusal = checkManual(channel))
         return refusal;
-    return sendCurrentRange(channel, static_cast<quint8>(range)); // deliberate: cut before it is checked
+    return sendCurrentRange(channel, static_cast<quint8>(range)); // see compatibility.md, current range cut to a byte
 }
 
 VekErrorCode VekInstrumentHandlerPrivate::sendCurrentRange(unsigned char channel, quint8 range)
@@ -407,6 +408,7 @@ VekErrorCode VekInstrumentHandlerPrivate::prepareChannels(const std::set<unsigne
 
 void VekInstrumentHandlerPrivate::freeChannels(const std::set<unsigned char> &channels)
 {
+    assertOnThreadOf(*this);
     const auto isFree = [&](unsigned char channel) {
         return channels.count(channel) > 0 ||
                (canReport(channel) && channelReport(channel) != VekChannelReport::Running);

@@ -17,7 +17,7 @@
  * Concrete classes start from these defaults. All numbers are in SI units: volts, amperes, seconds, hertz.
  *
  * The destructor is not virtual: make instances with std::make_shared of their own class only, as
- * HardwareModelFactory does. The order of the virtual operations is fixed.
+ * HardwareModelFactory does. See compatibility.md, order of virtual operations.
  *
  * @thread Immutable once made, hence free of any thread.
  */

@@ -2,8 +2,8 @@
 
 #include "numerics/EngineeringUnits.h"
 
-// The words are part of the interface, their odd spaces and units included: watts behind " mW", ohms behind " W",
-// volts behind "A". They are put together with operator+, since "%1" has to stay for the caller.
+// Watts behind " mW", ohms behind " W", volts behind "A": see compatibility.md, units of the limits. The sentences are
+// put together with operator+, since "%1" has to stay for the caller.
 
 namespace {
 

@@ -6,9 +6,8 @@
  * The Kestrel series as a rule instead of rows: generation and kind (Ibis, Jay or Heron) follow from the number, and
  * all other values from these two.
  *
- * A number outside the series gives the base class's defaults, an "Invalid" model. Deliberately untouched are the
- * square-wave limit, the rate constants, the revision code and the sampling period: unlike the models that are
- * written out, this family has the defaults there.
+ * A number outside the series gives the base class's defaults, an "Invalid" model. Not set here are the square-wave
+ * limit, the rate constants, the revision code and the sampling period. See compatibility.md, defaults of the Kestrels.
  */
 class Kestrel : public HardwareModel
 {

@@ -134,7 +134,7 @@ using H = HardwareModel;
 
 // clang-format off
 
-// Deliberate: the signature text of Alder_2_5 is in mixed case, and four models share the label of Cedar.
+// The case of Alder_2_5 and the four labels of Cedar are right: see compatibility.md, shared labels.
 constexpr IdentityRow identityRows[] = {
     // model             vanity name      signature text  hexFileName                                     suitableFirmware                   category
     {M::Cedar,            "Cedar",         "CEDAR",        "NoLongerSupported",                            "2020 Nov 03 Cedar firmware",      &H::OBSOLETE_CATEGORY},

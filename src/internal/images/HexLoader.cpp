@@ -97,7 +97,7 @@ void FlashImage::store(const QByteArray &record)
 
 HexCrc FlashImage::summary() const
 {
-    // Deliberate: the size counts from the start of the flash, the CRC from the lowest address.
+    // The CRC is of what lies above the lowest address. See compatibility.md, size from the start of the flash.
     const QByteArray bytes = used();
     return {_lowestAddress, static_cast<quint32>(_bytes.size()),
             CrcCalculator::Get16(bytes.constData(), static_cast<unsigned>(bytes.size()))};
@@ -120,8 +120,8 @@ constexpr std::array<quint8, 256> digitValues = [] {
     for (quint8 &value : values)
         value = noDigit;
     for (quint8 value = 0; value < 16; ++value) {
-        values[std::size_t("0123456789ABCDEF"[value])] = value;
-        values[std::size_t("0123456789abcdef"[value])] = value;
+        values[quint8("0123456789ABCDEF"[value])] = value;
+        values[quint8("0123456789abcdef"[value])] = value;
     }
     return values;
 }();

@@ -13,7 +13,8 @@ struct FirmwareErrorRow {
 // clang-format off
 constexpr FirmwareErrorRow firmwareErrorRows[] = {
     {FW_NO_RESPONSE,         End::RefusedNoAnswer,        "The device did not respond to the command."},
-    {FW_SUCCESS,             End::Refused,                "Command sucessful."}, // so spelled; no refusal
+    // No refusal. See compatibility.md, spelling of verdicts.
+    {FW_SUCCESS,             End::Refused,                "Command sucessful."},
     {FW_ALREADY_SET,         End::RefusedAlreadySet,      "Requested parameters already set."},
     {FW_BAD_BANDWIDTH_INDEX, End::RefusedBandwidthIndex,  "Invalid bandwidth index."},
     {FW_BAD_STABILITY_INDEX, End::RefusedStabilityIndex,  "Invalid stability factor index."},

@@ -6,6 +6,8 @@ namespace {
 
 /// Chunks grow up to here. In one block, memory would be doubled, and copied, time and again.
 constexpr int chunkBytes = 1 << 16;
+/// So many frames are taken over with the buffer that they stand in; fewer are copied, which spares the next one's growth.
+constexpr int leastBytesTakenOver = 1024;
 
 } // namespace
 
@@ -13,10 +15,19 @@ void PacketBuffer::append(const char *frames, int size)
 {
     if (size == 0)
         return;
-    if (_chunks.empty() || _chunks.back().size() + size > chunkBytes)
-        _chunks.emplace_back();
-    _chunks.back().append(frames, size);
+    QByteArray *last = _others.empty() ? &_chunk : &_others.back();
+    if (!last->isEmpty() && last->size() + size > chunkBytes)
+        last = &_others.emplace_back();
+    last->append(frames, size);
     _bytes += size;
+}
+
+void PacketBuffer::append(QByteArray &&frames)
+{
+    if (!isEmpty())
+        return append(frames.constData(), frames.size());
+    _bytes = frames.size();
+    _chunk = std::move(frames);
 }
 
 void PacketBuffer::append(PacketBuffer &&other)
@@ -26,20 +37,17 @@ void PacketBuffer::append(PacketBuffer &&other)
         return;
     }
     while (!other.isEmpty()) {
-        const QByteArray &chunk = other._chunks[other._first];
-        append(chunk.constData() + other._position, chunk.size() - other._position);
-        other._bytes -= chunk.size() - other._position;
-        other.dropFirstChunk();
+        const PacketBuffer some = other.takeSome();
+        append(some._chunk.constData() + some._position, int(some._bytes));
     }
 }
 
 Frame PacketBuffer::takeFirst()
 {
-    const QByteArray &chunk = _chunks[_first];
-    Frame frame = frameAt(chunk.constData() + _position);
+    Frame frame = frameAt(_chunk.constData() + _position);
     _position += frame.size();
     _bytes -= frame.size();
-    if (_position == chunk.size())
+    if (_position == _chunk.size())
         dropFirstChunk();
     return frame;
 }
@@ -48,8 +56,8 @@ PacketBuffer PacketBuffer::takeSome()
 {
     PacketBuffer some;
     some._position = _position;
-    some._bytes = _chunks[_first].size() - _position;
-    some._chunks.push_back(_chunks[_first]);
+    some._bytes = _chunk.size() - _position;
+    some._chunk = std::move(_chunk);
     _bytes -= some._bytes;
     dropFirstChunk();
     return some;
@@ -58,20 +66,25 @@ PacketBuffer PacketBuffer::takeSome()
 void PacketBuffer::dropFirstChunk()
 {
     _position = 0;
-    _chunks[_first++].clear();
-    if (_first == _chunks.size()) {
-        _chunks.clear();
-        _first = 0;
+    if (_others.empty()) {
+        _chunk = QByteArray();
+        return;
+    }
+    _chunk = std::move(_others[_othersTaken++]);
+    if (_othersTaken == _others.size()) {
+        _others.clear();
+        _othersTaken = 0;
     }
 }
 
 PacketBuffer takePackets(QByteArray &buffer, quint32 &skipped)
 {
     PacketBuffer packets;
-    const char *position = buffer.constData();
-    const char *const end = position + buffer.size();
-    const char *run = position; // of frames one behind the other, which is what most arrivals are
-    const char *runEnd = position;
+    const char *const begin = buffer.constData();
+    const char *const end = begin + buffer.size();
+    const char *position = begin;
+    const char *run = begin; // of frames one behind the other, which is what most arrivals are
+    const char *runEnd = begin;
     while (const int size = seekFrame(position, end, skipped)) {
         if (position != runEnd) {
             packets.append(run, static_cast<int>(runEnd - run));
@@ -80,7 +93,14 @@ PacketBuffer takePackets(QByteArray &buffer, quint32 &skipped)
         position += size;
         runEnd = position;
     }
-    packets.append(run, static_cast<int>(runEnd - run));
-    cutFront(buffer, static_cast<int>(position - buffer.constData()));
+    const int runSize = static_cast<int>(runEnd - run);
+    if (run == begin && runSize >= leastBytesTakenOver) {
+        QByteArray rest(position, static_cast<int>(end - position));
+        buffer.truncate(runSize);
+        packets.append(std::exchange(buffer, std::move(rest)));
+        return packets;
+    }
+    packets.append(run, runSize);
+    cutFront(buffer, static_cast<int>(position - begin));
     return packets;
 }

@@ -16,6 +16,7 @@ class PacketBuffer
 public:
     /// Takes whole frames, one behind the other.
     void append(const char *frames, int size);
+    void append(QByteArray &&frames);
     void append(PacketBuffer &&other);
     bool isEmpty() const { return _bytes == 0; }
     qint64 bytes() const { return _bytes; }
@@ -26,9 +27,10 @@ public:
 private:
     void dropFirstChunk();
 
-    std::vector<QByteArray> _chunks; ///< never empty ones; small ones are joined
-    std::size_t _first = 0;          ///< the chunks before it have been taken
-    int _position = 0;               ///< of the next frame in that chunk
+    QByteArray _chunk; ///< the first, which is the only one as long as the receiver keeps up
+    int _position = 0; ///< of the next frame in it
+    std::vector<QByteArray> _others;
+    std::size_t _othersTaken = 0;
     qint64 _bytes = 0;               ///< not yet taken
 };
 

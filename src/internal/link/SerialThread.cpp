@@ -3,6 +3,7 @@
 #include "link/DefaultSerialPortSettings.h"
 #include "link/Frame.h"
 #include "link/SerialPort.h"
+#include "waiting/ThreadBound.h"
 
 #include <QMetaMethod>
 
@@ -82,6 +83,7 @@ void SerialThread::refusePosts()
 
 void SerialThread::OpenPort()
 {
+    assertOnThreadOf(*this);
     if (_port && !_port->isOpen() && _port->open(QIODevice::ReadWrite)) {
         _port->discardInput(); // right after open, readAll() does not see what the driver holds
         _port->readAll();
@@ -92,6 +94,7 @@ void SerialThread::OpenPort()
 
 void SerialThread::ClosePort()
 {
+    assertOnThreadOf(*this);
     if (!_port || !_port->isOpen())
         return;
     _port->flush();
@@ -103,6 +106,7 @@ void SerialThread::ClosePort()
 
 void SerialThread::DataToSend(const QByteArray &bytes)
 {
+    assertOnThreadOf(*this);
     const bool isWritable = _port && _port->isOpen() && _port->isWritable();
     const qint64 accepted = isWritable ? _port->write(bytes) : 0;
     _bytesTaken += bytes.size();
@@ -161,6 +165,7 @@ void SerialThread::ErrorOnSerial(QSerialPort::SerialPortError error)
 
 void SerialThread::lose()
 {
+    assertOnThreadOf(*this);
     if (_lost)
         return;
     _lost = true; // Qt repeats the error of a vanished device thousands of times a second until the port is closed
@@ -202,6 +207,7 @@ bool SerialThread::hadAllLeft() const
 
 void SerialThread::addWaiter(const std::shared_ptr<Departure> &departure)
 {
+    assertOnThreadOf(*this);
     const bool isOpen = _port && _port->isOpen();
     if (isOpen && _bytesWritten < _bytesAccepted) {
         _waiters.push_back({_bytesAccepted, departure});

@@ -33,7 +33,7 @@ struct RecordSpectra {
  */
 RecordSpectra analyseRecord(const std::vector<float> &current, const std::vector<float> &voltage,
                             double sampleFrequency, double signalFrequency, int harmonics,
-                            FourierKernel kernel = fastestFourierKernel());
+                            const FourierKernel &kernel = fastestFourierKernel());
 
 /// Whole periods in a record; 0 when it is shorter than one.
 double wholePeriods(double samples, double sampleFrequency, double signalFrequency);

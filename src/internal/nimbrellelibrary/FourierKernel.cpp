@@ -3,14 +3,14 @@
 bool isAvx2Usable()
 {
 #ifdef __x86_64__
-    return sumHarmonicAvx2 && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+    return avx2Kernel && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
 #else
     return false;
 #endif
 }
 
-FourierKernel fastestFourierKernel()
+const FourierKernel &fastestFourierKernel()
 {
-    static const FourierKernel fastest = isAvx2Usable() ? sumHarmonicAvx2 : sumHarmonicBaseline;
+    static const FourierKernel &fastest = isAvx2Usable() ? *avx2Kernel : baselineKernel;
     return fastest;
 }

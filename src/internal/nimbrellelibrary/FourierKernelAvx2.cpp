@@ -2,10 +2,9 @@
 #include "nimbrellelibrary/FourierKernel.h"
 
 #ifdef __AVX2__
-static HarmonicSums sumWithAvx2(const float *current, const float *voltage, int end, float step);
-#define SUM_HARMONIC sumWithAvx2
 #include "nimbrellelibrary/FourierKernelLoop.h"
-const FourierKernel sumHarmonicAvx2 = sumWithAvx2;
+static const FourierKernel kernelForAvx2 = {fillAngles, keepEverySecond, sumProducts};
+const FourierKernel *const avx2Kernel = &kernelForAvx2;
 #else
-const FourierKernel sumHarmonicAvx2 = nullptr;
+const FourierKernel *const avx2Kernel = nullptr;
 #endif

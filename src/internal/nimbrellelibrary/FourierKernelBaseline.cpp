@@ -1,2 +1,3 @@
-#define SUM_HARMONIC sumHarmonicBaseline
 #include "nimbrellelibrary/FourierKernelLoop.h"
+
+const FourierKernel baselineKernel = {fillAngles, keepEverySecond, sumProducts};

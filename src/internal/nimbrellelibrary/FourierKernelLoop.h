@@ -1,5 +1,5 @@
-// The body of a kernel, compiled once for each instruction set with SUM_HARMONIC as the function's name. Everything else
-// in here is local to its translation unit, so that no unit runs another's instructions; include it for that only.
+// The functions of a kernel, compiled once for each instruction set. All of them are local to their translation unit, so
+// that no unit runs another's instructions; include it for that only.
 
 #include "nimbrellelibrary/FourierKernel.h"
 
@@ -23,6 +23,7 @@ constexpr double quartersPerRadian = 0x1.45F306DC9C883p-1;
 constexpr double roundingConstant = 0x1.8p52;
 constexpr double quarterHigh = 0x1.921fb544p+0;
 constexpr double quarterLow = 0x1.0b4611a626331p-34;
+constexpr std::uint32_t signBit = 0x80000000; // of a single-precision number
 
 // Minimax polynomials on -pi/4 to pi/4 for sines of single precision, from Arm's optimized routines. The C library of
 // Linux uses the same, hence the equal rounding.
@@ -34,9 +35,39 @@ constexpr double c2 = 0x1.55553e1068f19p-5;
 constexpr double c3 = -0x1.6c087e89a359dp-10;
 constexpr double c4 = 0x1.99343027bf8c3p-16;
 
-} // namespace
+void fillAngles(float *cosines, float *sines, int first, int count, float step)
+{
+#pragma omp simd
+    for (int i = 0; i < count; ++i) {
+        const double angle = double(step * float(first + i));
+        const double shifted = angle * quartersPerRadian + roundingConstant;
+        const double quarters = shifted - roundingConstant;
+        const double r = (angle - quarters * quarterHigh) - quarters * quarterLow;
+        const double r2 = r * r;
+        const double r4 = r2 * r2;
+        const double sine = r * ((1.0 + r2 * s1) + r4 * (s2 + r2 * s3));
+        const double cosine = (1.0 + r2 * c1) + r4 * ((c2 + r2 * c3) + r4 * c4);
 
-HarmonicSums SUM_HARMONIC(const float *current, const float *voltage, int end, float step)
+        // An odd quarter swaps the two, the second bit and its neighbour carry the signs; on bits, hence branch-free.
+        const auto quadrant = std::uint32_t(bitsAs<std::uint64_t>(shifted));
+        const auto sineBits = bitsAs<std::uint32_t>(float(sine));
+        const auto cosineBits = bitsAs<std::uint32_t>(float(cosine));
+        const auto oddMask = std::uint32_t(std::int32_t(quadrant << 31) >> 31);
+        const std::uint32_t change = ((sineBits ^ cosineBits) & oddMask) ^ ((quadrant << 30) & signBit);
+        sines[i] = bitsAs<float>(sineBits ^ change);
+        cosines[i] = bitsAs<float>(cosineBits ^ change ^ (oddMask & signBit));
+    }
+}
+
+void keepEverySecond(float *values, int begin, int count)
+{
+#pragma omp simd // what is read never lies behind what is written
+    for (int i = 0; i < count; ++i)
+        values[i] = values[begin + 2 * i];
+}
+
+HarmonicSums sumProducts(const float *cosines, const float *sines, const float *current, const float *voltage,
+                         int first, int count)
 {
     const float firstCurrent = current[0];
     const float firstVoltage = voltage[0];
@@ -45,31 +76,15 @@ HarmonicSums SUM_HARMONIC(const float *current, const float *voltage, int end, f
     double voltageCos = 0.0;
     double voltageSin = 0.0;
 #pragma omp simd reduction(+ : currentCos, currentSin, voltageCos, voltageSin)
-    for (int n = 1; n < end; ++n) {
-        const double angle = double(step * float(n));
-        const double shifted = angle * quartersPerRadian + roundingConstant;
-        const double quarters = shifted - roundingConstant;
-        const double r = (angle - quarters * quarterHigh) - quarters * quarterLow;
-        const double r2 = r * r;
-        const double r3 = r * r2;
-        const double r4 = r2 * r2;
-        const double sine = (r + r3 * s1) + r3 * r2 * (s2 + r2 * s3);
-        const double cosine = ((1.0 + r2 * c1) + r4 * c2) + r4 * r2 * (c3 + r2 * c4);
-
-        // An odd quarter swaps the two, the second bit and its neighbour carry the signs; on bits, hence branch-free.
-        const std::uint32_t quadrant = std::uint32_t(bitsAs<std::uint64_t>(shifted));
-        const std::uint32_t sineBits = bitsAs<std::uint32_t>(float(sine));
-        const std::uint32_t cosineBits = bitsAs<std::uint32_t>(float(cosine));
-        const std::uint32_t swap = (sineBits ^ cosineBits) & (0u - (quadrant & 1u));
-        const float sinAngle = bitsAs<float>(sineBits ^ swap ^ ((quadrant & 2u) << 30));
-        const float cosAngle = bitsAs<float>(cosineBits ^ swap ^ (((quadrant + 1u) & 2u) << 30));
-
-        const float currentSample = current[n] - firstCurrent;
-        const float voltageSample = voltage[n] - firstVoltage;
-        currentCos += double(cosAngle * currentSample);
-        currentSin += double(sinAngle * currentSample);
-        voltageCos += double(cosAngle * voltageSample);
-        voltageSin += double(sinAngle * voltageSample);
+    for (int i = 0; i < count; ++i) {
+        const float currentSample = current[first + i] - firstCurrent;
+        const float voltageSample = voltage[first + i] - firstVoltage;
+        currentCos += double(cosines[i] * currentSample);
+        currentSin += double(sines[i] * currentSample);
+        voltageCos += double(cosines[i] * voltageSample);
+        voltageSin += double(sines[i] * voltageSample);
     }
     return {currentCos, currentSin, voltageCos, voltageSin};
 }
+
+} // namespace

@@ -4,7 +4,12 @@
 #include <QString>
 #include <QVector>
 
-/// Counts how often each raw 16-bit code occurs. @thread One object belongs to one thread.
+/**
+ * Counts how often each raw 16-bit code occurs, for the tests of a converter. It is not public: clients are given volts and
+ * amperes, and come by no code.
+ *
+ * @thread One object belongs to one thread.
+ */
 class Histogram
 {
 public:

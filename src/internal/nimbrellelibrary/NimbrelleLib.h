@@ -110,6 +110,8 @@ public:
     static double getRelativePeriod(double sampleFrequency, double frequency);
     static double getRelativePeriod_pos(double sampleFrequency, double frequency); ///< its magnitude
 
+    // The transforms; clients have them as VekFourier.
+
     /// Amplitude and phase at (harmonic + 1) periods per `period` samples, over the first `length` samples.
     static ComplexDataPoint_t SingleFrequencyFourier(const std::vector<double> &data, double length, double period,
                                                      int harmonic);

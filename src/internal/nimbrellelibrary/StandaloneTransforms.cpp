@@ -99,7 +99,7 @@ ComplexDataPoint_t NimbrelleLib::SingleFrequencyFourier(const std::vector<double
         behind = data[std::size_t(last + 1)];
     else if (last >= 1)
         behind = 2.0 * atLast - data[std::size_t(last - 1)];
-    // Deliberate: the tail is taken at angle 0 instead of the window's end.
+    // See compatibility.md, tail at angle 0.
     sum.add(0.5 * fraction, behind * fraction + (1.0 - fraction) * atLast, 0.0);
     return sum.scaledBy(2.0 / length);
 }

@@ -129,7 +129,7 @@ VekErrorCode notConnected(QLatin1String message)
 const QLatin1String noPing(
     "A connection with the device could not be successfully established because the device did not respond to ping. "
     "Please try to reconnect after restarting the device.");
-const QLatin1String noPingOfGale( // Deliberate: a word is missing.
+const QLatin1String noPingOfGale( // see compatibility.md, missing word
     "A connection with the could not be successfully established because the device did not respond to ping. "
     "Please try to reconnect after restarting the device.");
 const QLatin1String noHardwareVersion(
@@ -197,7 +197,7 @@ VekErrorCode InitialInformation::validateFirmware(SerialCommunicator &link, Inst
 {
     const bool isEcho = !testForEcho(link);
     if (isEcho)
-        return VekErrorCode::Unknown;
+        return VekErrorCode::Unknown; // see compatibility.md, echo is unknown
     if (doHandShake(link))
         return notConnected(noPing);
     if (getHardwareVersion(link, info))
@@ -274,7 +274,7 @@ bool InitialInformation::getConfigData(SerialCommunicator &link, InstrumentInfo 
 {
     if (!isGale(info))
         return false;
-    // Deliberate: the board that answers is the one that is configured, whichever was asked.
+    // See compatibility.md, board that answers.
     const auto take = [&info](int, int answering, const QByteArray &record) {
         configureBoard(info, answering, record);
         return true;

@@ -9,7 +9,8 @@ class SerialCommunicator;
 /**
  * The handshake: questions a port and decides whether the instrument behind it is admitted.
  *
- * Deliberate: the questions that return a bool return true when the answer did NOT come, except PingToInstrument().
+ * The questions that return a bool return true when the answer did NOT come, except PingToInstrument(). See
+ * compatibility.md, true when nothing came.
  * Nothing is retried. Each question waits up to 1,000 ms; the wait ends earlier if the port fails, and of a failed port
  * nothing more is asked. An answer that has reached the process by then counts, however long a slot of the client has
  * held the thread meanwhile.

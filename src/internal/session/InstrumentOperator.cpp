@@ -4,8 +4,7 @@
 #include "link/SerialCommunicator.h"
 #include "session/WireValues.h"
 #include "waiting/BoundedWait.h"
-
-#include <QSemaphore>
+#include "waiting/ThreadBound.h"
 
 #include <algorithm>
 #include <optional>
@@ -51,14 +50,14 @@ public:
     Wait(InstrumentOperator &instrument, const AckInfo &wanted, int milliseconds)
         : _instrument(instrument), _wanted(wanted), _wait(milliseconds, instrument._clock)
     {
-        const QMutexLocker locker(&instrument._waitsGuard);
+        const QMutexLocker locker(&instrument._guard);
         instrument._waits.append(this);
         if (!instrument._connected)
             wake(WaitEnd::LinkLost);
     }
     ~Wait()
     {
-        const QMutexLocker locker(&_instrument._waitsGuard);
+        const QMutexLocker locker(&_instrument._guard);
         _instrument._waits.removeOne(this);
     }
 
@@ -72,24 +71,24 @@ public:
     /// Whether nothing more is to come: a node was acknowledged, or what may have done so has come through.
     bool isOver()
     {
-        const QMutexLocker locker(&_instrument._waitsGuard);
+        const QMutexLocker locker(&_instrument._guard);
         return _nodeAck || _isRoadClear;
     }
     FirmwareErrorCode nodeVerdict()
     {
-        const QMutexLocker locker(&_instrument._waitsGuard);
+        const QMutexLocker locker(&_instrument._guard);
         return _nodeAck && _nodeAck->answersSameCommand(_wanted) ? _nodeAck->code : FW_NO_RESPONSE;
     }
     void setMark(int number)
     {
-        const QMutexLocker locker(&_instrument._waitsGuard);
+        const QMutexLocker locker(&_instrument._guard);
         _mark = number;
     }
 
     // For wakeWaits(), which holds the guard.
     void wake(WaitEnd reason) { _wait.endSoon(reason); }
     bool isAnsweredBy(const AckInfo &ack) const { return ack.answersSameCommand(_wanted); }
-    /// Deliberate: the first one counts, be it of another channel, as only one channel is uploaded to at a time.
+    /// Of whatever channel: see compatibility.md, first acknowledged node.
     bool takesNodeAck(const AckInfo &ack)
     {
         if (_wanted.command != ack.command)
@@ -114,8 +113,7 @@ private:
 
 InstrumentOperator::InstrumentOperator(const QString &port, QObject *parent, const Clock &clock)
     : QObject(parent), _clock(clock), _communicator(new SerialCommunicator(port, nullptr, clock)),
-      _communicatorOwner(new QObject),
-      _ackGuard(std::make_shared<QSemaphore>(1)), _connected(true)
+      _communicatorOwner(new QObject), _connected(true)
 {
     _communicator->setParent(_communicatorOwner);
     _communicator->letReceiverTakePackets();
@@ -143,6 +141,7 @@ InstrumentOperator::~InstrumentOperator()
 
 void InstrumentOperator::onLinkLost()
 {
+    assertOnThreadOf(*this);
     _connected = false;
     Q_EMIT deviceDisconnected();
     wakeWaits([](Wait &) { return true; }, WaitEnd::LinkLost);
@@ -408,6 +407,7 @@ void InstrumentOperator::letArrivedPacketsThrough(Wait &wait)
 
 void InstrumentOperator::onMarkPassed(int number)
 {
+    assertOnThreadOf(*this);
     wakeWaits([number](Wait &wait) { return wait.takesMark(number); }, WaitEnd::Answered);
 }
 
@@ -430,8 +430,7 @@ bool InstrumentOperator::sendAndWait(PCcommand_t command, unsigned char channel,
 bool InstrumentOperator::receivedAcknowledgment(const AckInfo &ack)
 {
     {
-        _ackGuard->acquire();
-        const QSemaphoreReleaser releaser(_ackGuard.get());
+        const QMutexLocker locker(&_guard);
         if (_acks.size() == mostUnclaimedAcks)
             _acks.removeFirst();
         _acks.append(ack);
@@ -449,7 +448,7 @@ void InstrumentOperator::receivedNodeAcknowledgment(const AckInfo &ack)
 template <typename Condition>
 void InstrumentOperator::wakeWaits(Condition condition, WaitEnd reason)
 {
-    const QMutexLocker locker(&_waitsGuard);
+    const QMutexLocker locker(&_guard);
     for (Wait *const wait : qAsConst(_waits)) {
         if (condition(*wait))
             wait->wake(reason);
@@ -457,8 +456,8 @@ void InstrumentOperator::wakeWaits(Condition condition, WaitEnd reason)
 }
 
 /**
- * An acknowledgement that comes after the wait is left to the next one for the same command. That is accepted: entries
- * carry no sequence. The passes give one that a held thread kept back the time to come through.
+ * An acknowledgement that comes after the wait is left to the next one for the same command: see compatibility.md, late
+ * acknowledgements. The passes give one that a held thread kept back the time to come through.
  */
 bool InstrumentOperator::waitForAcknowledgment(Wait &wait, const AckInfo &wanted, int milliseconds)
 {
@@ -474,8 +473,7 @@ bool InstrumentOperator::waitForAcknowledgment(Wait &wait, const AckInfo &wanted
 
 bool InstrumentOperator::claimAcknowledgment(const AckInfo &wanted)
 {
-    _ackGuard->acquire();
-    const QSemaphoreReleaser releaser(_ackGuard.get());
+    const QMutexLocker locker(&_guard);
     for (auto ack = _acks.begin(); ack != _acks.end();) {
         if (ack->answersSameCommand(wanted)) {
             _acks.erase(ack);

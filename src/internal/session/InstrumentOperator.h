@@ -20,7 +20,6 @@
 #include <memory>
 #include <vector>
 
-class QSemaphore;
 class SerialCommunicator;
 class VekCompRange;
 enum class WaitEnd;
@@ -126,8 +125,8 @@ public:
     /// @{
     void requestSDcardCalibrationHeader();
     void requestNextCalibrationData();
-    void requesFlashCalibrationData(unsigned char channel);
-    /// Waits a fixed 500 ms, after which the record counts as written.
+    void requesFlashCalibrationData(unsigned char channel); // see compatibility.md, inner names
+    /// Returns when the record counts as written. See compatibility.md, five hundred milliseconds.
     void writeCalDataToDevice(unsigned char channel, const QByteArray &record);
     void writeCalFileHeaderToSDCard(unsigned char channel, const QByteArray &header);
     void calFileDataAppendToSDCard(unsigned char channel, const QByteArray &data);
@@ -145,7 +144,7 @@ Q_SIGNALS:
     void experimentNodeCompleted(unsigned char channel, const QByteArray &data);
     void experimentDCDataReceived(unsigned char channel, const QByteArray &data);
     void experimentACDataReceived(unsigned char channel, const QByteArray &data);
-    void acDataSampleFinshed(unsigned char channel);
+    void acDataSampleFinshed(unsigned char channel); // see compatibility.md, inner names
     void acDataInvalidated(unsigned char channel, const QByteArray &data);
     void experimentCompleted(unsigned char channel, const QByteArray &data);
     void experimentPaused(unsigned char channel);
@@ -170,6 +169,7 @@ Q_SIGNALS:
     void appendExperimentNodeAcked(unsigned char channel);
     void acknowledge(unsigned char channel, PCcommand_t command);
     void acktoExperimentStart(unsigned char channel, const FirmwareErrorCode &code);
+    // See compatibility.md, inner names.
     void acktoManualStart(unsigned char channel, const FirmwareErrorCode &code);
     void acktoManualOcpSet(unsigned char channel, const FirmwareErrorCode &code);
     void acktoManualCurrentRangeSet(unsigned char channel, const FirmwareErrorCode &code);
@@ -211,12 +211,11 @@ private:
     static const Road _roads[];
 
     const Clock &_clock;
-    SerialCommunicator *_communicator;     // stays on the thread that made it
-    QObject *_communicatorOwner;           // its parent, on the same thread
-    QList<AckInfo> _acks;                  // received and not yet claimed
-    std::shared_ptr<QSemaphore> _ackGuard; // one resource; guards _acks
-    QMutex _waitsGuard;                    // guards _waits and what they have been told
-    QList<Wait *> _waits;                  // under way, on whatever thread
+    SerialCommunicator *_communicator; // stays on the thread that made it
+    QObject *_communicatorOwner;       // its parent, on the same thread
+    QMutex _guard;                     // guards the next two, and what the waits have been told
+    QList<AckInfo> _acks;              // received and not yet claimed
+    QList<Wait *> _waits;              // under way, on whatever thread
     std::atomic<int> _lastMark{0};
     std::atomic<FirmwareErrorCode> _uploadVerdict{FW_SUCCESS};
     std::atomic<bool> _connected; // read on the client's thread too

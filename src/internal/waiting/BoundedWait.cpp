@@ -1,5 +1,7 @@
 #include "waiting/BoundedWait.h"
 
+#include <QAbstractEventDispatcher>
+#include <QThread>
 #include <QTimer>
 
 #include <utility>
@@ -27,11 +29,18 @@ void BoundedWait::endSoon(WaitEnd reason)
 WaitEnd BoundedWait::exec()
 {
     if (!_end) {
-        // Qt's own dispatcher forgets that a loop was left when the same event then runs a loop of its own; the next event
-        // reminds it, and without this one there may be none. It decides nothing, so the system's time will do.
+        // A dispatcher may sleep although something is left to do: GLib's, over events that stand behind the one in which
+        // this loop runs; Qt's own, over a loop that was left by an event which then ran a loop of its own. So it is woken
+        // at once, and then again and again. That decides nothing, so the system's time will do.
         constexpr int heartbeatMs = 100;
+        const auto wakeDispatcher = [] {
+            if (QAbstractEventDispatcher *const dispatcher = QThread::currentThread()->eventDispatcher())
+                dispatcher->wakeUp(); // a thread that ends has none any more
+        };
         QTimer heartbeat;
+        QObject::connect(&heartbeat, &QTimer::timeout, &heartbeat, wakeDispatcher);
         heartbeat.start(heartbeatMs);
+        wakeDispatcher();
         _loop.exec();
     }
     return std::exchange(_end, std::nullopt).value_or(WaitEnd::Quit);
