@@ -1,22 +1,22 @@
-#include "BuildFirmware.h"
-#include "Console.h"
-#include "ExitCode.h"
-#include "SignalWatcher.h"
-#include "Suggestion.h"
 #include "VekVersion.h"
-#include "commands/DoctorCommand.h"
-#include "commands/ElementsCommand.h"
-#include "commands/InfoCommand.h"
-#include "commands/LimitsCommand.h"
-#include "commands/ListCommand.h"
-#include "commands/ManualCommand.h"
-#include "commands/MonitorCommand.h"
-#include "commands/PlanCommand.h"
-#include "commands/PlotCommand.h"
-#include "commands/RunCommand.h"
-#include "commands/StopCommand.h"
-#include "commands/UpdateCommand.h"
-#include "plots/RunPlots.h"
+#include "client/commands/DoctorCommand.h"
+#include "client/commands/ElementsCommand.h"
+#include "client/commands/InfoCommand.h"
+#include "client/commands/LimitsCommand.h"
+#include "client/commands/ListCommand.h"
+#include "client/commands/ManualCommand.h"
+#include "client/commands/MonitorCommand.h"
+#include "client/commands/Pictures.h"
+#include "client/commands/PlanCommand.h"
+#include "client/commands/PlotCommand.h"
+#include "client/commands/RunCommand.h"
+#include "client/commands/StopCommand.h"
+#include "client/commands/UpdateCommand.h"
+#include "client/instruments/BuildFirmware.h"
+#include "client/terminal/Console.h"
+#include "client/terminal/ExitCode.h"
+#include "client/terminal/SignalWatcher.h"
+#include "lab/notation/Suggestion.h"
 
 #include <QCoreApplication>
 
@@ -28,6 +28,7 @@
 namespace {
 
 using namespace client;
+using namespace lab;
 
 using Commands = std::vector<std::unique_ptr<Command>>;
 
@@ -56,12 +57,13 @@ Commands makeCommands(CLI::App &app)
     return commands;
 }
 
-/// Only what draws takes any part of the GUI.
+/// Only what draws takes any part of the GUI. @return null, after a message, where that is not to be had
 std::unique_ptr<QCoreApplication> makeApplication(const Command &command, int &argc, char **argv)
 {
-    if (command.drawsPictures())
-        return makeDrawingApplication(argc, argv);
-    return std::make_unique<QCoreApplication>(argc, argv);
+    if (!command.drawsPictures())
+        return std::make_unique<QCoreApplication>(argc, argv);
+    plots::PlotModule *const module = plotModule();
+    return module ? module->makeApplication(argc, argv) : nullptr;
 }
 
 /// Qt's own dispatcher takes a third less processor time for each packet than GLib's. The user's choice goes first.
@@ -78,6 +80,8 @@ int execute(const Commands &commands, int &argc, char **argv)
             continue;
         chooseEventDispatcher();
         const std::unique_ptr<QCoreApplication> application = makeApplication(*command, argc, argv);
+        if (!application)
+            return LocalFailure;
         const SignalWatcher watcher;
         return command->run();
     }

@@ -1,8 +1,13 @@
-#include "commands/Command.h"
+#include "client/commands/Command.h"
 
-#include "Units.h"
+#include "client/terminal/Console.h"
+#include "lab/notation/Units.h"
+
+#include <cstdio>
 
 namespace client {
+
+using namespace lab;
 
 namespace {
 
@@ -98,6 +103,17 @@ void Command::addSafetyLimits(SafetyLimits &limits)
     addQuantity("--max-current", Dimension::Current, limits.maxCurrent, "Stop above this current");
     addQuantity("--min-current", Dimension::Current, limits.minCurrent, "Stop below this current");
     addQuantity("--max-temperature", Dimension::Temperature, limits.maxTemperature, "Stop above this temperature");
+}
+
+void Command::printJson(const Json &json)
+{
+    std::printf("%s\n", dump(json).c_str());
+}
+
+void Command::tellComplaints(const QString &path, const Complaints &complaints)
+{
+    for (const Complaint &complaint : complaints)
+        Console::instance().complaint(withPlace(path, complaint));
 }
 
 } // namespace client

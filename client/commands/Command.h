@@ -1,8 +1,10 @@
 #pragma once
 
-#include "Dimension.h"
-#include "ExitCode.h"
-#include "SafetyLimits.h"
+#include "client/terminal/ExitCode.h"
+#include "lab/notation/Complaint.h"
+#include "lab/notation/Dimension.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/runs/SafetyLimits.h"
 
 #include <CLI/CLI.hpp>
 
@@ -41,9 +43,15 @@ protected:
     CLI::Option *addChannels(std::vector<int> &channels);
     void addJson(bool &wantsJson);
     /// An option that takes a number with a unit, such as "10 mA"; a time has to be above 0.
-    CLI::Option *addQuantity(const char *name, Dimension dimension, std::optional<double> &value, const char *help);
+    CLI::Option *addQuantity(const char *name, lab::Dimension dimension, std::optional<double> &value,
+                             const char *help);
     /// The five options of the limits that the instrument watches.
-    void addSafetyLimits(SafetyLimits &limits);
+    void addSafetyLimits(lab::SafetyLimits &limits);
+
+    /// Writes to standard output, with a line feed.
+    static void printJson(const lab::Json &json);
+    /// Writes complaints about a file to the console, each as "path:line: text".
+    static void tellComplaints(const QString &path, const lab::Complaints &complaints);
 
 private:
     CLI::App *_app; // owned by the parent

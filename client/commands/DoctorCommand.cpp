@@ -1,10 +1,10 @@
-#include "commands/DoctorCommand.h"
+#include "client/commands/DoctorCommand.h"
 
-#include "BuildFirmware.h"
-#include "Connection.h"
-#include "JsonOutput.h"
-#include "TerminalText.h"
 #include "VekErrorCode.h"
+#include "client/instruments/BuildFirmware.h"
+#include "client/instruments/Connection.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/PrintableText.h"
 
 #include <QSerialPortInfo>
 
@@ -12,6 +12,8 @@
 #include <cstdio>
 
 namespace client {
+
+using namespace lab;
 
 namespace {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "commands/Command.h"
+#include "client/commands/Command.h"
 
-#include "SystemChecks.h"
+#include "client/instruments/SystemChecks.h"
 
 namespace client {
 

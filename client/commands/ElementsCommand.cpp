@@ -1,14 +1,16 @@
-#include "commands/ElementsCommand.h"
+#include "client/commands/ElementsCommand.h"
 
-#include "Console.h"
-#include "ElementCatalogue.h"
-#include "JsonOutput.h"
-#include "Schema.h"
 #include "VekAbstractElement.h"
+#include "client/terminal/Console.h"
+#include "lab/experiments/ElementCatalogue.h"
+#include "lab/experiments/Schema.h"
+#include "lab/notation/JsonOutput.h"
 
 #include <cstdio>
 
 namespace client {
+
+using namespace lab;
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commands/Command.h"
+#include "client/commands/Command.h"
 
 namespace client {
 

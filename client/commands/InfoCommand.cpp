@@ -1,12 +1,14 @@
-#include "commands/InfoCommand.h"
+#include "client/commands/InfoCommand.h"
 
-#include "Connection.h"
-#include "JsonOutput.h"
-#include "TerminalText.h"
+#include "client/instruments/Connection.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/PrintableText.h"
 
 #include <cstdio>
 
 namespace client {
+
+using namespace lab;
 
 InfoCommand::InfoCommand(CLI::App &parent)
     : Command(parent, "info", "Show name, model, firmware and channels of an instrument",

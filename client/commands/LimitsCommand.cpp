@@ -1,14 +1,16 @@
-#include "commands/LimitsCommand.h"
+#include "client/commands/LimitsCommand.h"
 
-#include "Connection.h"
-#include "Console.h"
-#include "JsonOutput.h"
-#include "Units.h"
 #include "VekInstrumentHandler.h"
+#include "client/instruments/Connection.h"
+#include "client/terminal/Console.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/Units.h"
 
 #include <cstdio>
 
 namespace client {
+
+using namespace lab;
 
 namespace {
 
@@ -40,7 +42,7 @@ void printRangesAsTable(const VekInstrumentHandler &handler, const std::vector<i
     }
 }
 
-void printRangesAsJson(const VekInstrumentHandler &handler, const std::vector<int> &channels)
+Json rangesAsJson(const VekInstrumentHandler &handler, const std::vector<int> &channels)
 {
     Json list = Json::array();
     for (const int number : channels) {
@@ -49,7 +51,7 @@ void printRangesAsJson(const VekInstrumentHandler &handler, const std::vector<in
                         {"currentRanges", rangesJson(handler.getManualModeCurrentRangeList(channel))},
                         {"voltageRanges", rangesJson(handler.getManualModeVoltageRangeList(channel))}});
     }
-    printJson(list);
+    return list;
 }
 
 std::vector<int> allChannels(int count)
@@ -94,7 +96,7 @@ int LimitsCommand::run()
         return Refused;
     }
     if (_wantsJson)
-        printRangesAsJson(handler, _channels);
+        printJson(rangesAsJson(handler, _channels));
     else
         printRangesAsTable(handler, _channels);
     return Done;

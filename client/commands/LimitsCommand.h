@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commands/Command.h"
+#include "client/commands/Command.h"
 
 namespace client {
 
@@ -14,7 +14,7 @@ public:
 private:
     std::string _port;
     std::vector<int> _channels;
-    SafetyLimits _limits;
+    lab::SafetyLimits _limits;
     bool _wantsJson = false;
 };
 

@@ -1,10 +1,10 @@
-#include "commands/ListCommand.h"
+#include "client/commands/ListCommand.h"
 
-#include "Connection.h"
-#include "Console.h"
-#include "JsonOutput.h"
-#include "SystemChecks.h"
-#include "TerminalText.h"
+#include "client/instruments/Connection.h"
+#include "client/instruments/SystemChecks.h"
+#include "client/terminal/Console.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/PrintableText.h"
 
 #include <QSerialPortInfo>
 
@@ -12,6 +12,8 @@
 #include <cstdio>
 
 namespace client {
+
+using namespace lab;
 
 namespace {
 

@@ -1,20 +1,22 @@
-#include "commands/ManualCommand.h"
+#include "client/commands/ManualCommand.h"
 
-#include "Connection.h"
-#include "Console.h"
-#include "EventWait.h"
-#include "ModelWords.h"
-#include "SampleStream.h"
-#include "SignalWatcher.h"
-#include "StopChannel.h"
-#include "Units.h"
 #include "VekConstantCurrentElement.h"
 #include "VekConstantPotElement.h"
 #include "VekInstrumentHandler.h"
+#include "client/instruments/Connection.h"
+#include "client/instruments/SampleStream.h"
+#include "client/terminal/Console.h"
+#include "client/terminal/SignalWatcher.h"
+#include "lab/experiments/ModelWords.h"
+#include "lab/notation/Units.h"
+#include "lab/runs/EventWait.h"
+#include "lab/runs/StopChannel.h"
 
 #include <cmath>
 
 namespace client {
+
+using namespace lab;
 
 namespace {
 

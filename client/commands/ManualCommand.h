@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commands/Command.h"
+#include "client/commands/Command.h"
 
 class VekErrorCode;
 class VekInstrumentHandler;
@@ -34,7 +34,7 @@ private:
     std::optional<double> _duration;
     std::optional<int> _currentRange;
     std::optional<int> _voltageRange;
-    SafetyLimits _limits;
+    lab::SafetyLimits _limits;
 };
 
 } // namespace client

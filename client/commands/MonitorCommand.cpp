@@ -1,13 +1,15 @@
-#include "commands/MonitorCommand.h"
+#include "client/commands/MonitorCommand.h"
 
-#include "Connection.h"
-#include "Console.h"
-#include "SampleStream.h"
 #include "VekInstrumentHandler.h"
+#include "client/instruments/Connection.h"
+#include "client/instruments/SampleStream.h"
+#include "client/terminal/Console.h"
 
 #include <limits>
 
 namespace client {
+
+using namespace lab;
 
 MonitorCommand::MonitorCommand(CLI::App &parent)
     : Command(parent, "monitor", "Print voltage and current of an idle channel until interrupted, as CSV",

@@ -1,17 +1,19 @@
-#include "commands/PlanCommand.h"
+#include "client/commands/PlanCommand.h"
 
-#include "Console.h"
-#include "ExperimentCheck.h"
-#include "ExperimentFile.h"
-#include "JsonOutput.h"
-#include "Suggestion.h"
-#include "Units.h"
 #include "VekExperimentPlan.h"
+#include "client/terminal/Console.h"
+#include "lab/experiments/ExperimentCheck.h"
+#include "lab/experiments/ExperimentFile.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/Suggestion.h"
+#include "lab/notation/Units.h"
 
 #include <cmath>
 #include <cstdio>
 
 namespace client {
+
+using namespace lab;
 
 namespace {
 
@@ -187,7 +189,7 @@ int PlanCommand::run()
     if (_wantsJson)
         printJson(planJson(file, VekExperimentPlan::modelName(model), complaints, plan));
     else
-        tellComplaints(file, complaints);
+        tellComplaints(file.path, complaints);
     if (!complaints.empty())
         return BadInput;
     if (!_wantsJson)

@@ -1,9 +1,11 @@
-#include "commands/PlotCommand.h"
+#include "client/commands/PlotCommand.h"
 
-#include "Console.h"
-#include "plots/RunPlots.h"
+#include "client/commands/Pictures.h"
+#include "client/terminal/Console.h"
 
 #include <QFileInfo>
+
+#include <algorithm>
 
 namespace client {
 
@@ -14,13 +16,20 @@ PlotCommand::PlotCommand(CLI::App &parent)
     app().add_option("FOLDER", _folders, "Folder of a run")->required();
 }
 
+/// For a folder that is not there nothing has to be loaded.
+bool PlotCommand::drawsPictures() const
+{
+    return std::any_of(_folders.begin(), _folders.end(),
+                       [](const std::string &each) { return QFileInfo(QString::fromStdString(each)).isDir(); });
+}
+
 int PlotCommand::run()
 {
     ExitCode result = Done;
     for (const std::string &each : _folders) {
         const QString folder = QString::fromStdString(each);
         const bool isFolder = QFileInfo(folder).isDir();
-        if (isFolder && drawRun(folder))
+        if (isFolder && drawPictures(folder))
             continue;
         Console::instance().error((isFolder ? QStringLiteral("%1: no run with data, or no files could be written")
                                             : QStringLiteral("%1: there is no such folder"))

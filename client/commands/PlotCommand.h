@@ -1,6 +1,6 @@
 #pragma once
 
-#include "commands/Command.h"
+#include "client/commands/Command.h"
 
 namespace client {
 
@@ -9,7 +9,7 @@ class PlotCommand : public Command
 {
 public:
     explicit PlotCommand(CLI::App &parent);
-    bool drawsPictures() const override { return true; }
+    bool drawsPictures() const override;
     int run() override;
 
 private:

@@ -1,19 +1,19 @@
-#include "commands/RunCommand.h"
+#include "client/commands/RunCommand.h"
 
-#include "Connection.h"
-#include "Console.h"
-#include "EventWait.h"
-#include "ExperimentCheck.h"
-#include "ExperimentFile.h"
-#include "ExperimentRun.h"
-#include "JsonOutput.h"
-#include "RunRecorder.h"
-#include "RunSignals.h"
-#include "SignalWatcher.h"
-#include "TerminalText.h"
 #include "VekExperimentPlan.h"
 #include "VekInstrumentHandler.h"
-#include "plots/RunPlots.h"
+#include "client/commands/Pictures.h"
+#include "client/instruments/Connection.h"
+#include "client/terminal/Console.h"
+#include "client/terminal/SignalWatcher.h"
+#include "lab/experiments/ExperimentCheck.h"
+#include "lab/experiments/ExperimentFile.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/PrintableText.h"
+#include "lab/records/RunRecorder.h"
+#include "lab/runs/EventWait.h"
+#include "lab/runs/RecordedRun.h"
+#include "lab/runs/RunSignals.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -23,6 +23,8 @@
 #include <tuple>
 
 namespace client {
+
+using namespace lab;
 
 namespace {
 
@@ -49,6 +51,24 @@ ExitCode exitCodeOf(const VekErrorCode &error)
     default:
         return Refused;
     }
+}
+
+ExitCode exitCodeOf(const RecordedRun &run)
+{
+    if (run.isRecordToBlame())
+        return LocalFailure;
+    switch (run.state()) {
+    case RunState::Interrupted:
+        return Interrupted;
+    case RunState::DeviceLost:
+        return NoConnection;
+    case RunState::Stopped:
+        return Refused;
+    case RunState::Running:
+    case RunState::Completed:
+        break;
+    }
+    return Done;
 }
 
 /// Complains about what is no list of channels, in the way of the option parser.
@@ -143,7 +163,7 @@ ExitCode RunCommand::readFiles()
     ExitCode result = Done;
     for (const std::string &path : _paths) {
         _files.push_back(readExperimentFile(QString::fromStdString(path)));
-        tellComplaints(_files.back(), _files.back().complaints);
+        tellComplaints(_files.back().path, _files.back().complaints);
         if (!_files.back().isUsable())
             result = BadInput;
     }
@@ -233,7 +253,7 @@ ExitCode RunCommand::upload(const Connection &connection, Task &task) const
     Console::instance().error(QStringLiteral("channel %1: %2").arg(QString::number(task.channel), refusalText(result)));
     const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
     if (plan.result() == result.value())
-        tellComplaints(*task.file, complaintsOf(*task.file, plan, connection.description().modelNumber));
+        tellComplaints(task.file->path, complaintsOf(*task.file, plan, connection.description().modelNumber));
     const bool mayRun = handler.channelReport(channel) == VekChannelReport::Unknown;
     if (result == VekErrorCode::UploadFailed && mayRun)
         Console::instance().note(
@@ -253,9 +273,11 @@ ExitCode RunCommand::start(const Connection &connection, Task &task) const
     }
     const auto channel = static_cast<unsigned char>(task.channel);
     const auto plan = VekExperimentPlan::forModel(task.file->experiment, connection.description());
-    task.run = std::make_unique<ExperimentRun>(
+    task.run = std::make_unique<RecordedRun>(
         connection.handler(), *_signals, channel, *task.recorder, RunProgress(plan),
-        _keepsGoing ? ExperimentRun::WhenUnrecorded::KeepGoing : ExperimentRun::WhenUnrecorded::Stop);
+        _keepsGoing ? RecordedRun::WhenUnrecorded::KeepGoing : RecordedRun::WhenUnrecorded::Stop);
+    QObject::connect(task.run.get(), &RecordedRun::troubled, task.run.get(),
+                     [](const QString &text) { Console::instance().error(text); });
     const VekErrorCode result = task.run->start();
     if (result == VekErrorCode::Success)
         return Done;
@@ -283,11 +305,11 @@ void RunCommand::wait()
     for (const Task &task : _tasks) {
         if (!task.run)
             continue;
-        const ExperimentRun &run = *task.run;
-        QObject::connect(&run, &ExperimentRun::progressed, &wait, [this, &run] {
+        const RecordedRun &run = *task.run;
+        QObject::connect(&run, &RecordedRun::progressed, &wait, [this, &run] {
             Console::instance().progress([&](int room) { return progressLines(run, room); });
         });
-        QObject::connect(&run, &ExperimentRun::finished, &wait, [this, &wait] {
+        QObject::connect(&run, &RecordedRun::finished, &wait, [this, &wait] {
             if (isOver())
                 wait.end();
         });
@@ -331,9 +353,10 @@ ExitCode RunCommand::report() const
             continue;
         tellEnd(task, hasToldLoss);
         hasToldLoss = hasToldLoss || task.run->state() == RunState::DeviceLost;
-        if (severity(task.run->exitCode()) > severity(result))
-            result = task.run->exitCode();
-        if (_plots && !drawRun(task.recorder->folder()))
+        const ExitCode exitCode = exitCodeOf(*task.run);
+        if (severity(exitCode) > severity(result))
+            result = exitCode;
+        if (_plots && !drawPictures(task.recorder->folder()))
             Console::instance().note(QStringLiteral("%1: nothing to draw").arg(task.recorder->folder()));
         list.push_back(summaryOf(task));
         if (!_wantsJson)
@@ -346,7 +369,7 @@ ExitCode RunCommand::report() const
 
 void RunCommand::tellEnd(const Task &task, bool hasToldLoss)
 {
-    const ExitCode exitCode = task.run->exitCode();
+    const ExitCode exitCode = exitCodeOf(*task.run);
     const QString message =
         QStringLiteral("channel %1: %2").arg(QString::number(task.channel), printable(task.run->endMessage()));
     if (task.run->state() == RunState::DeviceLost) {
@@ -378,7 +401,7 @@ QString RunCommand::folderOf(const Task &task) const
 }
 
 /// A line for each channel where there is room, else one for all with the latest word of one.
-QStringList RunCommand::progressLines(const ExperimentRun &latest, int room) const
+QStringList RunCommand::progressLines(const RecordedRun &latest, int room) const
 {
     QStringList lines;
     int running = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "JsonOutput.h"
-#include "commands/Command.h"
+#include "client/commands/Command.h"
+#include "lab/notation/JsonOutput.h"
 
 #include <QString>
 
@@ -10,13 +10,16 @@
 class VekErrorCode;
 class VekInstrumentHandler;
 
-namespace client {
-
-class Connection;
-class ExperimentRun;
+namespace lab {
+class RecordedRun;
 class RunRecorder;
 class RunSignals;
 struct ExperimentFile;
+} // namespace lab
+
+namespace client {
+
+class Connection;
 
 /// Runs experiments on one or several channels and records them.
 class RunCommand : public Command
@@ -31,9 +34,9 @@ private:
     /// One channel's share of the work.
     struct Task {
         int channel;
-        const ExperimentFile *file;
-        std::unique_ptr<RunRecorder> recorder;
-        std::unique_ptr<ExperimentRun> run;
+        const lab::ExperimentFile *file;
+        std::unique_ptr<lab::RunRecorder> recorder;
+        std::unique_ptr<lab::RecordedRun> run;
     };
 
     ExitCode readFiles();
@@ -50,9 +53,9 @@ private:
     void interruptAll() const;
     ExitCode report() const;
     static void tellEnd(const Task &task, bool hasToldLoss);
-    static Json summaryOf(const Task &task);
+    static lab::Json summaryOf(const Task &task);
     QString folderOf(const Task &task) const;
-    QStringList progressLines(const ExperimentRun &latest, int room) const;
+    QStringList progressLines(const lab::RecordedRun &latest, int room) const;
 
     std::vector<std::string> _paths;
     std::string _port;
@@ -63,10 +66,10 @@ private:
     bool _plots = false;
     bool _keepsGoing = false;
     bool _wantsJson = false;
-    SafetyLimits _limits;
+    lab::SafetyLimits _limits;
 
-    std::vector<ExperimentFile> _files;
-    std::unique_ptr<RunSignals> _signals; // outlives the runs of the tasks
+    std::vector<lab::ExperimentFile> _files;
+    std::unique_ptr<lab::RunSignals> _signals; // outlives the runs of the tasks
     std::vector<Task> _tasks;
 };
 

@@ -1,16 +1,18 @@
-#include "commands/StopCommand.h"
+#include "client/commands/StopCommand.h"
 
-#include "Connection.h"
-#include "Console.h"
-#include "StopChannel.h"
-#include "TerminalText.h"
 #include "VekInstrumentHandler.h"
+#include "client/instruments/Connection.h"
+#include "client/terminal/Console.h"
+#include "lab/notation/PrintableText.h"
+#include "lab/runs/StopChannel.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <numeric>
 
 namespace client {
+
+using namespace lab;
 
 namespace {
 

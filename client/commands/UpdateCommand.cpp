@@ -1,13 +1,13 @@
-#include "commands/UpdateCommand.h"
+#include "client/commands/UpdateCommand.h"
 
-#include "BuildFirmware.h"
-#include "Connection.h"
-#include "Console.h"
-#include "RestartWait.h"
-#include "SignalWatcher.h"
-#include "SystemChecks.h"
-#include "UpdateWatch.h"
 #include "VekDeviceTracker.h"
+#include "client/instruments/BuildFirmware.h"
+#include "client/instruments/Connection.h"
+#include "client/instruments/RestartWait.h"
+#include "client/instruments/SystemChecks.h"
+#include "client/instruments/UpdateWatch.h"
+#include "client/terminal/Console.h"
+#include "client/terminal/SignalWatcher.h"
 
 #include <QFileInfo>
 #include <QSerialPortInfo>

@@ -39,7 +39,7 @@ def room_of(path, rooms):
 def included_file(path, text, files):
     """The file of the tree that an include means, or None for one that is generated or comes from elsewhere."""
     beside = str(pathlib.PurePosixPath(path).parent)
-    for folder in (beside, "include", "src", "src/internal", "client", "tests", "."):
+    for folder in (beside, "include", "src", "src/internal", "tests", "."):
         candidate = str(pathlib.PurePosixPath(folder) / text)
         if candidate in files:
             return candidate

@@ -1,8 +1,9 @@
-#include "Console.h"
-#include "ExperimentFile.h"
-#include "JsonOutput.h"
-#include "RunProgress.h"
-#include "TerminalText.h"
+#include "client/terminal/Console.h"
+#include "client/terminal/TerminalText.h"
+#include "lab/experiments/ExperimentFile.h"
+#include "lab/notation/JsonOutput.h"
+#include "lab/notation/PrintableText.h"
+#include "lab/runs/RunProgress.h"
 
 #include "support/TestMain.h"
 
@@ -12,6 +13,7 @@
 #include <unistd.h>
 
 using namespace client;
+using namespace lab;
 
 namespace {
 

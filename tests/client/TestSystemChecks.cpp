@@ -1,4 +1,4 @@
-#include "SystemChecks.h"
+#include "client/instruments/SystemChecks.h"
 
 #include "support/TestMain.h"
 

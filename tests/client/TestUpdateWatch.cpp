@@ -1,7 +1,7 @@
-#include "RestartWait.h"
-#include "SignalWatcher.h"
-#include "UpdateWatch.h"
 #include "VekDeviceTracker.h"
+#include "client/instruments/RestartWait.h"
+#include "client/instruments/UpdateWatch.h"
+#include "client/terminal/SignalWatcher.h"
 
 #include "support/TestMain.h"
 

@@ -1,26 +1,26 @@
 // Elements of any kind with any numbers, in groups: what a model accepts can be uploaded, and nothing else happens.
 
-#include "ElementCatalogue.h"
 #include "FuzzTarget.h"
 #include "VekAbstractElement.h"
 #include "VekExperiment.h"
 #include "VekExperimentPlan.h"
+#include "lab/experiments/ElementCatalogue.h"
 
 #include <cmath>
 
 namespace {
 
-double valueFor(const client::PropertyRow &property, FuzzInput &input)
+double valueFor(const lab::PropertyRow &property, FuzzInput &input)
 {
     switch (property.kind) {
-    case client::PropertyKind::Flag:
-    case client::PropertyKind::Automatic:
+    case lab::PropertyKind::Flag:
+    case lab::PropertyKind::Automatic:
         return input.flag() ? 1.0 : 0.0;
-    case client::PropertyKind::Count:
+    case lab::PropertyKind::Count:
         return input.take<quint32>();
-    case client::PropertyKind::VoltageRange:
+    case lab::PropertyKind::VoltageRange:
         return input.take<quint8>();
-    case client::PropertyKind::Quantity:
+    case lab::PropertyKind::Quantity:
         return input.number();
     }
     return 0.0;
@@ -28,9 +28,9 @@ double valueFor(const client::PropertyRow &property, FuzzInput &input)
 
 void append(VekExperiment &experiment, FuzzInput &input)
 {
-    const client::ElementRow &row = input.oneOf(client::elementCatalogue());
+    const lab::ElementRow &row = input.oneOf(lab::elementCatalogue());
     const auto element = row.make();
-    for (const client::PropertyRow &property : row.properties) {
+    for (const lab::PropertyRow &property : row.properties) {
         const double value = valueFor(property, input);
         property.set(*element, value);
     }

@@ -38,14 +38,13 @@ seed() {
     fi
     case $1 in
         src/*) object=src/CMakeFiles/nimbrelle-objects.dir/${1#src/}.o ;;
-        client/*) object=client/CMakeFiles/nimbrelle-client.dir/${1#client/}.o ;;
+        lab/*) object=lab/CMakeFiles/nimbrelle-lab.dir/${1#lab/}.o ;;
     esac
     local compile link
     compile=$(ninja -t commands "$object" | grep -F -- "-o $object " | tail -n 1)
     compile=${compile//"$root/$1"/$changed}
     eval "${compile//"$object"/$work/changed.o}"
     link=$(ninja -t commands "tests/fuzz/$3" | tail -n 1)
-    link=${link//" $object "/ } # the client's are named one by one, the library's come from an archive behind this one
     link=${link/-o tests\/fuzz\/$3 /-o $work/$3 $work/changed.o }
     eval "${link/&& cd */}"
 }
@@ -104,6 +103,6 @@ bug FuzzTableFiles src/internal/calibration/CorrectionTables.cpp \
     's/ && sample < Sample\(table.size\(\)\)/ \&\& !table.empty()/' 'a sample may lie beyond the table'
 bug FuzzExperimentElements src/internal/elements/BuilderContainer.cpp \
     's/element \|\| repeats == 0\)/element)/' 'an element may run no times at all'
-bug FuzzExperimentFiles client/ExperimentFile.cpp \
+bug FuzzExperimentFiles lab/experiments/ExperimentFile.cpp \
     's/count >= 1 && //' 'an element may run less than once'
 exit $failed

@@ -11,6 +11,20 @@ export HOME=$root/home
 mkdir -p "$HOME"
 cmake --install "$build" --prefix "$root/usr" >/dev/null
 
+# begin_simulator OPTION...: as fast as it goes; its port is $port
+begin_simulator() {
+    mkfifo "$root/port"
+    "$root/usr/bin/nimbrelle-sim" --speed max "$@" >"$root/port" &
+    simulator=$!
+    read -r port <"$root/port"
+    rm "$root/port"
+}
+end_simulator() {
+    kill $simulator
+    wait $simulator 2>/dev/null || true
+    simulator=
+}
+
 echo "== public headers alone are installed, and each compiles by itself"
 includes=$(pkg-config --cflags Qt5Core)
 for header in "$root"/usr/include/nimbrelle/*.h; do
@@ -35,6 +49,20 @@ for experiment in "$root"/usr/share/doc/Nimbrelle/examples/experiments/*.json; d
     "$root/usr/bin/nimbrelle" plan "$experiment" --model $model >/dev/null
 done
 
+if grep -q '^NIMBRELLE_BUILD_PLOTS:BOOL=ON' "$build/CMakeCache.txt"; then
+    echo "== pictures are drawn by what is installed, also from a folder that was staged and then moved"
+    DESTDIR=$root/stage cmake --install "$build" >/dev/null
+    mkdir "$root/moved"
+    mv "$root/stage$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")" "$root/moved/there"
+    begin_simulator --cell resistor:R=1000
+    "$root/usr/bin/nimbrelle" --quiet run "$source/examples/experiments/first-light.json" --port "$port" \
+        --out "$root/run" --plot >/dev/null
+    end_simulator
+    mv "$root/run/time.svg" "$root/of-usr.svg"
+    "$root/moved/there/bin/nimbrelle" plot "$root/run"
+    cmp "$root/run/time.svg" "$root/of-usr.svg"
+fi
+
 echo "== consumer by CMake"
 cmake -S "$source/tests/packaging/consumer" -B "$root/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$root/usr" \
     -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
@@ -53,15 +81,9 @@ done
 
 # measure EXAMPLE CELL ROWS [SIMULATOR-OPTION...]: runs it on a simulated instrument to its end
 measure() {
-    mkfifo "$root/port"
-    "$build/simulator/nimbrelle-sim" --cell "$2" --speed max "${@:4}" >"$root/port" &
-    simulator=$!
-    read -r port <"$root/port"
-    rm "$root/port"
+    begin_simulator --cell "$2" "${@:4}"
     "$root/examples/$1" "$port" >"$root/$1.csv" 2>"$root/$1.log" || { echo "$1 failed:"; cat "$root/$1.log"; exit 1; }
-    kill $simulator
-    wait $simulator 2>/dev/null || true
-    simulator=
+    end_simulator
     rows=$(($(wc -l <"$root/$1.csv") - 1))
     [ $rows -eq "$3" ] || { echo "$1: $rows rows in place of $3"; exit 1; }
 }
