@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes the stand-in firmware images of this folder.
 
 They have the names, the form and the signature lines of the firmware build's output, so that the library, the

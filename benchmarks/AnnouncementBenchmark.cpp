@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What it costs when an instrument tells that a node begins.
 
 #include "TableRow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a channel makes of DC records, from the payload that the link hands over to volts and amperes.
 
 #include "TableRow.h"

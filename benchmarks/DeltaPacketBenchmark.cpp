@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a battery cycler's channel makes of AC packets of each size: they are unpacked behind what has come of the batch.
 
 #include "TableRow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From a tree of elements to the list of nodes that is uploaded.
 
 #include "TableRow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Fourier analysis of a record's two signals. After the ratios comes the largest deviation from the plain form; the
 // exit code is 1 if an output deviates by more than 1e-9 of its signal's fundamental.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the link makes of a stream of bytes, for sound and damaged streams and every size of arrival.
 
 #include "TableRow.h"

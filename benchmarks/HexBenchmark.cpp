@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading a firmware image.
 
 #include "TableRow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "TableRow.h"
 
 #include <benchmark/benchmark.h>

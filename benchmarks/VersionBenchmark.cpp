@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The start of the client, as every use in a script pays it.
 
 #include "TableRow.h"

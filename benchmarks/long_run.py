@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Makes the folder of a long battery run and measures what drawing it takes.
 
 usage: benchmarks/long_run.py NIMBRELLE [--rows N] [--folder DIR]

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """What a recorded row costs the client: processor time of `nimbrelle run` on 1 and on 64 channels of a Gale.
 
     benchmarks/run_channels.py [BUILD_DIR] [ROWS_PER_RUN]

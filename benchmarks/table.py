@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Measures the library against its references and prints the table of the results, in Markdown.
 
     benchmarks/table.py [BUILD_DIR]

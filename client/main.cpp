@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekVersion.h"
 #include "client/commands/DoctorCommand.h"
 #include "client/commands/ElementsCommand.h"

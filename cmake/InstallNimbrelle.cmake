@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What a user of the installed package gets: public headers, the shared library, and the ways to find them.
 include(CMakePackageConfigHelpers)
 

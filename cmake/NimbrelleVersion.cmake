@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The version of the project is that of its public header, which clients read as macros.
 set(header ${CMAKE_CURRENT_SOURCE_DIR}/include/VekVersion.h)
 foreach(part IN ITEMS MAJOR MINOR PATCH STRING)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BatteryCycling.h"
 
 #include "ExperimentRun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExperimentRun.h"
 
 #include <VekDeviceTracker.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Drives 1 mA through the cell on channel 0 for ten seconds and prints the samples as CSV.
 // usage: constant_current PORT; exit codes: 0 done, 2 usage, 3 no connection, 4 refused or stopped by the instrument
 

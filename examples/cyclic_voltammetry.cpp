@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Three cycles at 100 mV/s around the potential of a couple in solution; prints the voltammogram as CSV.
 
 #include "ExperimentRun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Charges and discharges a battery of about 1 Ah three times, beginning with an empty one; prints capacities and
 // coulombic efficiency of each cycle.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Differential pulse voltammetry, reduced to the difference current of each pulse; prints potential and difference.
 
 #include "ExperimentRun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An impedance spectrum at the open-circuit potential, from 100 kHz to 0.1 Hz; prints the points as CSV.
 
 #include "ExperimentRun.h"

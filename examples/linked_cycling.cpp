@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The same with a battery of about 4 Ah, whose current four channels of a battery cycler carry in parallel. What is
 // measured is that of the whole battery: the channels' currents and charges are added up. A cycler counts the charge of
 // the samples that it reports; with two of them a second none is left out.

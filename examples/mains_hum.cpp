@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The current at a constant potential, as it comes and smoothed; behind the last row the hum of the mains in it.
 
 #include "ExperimentRun.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// What is known of experiments on a channel, those included that this program did not start.

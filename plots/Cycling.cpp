@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/Cycling.h"
 
 #include "lab/experiments/ElementTraits.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/Figure.h"
 
 #include "plots/Fonts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/Fonts.h"
 
 #include <QFontMetrics>

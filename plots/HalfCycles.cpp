@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/HalfCycles.h"
 
 #include "lab/experiments/ElementTraits.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/MottSchottky.h"
 
 #include "lab/notation/Units.h"

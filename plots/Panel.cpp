@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/Panel.h"
 
 #include "plots/Decimation.h"

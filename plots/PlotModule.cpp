@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/PlotModule.h"
 
 #include "plots/RunPlots.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/RunPlots.h"
 
 #include "lab/records/RunData.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/Series.h"
 
 #include <algorithm>

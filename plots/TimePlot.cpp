@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/TimePlot.h"
 
 #include "lab/records/RunData.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "plots/Voltammogram.h"
 
 #include "VekDataManipulator.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 # Sourced by the other scripts: configures and builds the preset named by the first argument, quietly unless it fails.
 # Further arguments go to the build, for example: --target nimbrelle-cli

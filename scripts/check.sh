@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # What a machine can check without a build. usage() says how it is called, checks what there is.
 set -euo pipefail
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # First light: runs a DC experiment on a simulated instrument, draws it, and compares it with the cell's equations.
 set -euo pipefail
 

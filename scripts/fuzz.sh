@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Lets the fuzz targets search for inputs that break a promise.
 set -euo pipefail
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs the example experiments on simulated instruments and refreshes the pictures of docs/gallery.md.
 set -euo pipefail
 

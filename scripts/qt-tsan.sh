@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds the Qt of the thread sanitizer's tests, unless it is there, and prints the folder that it lies in.
 set -Eeuo pipefail # -E: what fails inside of a function is told as well
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs what the build, the tests and the demo need on Debian 12; with --usb also what the USB lane needs, with --tsan
 # what builds the Qt of the thread sanitizer, with --check what scripts/check.sh calls. Says nothing when nothing is missing.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Streams from 64 simulated channels for a long time and compares what was sent with what was delivered.
 set -euo pipefail
 

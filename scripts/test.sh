@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds Nimbrelle and runs all its tests.
 set -euo pipefail
 

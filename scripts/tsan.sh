@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs the tests under the thread sanitizer, with a Qt that is instrumented as well.
 set -euo pipefail
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs library and client on real ttyACM and hidraw nodes, with simulated instruments at the end of emulated USB cables.
 set -euo pipefail
 

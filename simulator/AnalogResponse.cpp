@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/AnalogResponse.h"
 
 #include "simulator/Random.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DeviceTerminal.h"
 
 #include <QFile>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/Faults.h"
 
 #include "simulator/Payload.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/GaleBootloader.h"
 
 #include "simulator/Payload.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/GaleFrontEnd.h"
 
 #include "calibration/DataRecords.h"

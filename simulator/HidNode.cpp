@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/HidNode.h"
 
 #include "simulator/OwnPaths.h"

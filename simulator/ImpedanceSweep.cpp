@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/ImpedanceSweep.h"
 
 #include "simulator/NodeFields.h"

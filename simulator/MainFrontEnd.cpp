@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/MainFrontEnd.h"
 
 #include "simulator/Payload.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/NodeProgram.h"
 
 #include "simulator/NodeFields.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/NodeRunner.h"
 
 #include "simulator/NodeFields.h"

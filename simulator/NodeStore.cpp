@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/NodeStore.h"
 
 #include "simulator/NodeProgram.h"

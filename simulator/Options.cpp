@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/Options.h"
 
 #include "simulator/ModelNames.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/SdCard.h"
 
 #include "simulator/Payload.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/SimulatedCalibration.h"
 
 #include "simulator/Random.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/SimulatedChannel.h"
 
 #include "simulator/Payload.h"

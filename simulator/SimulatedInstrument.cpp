@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/SimulatedInstrument.h"
 
 #include "hardware_models/HardwareModelFactory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/StopSignals.h"
 
 #include "simulator/OwnPaths.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/TruthFile.h"
 
 #include "simulator/NodeRunner.h"

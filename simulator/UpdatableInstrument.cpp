@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/UpdatableInstrument.h"
 
 #include "hardware_models/HardwareModelFactory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The least that a program on Qt Core can be: what its start costs no other one can save.
 
 #include <QCoreApplication>

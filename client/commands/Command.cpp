@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/Command.h"
 
 #include "client/terminal/Console.h"

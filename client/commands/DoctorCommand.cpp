@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/DoctorCommand.h"
 
 #include "VekErrorCode.h"

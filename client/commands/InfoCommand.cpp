@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/InfoCommand.h"
 
 #include "client/instruments/Connection.h"

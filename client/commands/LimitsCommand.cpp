@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/LimitsCommand.h"
 
 #include "VekInstrumentHandler.h"

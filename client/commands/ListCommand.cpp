@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/ListCommand.h"
 
 #include "client/instruments/Connection.h"

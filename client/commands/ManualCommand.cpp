@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/ManualCommand.h"
 
 #include "VekConstantCurrentElement.h"

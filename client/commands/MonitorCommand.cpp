@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/MonitorCommand.h"
 
 #include "VekInstrumentHandler.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/Pictures.h"
 
 #include "client/terminal/Console.h"

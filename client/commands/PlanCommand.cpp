@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/PlanCommand.h"
 
 #include "VekExperimentPlan.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/PlotCommand.h"
 
 #include "client/commands/Pictures.h"

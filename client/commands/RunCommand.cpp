@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/RunCommand.h"
 
 #include "VekExperimentPlan.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/commands/UpdateCommand.h"
 
 #include "VekDeviceTracker.h"

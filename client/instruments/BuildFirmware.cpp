@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/instruments/BuildFirmware.h"
 
 #include "VekDeviceTracker.h"

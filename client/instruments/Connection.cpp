@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/instruments/Connection.h"
 
 #include "VekDeviceTracker.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/instruments/RestartWait.h"
 
 #include "client/terminal/SignalWatcher.h"

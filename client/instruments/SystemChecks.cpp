@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/instruments/SystemChecks.h"
 
 #include <QCoreApplication>

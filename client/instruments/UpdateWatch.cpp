@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/instruments/UpdateWatch.h"
 
 #include "VekDeviceTracker.h"

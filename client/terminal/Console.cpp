@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/terminal/Console.h"
 
 #include "client/terminal/TerminalText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/terminal/SignalWatcher.h"
 
 #include "client/terminal/ExitCode.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "client/terminal/TerminalText.h"
 
 #include <QVector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/experiments/ElementCatalogue.h"
 
 #include "VekConstantCurrentElement.h"

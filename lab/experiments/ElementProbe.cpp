@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/experiments/ElementProbe.h"
 
 #include "VekExperimentPlan.h"

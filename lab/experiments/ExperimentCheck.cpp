@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/experiments/ExperimentCheck.h"
 
 #include "VekExperimentPlan.h"

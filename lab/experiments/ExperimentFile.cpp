@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/experiments/ExperimentFile.h"
 
 #include "lab/experiments/ElementCatalogue.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/experiments/ModelWords.h"
 
 #include "VekAbstractElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/experiments/Schema.h"
 
 #include "VekAbstractElement.h"

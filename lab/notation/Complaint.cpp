@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/notation/Complaint.h"
 
 namespace lab {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/notation/JsonOutput.h"
 
 #include "lab/notation/PrintableText.h"

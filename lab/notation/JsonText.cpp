@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/notation/JsonText.h"
 
 #include <nlohmann/json.hpp>

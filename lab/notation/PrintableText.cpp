@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/notation/PrintableText.h"
 
 #include <QVector>

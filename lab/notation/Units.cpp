@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/notation/Units.h"
 
 #include "lab/notation/Suggestion.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/records/CycleTable.h"
 
 #include <cmath>

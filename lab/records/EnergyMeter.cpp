@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/records/EnergyMeter.h"
 
 #include <cmath>

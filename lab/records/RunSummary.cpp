@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/records/RunSummary.h"
 
 #include "lab/notation/JsonOutput.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/records/SampleReader.h"
 
 #include "lab/experiments/ElementTraits.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/runs/RecordedRun.h"
 
 #include "VekInstrumentHandler.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/runs/RunProgress.h"
 
 #include "lab/notation/Units.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/runs/RunSignals.h"
 
 #include "VekInstrumentHandler.h"

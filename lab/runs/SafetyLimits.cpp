@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/runs/SafetyLimits.h"
 
 #include "VekConstantPowerElement.h"

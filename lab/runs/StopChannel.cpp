@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/runs/StopChannel.h"
 
 #include "VekInstrumentHandler.h"

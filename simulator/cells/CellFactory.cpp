@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/cells/CellFactory.h"
 
 #include "simulator/cells/BatteryCell.h"

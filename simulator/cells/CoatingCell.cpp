@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/cells/CoatingCell.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/cells/RandlesWarburgCell.h"
 
 #include <cmath>

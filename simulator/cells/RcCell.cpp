@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/cells/RcCell.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekAbstractElement.h"
 
 #include "elements/AbstractBuilderElement.h"

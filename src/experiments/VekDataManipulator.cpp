@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekDataManipulator.h"
 
 #include "VekDiffPulseVoltammetryElement.h"

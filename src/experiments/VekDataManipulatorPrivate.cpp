@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "experiments/VekDataManipulatorPrivate.h"
 
 #include <cmath>

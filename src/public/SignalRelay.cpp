@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SignalRelay.h"
 
 #include "VekInstrumentHandler.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekCompRange.h"
 
 struct VekCompRange::Data {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekDeviceTracker.h"
 
 #include "VekInstrumentHandler.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekExperimentPlan.h"
 
 #include "VekExperiment.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekFourier.h"
 
 #include "calibration/ComplexDataPoint.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekLowPass.h"
 
 #include "nimbrellelibrary/LowPass.h"

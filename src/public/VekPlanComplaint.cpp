@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekPlanComplaint.h"
 
 #include "elements/ExperimentComplaint.h"

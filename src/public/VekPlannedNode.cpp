@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekPlannedNode.h"
 
 #include "elements/NodePlan.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekVersion.h"
 
 QString VekVersion::ofLibrary()

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tracker/VekDeviceTrackerPrivate.h"
 
 #include "VekInstrumentHandler.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tracker/VekInstrumentHandlerFactoryPrivate.h"
 
 #include "handlers/GaleInstrumentHandler.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Holds what comments and pages point at against what is there.
 
 - "See compatibility.md, ROW." in a source names a row of docs/compatibility.md, and each row is named by some source;

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Holds every #include of the tree against the table of rooms in docs/architecture.md.
 
 A row of that table names a room, its folder, and what it may include: "below" for each room further down, else a list.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """check_references.py finds each kind of reference that leads nowhere, and nothing in a tree where all of them lead."""
 
 import pathlib

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/ComplexDataPoint.h"
 #include "calibration/Records.h"
 #include "calibration/TableFolder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/CSVdataImporter.h"
 #include "calibration/TableFolder.h"
 #include "support/TestMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "benchmarks/reference/PlainDcRecord.h"
 #include "calibration/Records.h"
 #include "hardware_models/HardwareModel.h"

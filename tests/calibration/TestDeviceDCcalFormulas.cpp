@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/DeviceDCcalFormulas.h"
 #include "calibration/Records.h"
 #include "support/TestMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/FrequencySweep.h"
 #include "calibration/GainMatrix.h"
 #include "calibration/TableFolder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/Temperature.h"
 #include "support/TestMain.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "channels/ChannelHandler.h"
 #include "channels/NodeBeginning.h"
 #include "handlers/ListExperiment.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekDeviceTracker.h"
 #include "client/instruments/RestartWait.h"
 #include "client/instruments/UpdateWatch.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/NodeText.h"
 
 #include <cmath>

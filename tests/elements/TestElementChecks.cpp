@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/Elements.h"
 #include "logging/ErrorStringList.h"
 #include "numerics/Constants.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/Records.h"
 #include "elements/Elements.h"
 #include "elements/NodeText.h"

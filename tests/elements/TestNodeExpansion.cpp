@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/NodeExpansion.h"
 
 #include "calibration/CalibrationData.h"

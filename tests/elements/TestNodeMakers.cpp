@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/NodeMakers.h"
 
 #include "elements/NodeText.h"

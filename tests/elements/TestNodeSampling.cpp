@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/Node.h"
 #include "elements/NodeMakers.h"
 #include "nimbrellelibrary/NimbrelleLib.h"

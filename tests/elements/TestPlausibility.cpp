@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/Elements.h"
 #include "elements/Plausibility.h"
 #include "hardware_models/HardwareModelFactory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/ClientProcess.h"
 #include "support/RunFolder.h"
 #include "support/SimulatorProcess.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LinkedGroups.h"
 
 #include "elements/NodeMakers.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The module that draws: loaded for pictures alone, found where the program stands, told of when it is not as it should be.
 #include "plots/PlotModule.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ConnectedInstrument.h"
 
 #include "support/TestMain.h"

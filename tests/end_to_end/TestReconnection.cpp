@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "../simulator/Bench.h"
 
 #include "support/TestMain.h"

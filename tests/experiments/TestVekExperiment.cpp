@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekExperiment.h"
 
 #include "VekExperimentPlan.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/AnnouncedUpdates.h"
 #include "firmware/UsbPlace.h"
 #include "support/TestMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekDeviceTracker.h"
 #include "firmware/FirmwareImages.h"
 #include "images/HexLoader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FakeHidApi.h"
 
 #include "firmware/BootLoaderCOM.h"

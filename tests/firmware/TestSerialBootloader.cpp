@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/BootLoaderCOM.h"
 #include "firmware/FirmwareImages.h"
 #include "firmware/SerialBootloader.h"

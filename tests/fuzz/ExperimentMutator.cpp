@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes to experiment files that bytes changed at random seldom make: one value takes the place of another.
 
 #include <algorithm>

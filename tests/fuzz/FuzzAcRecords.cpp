@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // AC records of both lines, against decoders written down step by step.
 
 #include "FuzzTarget.h"

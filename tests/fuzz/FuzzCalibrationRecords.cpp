@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calibration records, board configurations and samples of any content, and every conversion with them.
 
 #include "FuzzTarget.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Elements of any kind with any numbers, in groups: what a model accepts can be uploaded, and nothing else happens.
 
 #include "FuzzTarget.h"

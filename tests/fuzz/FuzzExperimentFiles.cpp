@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Experiment files of the client: any text ends in complaints with their lines, or in an experiment.
 
 #include "FuzzTarget.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A stream of bytes from the port, once in one piece and once cut at random.
 
 #include "FuzzTarget.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Notifications to the operator and the handler of the battery cyclers.
 
 #include "HandlerTarget.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Replies of whatever is on a port to the questions of the handshake.
 
 #include "FuzzTarget.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A firmware image as text, against a reader written down step by step.
 
 #include "FuzzTarget.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Frames of the HID bootloader: what is encoded is decoded again, and any reports from a device are survived.
 
 #include "FuzzTarget.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Notifications to the operator and the handler of the main line.
 
 #include "HandlerTarget.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Streams of calibration tables from the SD card, cut anywhere, with file names that lead anywhere.
 
 #include "FuzzTarget.h"

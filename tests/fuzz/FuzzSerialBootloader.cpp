@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Replies of a serial bootloader to every question of an update, in any number, of any size, cut anywhere.
 
 #include "FuzzTarget.h"

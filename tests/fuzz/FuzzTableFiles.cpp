@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files of calibration tables: each kind reads any text, and answers every question about it.
 
 #include "FuzzTarget.h"

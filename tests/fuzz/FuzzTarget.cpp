@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FuzzTarget.h"
 
 #include "logging/Logger.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stands in for libFuzzer in builds without it: runs a target once on each of the files, and the files of the folders,
 // that the command line names. Options are ignored, so that both take the same command line.
 

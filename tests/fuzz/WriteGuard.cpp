@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WriteGuard.h"
 
 #include "FuzzTarget.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Shows that the fuzz targets find what they are for: takes one check out of a copy of the library's source, and lets the
 # target search for a minute. The tree is left alone; the changed file is compiled aside and linked in front of the rest.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes the seeds that are not text, each into a file named after what it tries: make_corpus.py FOLDER
 
 Text seeds lie in corpus/ as they are. The helpers write what FuzzInput.h reads.

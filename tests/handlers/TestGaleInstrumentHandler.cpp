@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HandlerBench.h"
 #include "ListExperiment.h"
 #include "handlers/GaleInstrumentHandler.h"

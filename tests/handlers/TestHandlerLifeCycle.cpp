@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HandlerBench.h"
 #include "handlers/MainInstrumentHandler.h"
 

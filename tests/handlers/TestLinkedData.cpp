@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "benchmarks/reference/PlainDeltaPacket.h"
 #include "channels/AcDataAverage.h"
 #include "channels/DeltaPacket.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "public/SignalRelay.h"
 
 #include "VekInstrumentHandler.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hardware_models/HardwareModelFactory.h"
 #include "support/TestMain.h"
 

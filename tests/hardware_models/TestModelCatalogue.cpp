@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hardware_models/HardwareModelFactory.h"
 #include "hardware_models/ModelNames.h"
 #include "images/HexLoader.h"

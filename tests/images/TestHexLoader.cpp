@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "benchmarks/reference/PlainHexText.h"
 #include "images/CrcCalculator.h"
 #include "images/HexLoader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/records/RunRecorder.h"
 
 #include "support/TestMain.h"

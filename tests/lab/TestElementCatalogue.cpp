@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekAbstractElement.h"
 #include "lab/experiments/ElementCatalogue.h"
 #include "lab/experiments/ExperimentFile.h"

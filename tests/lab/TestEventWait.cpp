@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekInstrumentHandler.h"
 #include "lab/runs/EventWait.h"
 #include "lab/runs/StopChannel.h"

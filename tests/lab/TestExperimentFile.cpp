@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekConstantCurrentElement.h"
 #include "VekConstantPotElement.h"
 #include "VekExperimentPlan.h"

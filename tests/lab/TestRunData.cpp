@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/records/RunData.h"
 #include "lab/records/SampleThinner.h"
 #include "lab/records/TableReader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/notation/JsonOutput.h"
 #include "lab/records/RunRecorder.h"
 #include "lab/records/TableWriter.h"

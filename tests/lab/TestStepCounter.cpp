@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/records/StepCounter.h"
 
 #include "support/TestMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "lab/notation/Suggestion.h"
 #include "lab/notation/Units.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "link/Frame.h"
 
 #include "benchmarks/reference/PlainFrames.h"

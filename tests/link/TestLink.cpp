@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "link/SerialCommunicator.h"
 
 #include "link/SerialThread.h"

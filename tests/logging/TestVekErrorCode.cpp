@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekErrorCode.h"
 #include "support/TestMain.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "benchmarks/reference/PlainFourier.h"
 #include "calibration/DataRecords.h"
 #include "nimbrellelibrary/FourierAnalysis.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nimbrellelibrary/Histogram.h"
 #include "nimbrellelibrary/NimbrelleLib.h"
 #include "support/TestMain.h"

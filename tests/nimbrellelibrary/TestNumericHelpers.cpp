@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hardware_models/HardwareModelNumber.h"
 #include "hardware_models/RangeTypes.h"
 #include "nimbrellelibrary/NimbrelleLib.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekFourier.h"
 #include "VekLowPass.h"
 #include "support/TestMain.h"

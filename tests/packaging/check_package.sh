@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs the build tree into a fresh folder and builds the consumer against it, by CMake and by pkg-config.
 # usage: check_package.sh BUILD-FOLDER SOURCE-FOLDER COMPILER [COMPILER-FLAGS]
 set -euo pipefail

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SvgPicture.h"
 #include "lab/records/RunData.h"
 #include "lab/records/RunRecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StreamCount.h"
 
 #include "support/ProcessFigures.h"

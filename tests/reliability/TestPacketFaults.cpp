@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "handlers/HandlerBench.h"
 #include "handlers/MainInstrumentHandler.h"
 #include "support/TestMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekConstantCurrentElement.h"
 #include "VekExperiment.h"
 #include "handlers/HandlerBench.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "session/InitialInformation.h"
 
 #include "session/AdmittedInstrument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekCompRange.h"
 #include "session/InstrumentOperator.h"
 #include "simulator/PseudoTerminal.h"

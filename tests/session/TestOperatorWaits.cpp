@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "session/InstrumentOperator.h"
 #include "support/FakeInstrument.h"
 #include "support/TestMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "images/HexLoader.h"
 #include "simulator/GaleBootloader.h"
 #include "simulator/HidBootloader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/cells/BatteryCell.h"
 #include "simulator/cells/CellFactory.h"
 #include "simulator/cells/RcCell.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RecordingRun.h"
 
 #include "simulator/cells/BatteryCell.h"

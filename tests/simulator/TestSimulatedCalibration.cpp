@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/SimulatedCalibration.h"
 
 #include "calibration/Records.h"

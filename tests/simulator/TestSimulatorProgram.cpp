@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Nodes.h"
 
 #include "link/Frame.h"

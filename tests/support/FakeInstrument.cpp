@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/FakeInstrument.h"
 
 #include <algorithm>

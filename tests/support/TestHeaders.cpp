@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The owner of the precompiled header that the tests share.
 int main()
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/SimulatorProcess.h"
 #include "support/TestMain.h"
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # build-initramfs.sh OUT BUILD PROGRAM...
 #
 # Packs the guest of the USB lane: modules of the downloaded kernel, udevd, busybox, the scripts of guest/, and the programs

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # run-vm.sh KERNEL INITRAMFS LOG
 #
 # Boots the guest; its output comes out here, the kernel's messages go to LOG. The exit status is the guest's verdict; 124:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/SteppedClock.h"
 #include "support/TestMain.h"
 #include "waiting/BoundedWait.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "waiting/Mailbox.h"
 
 #include "support/TestMain.h"

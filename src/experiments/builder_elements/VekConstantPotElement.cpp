@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekConstantPotElement.h"
 
 #include "elements/ConstantPotAdvElement.h"

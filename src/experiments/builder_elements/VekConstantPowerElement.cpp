@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekConstantPowerElement.h"
 
 #include "elements/ConstantPowerElement.h"

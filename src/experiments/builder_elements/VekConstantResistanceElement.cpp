@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekConstantResistanceElement.h"
 
 #include "elements/ConstantResistanceElement.h"

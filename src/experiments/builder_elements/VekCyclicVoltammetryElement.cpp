@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekCyclicVoltammetryElement.h"
 
 #include "elements/CyclicVoltammetryElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekDCCurrentSweepElement.h"
 
 #include "elements/DCCurrentSweepElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekDCPotentialSweepElement.h"
 
 #include "elements/DCPotentialSweepElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekDiffPulseVoltammetryElement.h"
 
 #include "elements/DiffPulseVoltammetryElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekEISGalvanostaticElement.h"
 
 #include "elements/EISGalvanostaticElement.h"

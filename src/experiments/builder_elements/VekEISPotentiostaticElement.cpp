@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekEISPotentiostaticElement.h"
 
 #include "elements/EISPotentiostaticElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekMottSchottkyElement.h"
 
 #include "elements/MottSchottkyElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekNormalPulseVoltammetryElement.h"
 
 #include "elements/NormalPulseVoltammetryElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekOpenCircuitElement.h"
 
 #include "elements/OpenCircuitElement.h"

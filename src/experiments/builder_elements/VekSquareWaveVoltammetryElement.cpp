@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekSquareWaveVoltammetryElement.h"
 
 #include "elements/SquareWaveVoltammetryElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekStaircasePotentialVoltammetryElement.h"
 
 #include "elements/StaircasePotentialVoltammetryElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekSteppedCurrentElement.h"
 
 #include "elements/SteppedCurrent.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "VekSteppedVoltageElement.h"
 
 #include "elements/SteppedVoltage.h"

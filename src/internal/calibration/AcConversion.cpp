@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/CalibrationData.h"
 #include "calibration/ComplexDataPoint.h"
 #include "calibration/GaleFormulas.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/CSVdataImporter.h"
 
 #include "calibration/CsvFile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/CalibrationData.h"
 #include "calibration/CsvFile.h"
 #include "calibration/StageNames.h"

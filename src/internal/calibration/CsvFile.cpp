@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/CsvFile.h"
 
 #include <QFile>

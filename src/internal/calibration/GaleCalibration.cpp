@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/GaleCalibration.h"
 
 #include "calibration/GaleFormulas.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/GaleFormulas.h"
 
 #include "numerics/Constants.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/MainCalibration.h"
 
 #include "calibration/Spans.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// The stages of the analogue chain whose frequency response is measured; keys of CalibrationData's tables.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "channels/AcDataAverage.h"
 
 #include "numerics/Constants.h"

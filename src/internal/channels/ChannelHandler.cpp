@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "channels/ChannelHandler.h"
 
 #include "elements/AbstractExperiment.h"

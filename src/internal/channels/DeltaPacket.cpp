@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "channels/DeltaPacket.h"
 
 #include <algorithm>

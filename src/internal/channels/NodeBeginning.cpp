@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "channels/NodeBeginning.h"
 
 #include "channels/ChannelHandler.h"

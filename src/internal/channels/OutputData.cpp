@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "channels/OutputData.h"
 
 #include "channels/CumulativeCapacityTracker.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "channels/RealTimeTracker.h"
 
 #include "elements/Node.h"

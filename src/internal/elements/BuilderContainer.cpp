@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/BuilderContainer.h"
 
 #include "elements/ExperimentSize.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/CheckedExperiment.h"
 
 #include "elements/AbstractExperiment.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/ConstantCurrentAdvElement.h"
 
 #include "elements/InputCheck.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/ConstantCurrentElement.h"
 
 #include "elements/InputCheck.h"

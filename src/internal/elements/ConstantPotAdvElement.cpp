@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/ConstantPotAdvElement.h"
 
 #include "elements/InputCheck.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/ConstantResistanceElement.h"
 
 #include "elements/LoadLimits.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/CustomExperimentRunner.h"
 
 #include "elements/ExperimentSize.h"

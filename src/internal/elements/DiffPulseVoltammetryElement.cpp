@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/DiffPulseVoltammetryElement.h"
 
 #include "elements/InputCheck.h"

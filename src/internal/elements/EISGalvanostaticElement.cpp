@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/EISGalvanostaticElement.h"
 
 #include "calibration/CalibrationData.h"

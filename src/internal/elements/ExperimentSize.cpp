@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/ExperimentSize.h"
 
 #include "elements/BuilderContainer.h"

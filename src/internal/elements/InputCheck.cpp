@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/InputCheck.h"
 
 #include "hardware_models/HardwareModelFactory.h"

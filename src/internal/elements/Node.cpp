@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/Node.h"
 
 void Node::setNodeMembers(const QString &name, bool isNewSubStep, double volts, int number, bool wantsTimeSeries,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/NodePlan.h"
 
 #include "elements/NodeSampling.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/NodeSampling.h"
 
 #include "elements/Node.h"

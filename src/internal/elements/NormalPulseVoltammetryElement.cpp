@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/NormalPulseVoltammetryElement.h"
 
 #include "elements/InputCheck.h"

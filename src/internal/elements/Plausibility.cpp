@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/Plausibility.h"
 
 #include "elements/PlausibilityRules.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/PlausibilityRules.h"
 
 #include "elements/ConstantCurrentAdvElement.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/SquareWaveVoltammetryElement.h"
 
 #include "elements/InputCheck.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/StaircasePotentialVoltammetryElement.h"
 
 #include "elements/CyclicPath.h"

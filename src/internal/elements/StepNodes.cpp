@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/StepNodes.h"
 
 #include "calibration/CalibrationData.h"

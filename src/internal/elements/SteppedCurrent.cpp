@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elements/SteppedCurrent.h"
 
 #include "elements/InputCheck.h"

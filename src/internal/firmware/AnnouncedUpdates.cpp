@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/AnnouncedUpdates.h"
 
 #include "firmware/FirmwareImages.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/BootLoaderCOM.h"
 
 #include "firmware/BootLoaderCOMWorker.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/BootLoaderCOMWorker.h"
 
 #include "firmware/FirmwareImages.h"

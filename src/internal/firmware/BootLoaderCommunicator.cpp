@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/BootLoaderCommunicator.h"
 
 #include "firmware/BootloaderThread.h"

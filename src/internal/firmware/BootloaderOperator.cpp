@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/BootloaderOperator.h"
 
 #include "firmware/HidCommunicator.h"

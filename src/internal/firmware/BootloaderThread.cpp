@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/BootloaderThread.h"
 
 #include "firmware/BootloaderOperator.h"

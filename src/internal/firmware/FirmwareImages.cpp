@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/FirmwareImages.h"
 
 #include "hardware_models/HardwareModelFactory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/FirmwareUpdateHandler.h"
 
 #include "firmware/BootLoaderCOM.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/HidCommunicator.h"
 
 #include "firmware/HidFrame.h"

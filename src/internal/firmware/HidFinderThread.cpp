@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/HidFinderThread.h"
 
 #include "firmware/HidCommunicator.h"

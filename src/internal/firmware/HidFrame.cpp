@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/HidFrame.h"
 
 #include "images/CrcCalculator.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/SerialBootloader.h"
 
 #include "link/Frame.h"

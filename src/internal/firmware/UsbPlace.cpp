@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "firmware/UsbPlace.h"
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "handlers/GaleInstrumentHandler.h"
 
 #include "channels/LinkedPoints.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "handlers/HandlerThread.h"
 
 #include <QCoreApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "handlers/MainInstrumentHandler.h"
 
 #include "calibration/RecordBytes.h"

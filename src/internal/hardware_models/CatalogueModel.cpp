@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hardware_models/CatalogueModel.h"
 
 #include "hardware_models/EisRangeTables.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hardware_models/HardwareModel.h"
 
 #include "numerics/EngineeringUnits.h"

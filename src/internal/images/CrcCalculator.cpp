@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "images/CrcCalculator.h"
 
 namespace {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "link/SerialThread.h"
 
 #include "link/DefaultSerialPortSettings.h"

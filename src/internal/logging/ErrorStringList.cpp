@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logging/ErrorStringList.h"
 
 #include <QStringList>

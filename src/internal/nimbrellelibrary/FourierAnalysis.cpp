@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nimbrellelibrary/FourierAnalysis.h"
 
 #include "nimbrellelibrary/NimbrelleLib.h"

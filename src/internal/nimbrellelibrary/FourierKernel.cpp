@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nimbrellelibrary/FourierKernel.h"
 
 bool isAvx2Usable()

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Compiled for AVX2 and FMA where there are any, see CMakeLists.txt.
 #include "nimbrellelibrary/FourierKernel.h"
 

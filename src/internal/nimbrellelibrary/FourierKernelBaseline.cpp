@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nimbrellelibrary/FourierKernelLoop.h"
 
 const FourierKernel baselineKernel = {fillAngles, keepEverySecond, sumProducts};

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The functions of a kernel, compiled once for each instruction set. All of them are local to their translation unit, so
 // that no unit runs another's instructions; include it for that only.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nimbrellelibrary/NimbrelleLib.h"
 
 #include "calibration/CalibrationData.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nimbrellelibrary/Histogram.h"
 
 void Histogram::append(const short *samples, int count)

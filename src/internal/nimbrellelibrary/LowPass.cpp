@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nimbrellelibrary/LowPass.h"
 
 #include "numerics/Constants.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nimbrellelibrary/NimbrelleLib.h"
 
 #include "elements/NodeSampling.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nimbrellelibrary/TimeSeriesFile.h"
 
 #include "nimbrellelibrary/NimbrelleLib.h"

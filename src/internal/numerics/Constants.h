@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // For sources alone: headers would give these names to everybody who has constants of the same names.

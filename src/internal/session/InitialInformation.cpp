@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "session/InitialInformation.h"
 
 #include "hardware_models/HardwareModel.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "session/InstrumentInfo.h"
 
 bool isGale(const InstrumentInfo &info)

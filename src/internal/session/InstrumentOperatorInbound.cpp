@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "session/InstrumentOperator.h"
 
 #include "link/SerialCommunicator.h"

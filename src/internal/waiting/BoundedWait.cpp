@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "waiting/BoundedWait.h"
 
 #include <QAbstractEventDispatcher>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "waiting/Clock.h"
 
 #include <QTimer>

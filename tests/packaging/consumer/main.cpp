@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A client outside the tree: touches each public class that a first program needs, and no port.
 #include <VekConstantCurrentElement.h>
 #include <VekDeviceTracker.h>

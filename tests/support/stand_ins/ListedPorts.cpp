@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stands in for libudev in front of a program that lists serial ports through Qt: there are those alone that the
 // environment variable NIMBRELLE_TEST_PORTS names, separated by colons, so that no port of the machine is opened.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stands in for hidapi in a scripted run of an unchanged program: its devices are the sockets in the folder that the
 // environment variable NIMBRELLE_TEST_HID names, as nimbrelle-sim --hid makes them. The first packet on a connection
 // tells the identity, in five lines; each other one is a report.
