@@ -31,7 +31,7 @@ private:
     int _position = 0; ///< of the next frame in it
     std::vector<QByteArray> _others;
     std::size_t _othersTaken = 0;
-    qint64 _bytes = 0;               ///< not yet taken
+    qint64 _bytes = 0; ///< not yet taken
 };
 
 /// Cuts every complete frame off the front of a receive buffer, as takeFrames() does, and keeps them wrapped.
