@@ -113,6 +113,7 @@ bool BootLoaderCOMWorker::sendImage(QSerialPort &port, QIODevice &file, int boar
         if (!checkResponses(port, reply, boards))
             return false;
         ++acknowledged;
+        // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): a file without records is at its end
         const int percent = acknowledged * 100 / records;
         if (percent != lastPercent)
             Q_EMIT Progress(_deviceName, percent);
