@@ -20,6 +20,7 @@ PROGRAMS = [
     "frame-benchmark",
     "dc-record-benchmark",
     "delta-packet-benchmark",
+    "waiting-benchmark",
     "fourier-benchmark",
     "version-benchmark",
 ]
