@@ -56,6 +56,7 @@ private Q_SLOTS:
     void isToldOfWhenItIsNotRight_data();
     void isToldOfWhenItIsNotRight();
     void isMissedBeforeAnInstrumentIsAsked();
+    void tellsWhatCannotBeDrawn();
 
 private:
     QString path(const QString &name) const { return _home->filePath(name); }
@@ -150,6 +151,21 @@ void TestPictureModule::isMissedBeforeAnInstrumentIsAsked()
     QCOMPARE(ended.exitCode, 1);
     QVERIFY2(ended.errors.contains("nimbrelle-plots.so") && !ended.errors.contains("/dev/nowhere"),
              qPrintable(ended.errors));
+}
+
+void TestPictureModule::tellsWhatCannotBeDrawn()
+{
+    const Ended nowhere = run(_program, {"plot", path("nowhere")}); // which takes no module
+    QCOMPARE(nowhere.exitCode, 1);
+    QCOMPARE(nowhere.errors, QString("nimbrelle: %1: there is no such folder\n").arg(path("nowhere")));
+
+    QVERIFY(write(path("bin/" + moduleName), _module));
+    QVERIFY(write(_run + "/dc.csv", contentOf(_run + "/dc.csv") + "1,2\n"));
+    const Ended ended = run(_program, {"plot", path("bin"), _run});
+    QCOMPARE(ended.exitCode, 1);
+    QVERIFY2(ended.errors.contains(path("bin") + ": no run with data"), qPrintable(ended.errors));
+    QVERIFY2(ended.errors.contains(_run + ": dc.csv: "), qPrintable(ended.errors));
+    QVERIFY(contentOf(_run + "/time.svg").contains("<svg"));
 }
 
 NIMBRELLE_TEST_MAIN(TestPictureModule)
