@@ -164,6 +164,7 @@ void TestHardwareModel::missingPresetsHaveStandIns()
     QCOMPARE(changed.getCompRangeName(), QString("Default Stability Range"));
 }
 
+// Those that an element complains with are tested with the elements.
 void TestHardwareModel::messagesNameTheLimits_data()
 {
     QTest::addColumn<Message>("message");
@@ -171,16 +172,11 @@ void TestHardwareModel::messagesNameTheLimits_data()
     using H = HardwareModel;
     QTest::newRow("prefixes") << &H::getFrequencyLimitErrorMsg
                               << "The %1 has a minimum frequency of 10.0 uHz and a maximum frequency of 1.00 MHz";
-    QTest::newRow("plain number") << &H::getSamplingLimitErrorMsg << "The %1 has a minimum sampling rate of 0.0002 s.";
     QTest::newRow("nothing has a prefix")
         << &H::getVoltSamplingLimitErrorMsg << "The %1 has a minimum voltage interval period of 0.00 pV.";
-    QTest::newRow("exponent") << &H::getIAmplitudeLimitErrorMsg
-                              << "%1 has a current amplitude range of 2.4e-13A to 1 A";
     QTest::newRow("volts told as amperes")
         << &H::getVandVAmplitudeLimitErrorMsg
         << "%1 has a (voltage amplitude + biase potential)  should be less then 10.0 A";
-    QTest::newRow("whole numbers") << &H::getMinCyclesLimitErrorMsg
-                                   << "%1 The minimum cycles must be an integer between 1 and 1000";
 }
 
 void TestHardwareModel::messagesNameTheLimits()
@@ -191,10 +187,6 @@ void TestHardwareModel::messagesNameTheLimits()
 
 void TestHardwareModel::messagesThatDependOnTheCircuit()
 {
-    QCOMPARE(_defaults->getVoltageLimitErrorMsg(false),
-             QString("The %1 has a minimum voltage of -10V and a maximum voltage of 10V."));
-    QCOMPARE(_defaults->getVoltageLimitErrorMsg(true),
-             QString("In an open circuit The %1 has a minimum voltage of -20V and a maximum voltage of 20V."));
     QCOMPARE(_defaults->getPowerLimitErrorMsg(true), QString("%1 has a maximum power delivery of 20 mW"));
     QCOMPARE(_defaults->getResistanceLoadLimitErrorMsg(false), QString("%1 has a maximum resistance load of 1e+11 W"));
 }
