@@ -289,7 +289,7 @@ void TestGaleInstrumentHandler::joinsABipolarPairOverItsRun()
         send(NT_DC_DATA, 2, dcRecord(10.0 + moment, 3.0, 1.0, 2.0 * moment, moment));
         send(NT_DC_DATA, 3, dcRecord(10.0 + moment, -1.0, 0.75, -2.0 * moment, moment));
     }
-    QVERIFY(_bench->settle());
+    QVERIFY(_bench->settle() && _bench->flush());
     QCOMPARE(sent(PC_CHANNELS_LINK).at(0).payload, wire(quint32(0x0C), quint8(1)));
     QCOMPARE(_active->size(), 2);
     const auto data = _active->at(1).at(1).value<VekDCData>();

@@ -2,6 +2,14 @@
 #include "link/SerialPort.h"
 
 #include <QSignalBlocker>
+#include <QThread>
+
+namespace {
+
+constexpr int lockTries = 20;
+constexpr unsigned long lockPauseMs = 5;
+
+} // namespace
 
 SerialPort::SerialPort(QObject *parent) : QObject(parent), _port(new QSerialPort(this))
 {
@@ -12,6 +20,16 @@ SerialPort::SerialPort(QObject *parent) : QObject(parent), _port(new QSerialPort
 
 bool SerialPort::open(QIODevice::OpenMode mode)
 {
+    // Who closes a port gives the device back first and takes the lock file away behind that: for a moment the port of a
+    // program that has just ended, or the number of a pseudo-terminal that is free again, looks as if it were in use.
+    for (int i = 1; i < lockTries; ++i) {
+        const QSignalBlocker noErrorYet(_port);
+        if (_port->open(mode))
+            return true;
+        if (_port->error() != QSerialPort::PermissionError)
+            break;
+        QThread::msleep(lockPauseMs);
+    }
     return _port->open(mode);
 }
 void SerialPort::close()

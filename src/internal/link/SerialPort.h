@@ -16,6 +16,7 @@ class SerialPort : public QObject
 public:
     explicit SerialPort(QObject *parent = nullptr);
 
+    /// Tries again for 100 ms where another program seems to have the port, which may be just giving it back.
     virtual bool open(QIODevice::OpenMode mode);
     virtual void close();
     virtual bool isOpen() const;
