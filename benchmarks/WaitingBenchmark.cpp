@@ -44,7 +44,8 @@ int main()
             most = std::max(most, megabytes);
         }
     }
-    std::printf("| packets waiting in front of a slow client, in whatever pieces they came | their %.0f MB on the wire | %.0f MB at "
+    std::printf("| packets waiting in front of a slow client, in whatever pieces they came | their %.0f MB on the wire "
+                "| %.0f MB at "
                 "most | %.1f |\n",
                 double(bytesUnderWay) / 1e6, mostMegabytes, most);
     return most <= mostMegabytes ? 0 : 1;
