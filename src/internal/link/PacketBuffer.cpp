@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "link/PacketBuffer.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
 
-/// Chunks grow up to here. In one block, memory would be doubled, and copied, time and again.
-constexpr int chunkBytes = 1 << 16;
+/// Chunks grow up to here: four full reads of the port, each with the begin of a frame that the one before has left. In
+/// one block, memory would be doubled, and copied, time and again.
+constexpr int chunkBytes = 4 * (65536 + 1024);
 /// So many frames are taken over with the buffer that they stand in; fewer are copied, which spares the next one's growth.
 constexpr int leastBytesTakenOver = 1024;
 
@@ -17,8 +19,10 @@ void PacketBuffer::append(const char *frames, int size)
     if (size == 0)
         return;
     QByteArray *last = _others.empty() ? &_chunk : &_others.back();
-    if (!last->isEmpty() && last->size() + size > chunkBytes)
+    if (!last->isEmpty() && last->size() + size > chunkBytes) {
         last = &_others.emplace_back();
+        last->reserve(std::max(size, chunkBytes)); // left to itself it takes up to twice what it holds
+    }
     last->append(frames, size);
     _bytes += size;
 }
